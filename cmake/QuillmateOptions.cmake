@@ -1,0 +1,22 @@
+# Warnings, sanitizers and the other switches that every target of the tree shares.
+
+set(QUILLMATE_SANITIZE "" CACHE STRING "Sanitizers to build with, as the compiler's -fsanitize takes them")
+
+if(NOT CMAKE_BUILD_TYPE)
+  set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
+endif()
+
+add_library(quillmate_options INTERFACE)
+target_compile_options(quillmate_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+target_compile_definitions(quillmate_options INTERFACE
+  QT_NO_KEYWORDS QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING)
+target_include_directories(quillmate_options INTERFACE "${PROJECT_SOURCE_DIR}/src")
+
+if(QUILLMATE_SANITIZE)
+  add_compile_options(-fsanitize=${QUILLMATE_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
+  add_link_options(-fsanitize=${QUILLMATE_SANITIZE})
+  # GCC 12 reports false positives of these three when it instruments.
+  add_compile_options(-Wno-maybe-uninitialized -Wno-stringop-overflow -Wno-restrict)
+  add_compile_definitions(QUILLMATE_SANITIZED)
+endif()
