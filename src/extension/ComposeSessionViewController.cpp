@@ -1,0 +1,115 @@
+#include "extension/ComposeSessionViewController.h"
+
+#include "extension/Coordinator.h"
+#include "platform/appkit/NSHostingController.h"
+#include "platform/foundation/MainOwned.h"
+#include "platform/foundation/NotificationCenter.h"
+#include "platform/foundation/Timer.h"
+#include "service/HandleApiRequests.h"
+#include "state/APIManager.h"
+#include "state/AppVersion.h"
+#include "state/AuthManager.h"
+#include "state/Notifications.h"
+#include "views/LoginViewState.h"
+#include "views/SessionTabsViewState.h"
+
+#include <QtQml/QQmlExtensionPlugin>
+
+Q_IMPORT_QML_PLUGIN(Quillmate_ViewsPlugin)
+
+namespace quillmate
+{
+namespace
+{
+
+constexpr double secondsBetweenUpdateChecks = 43200.0; // 12 hours
+
+} // namespace
+
+std::shared_ptr<ComposeSessionViewController> ComposeSessionViewController::make()
+{
+    return makeMainOwned<ComposeSessionViewController>();
+}
+
+ComposeSessionViewController::ComposeSessionViewController() = default;
+
+ComposeSessionViewController::~ComposeSessionViewController()
+{
+    NotificationCenter::defaultCenter().removeObserver(this);
+}
+
+void ComposeSessionViewController::viewDidLoad()
+{
+    MEExtensionViewController::viewDidLoad();
+    updateView();
+    NotificationCenter::defaultCenter().addObserver(shared_from_this(), &ComposeSessionViewController::handleLogout,
+                                                    userDidLogout);
+    if (m_updateTimer) {
+        m_updateTimer->invalidate();
+    }
+    m_updateTimer = Timer::scheduledTimer(secondsBetweenUpdateChecks, weak_from_this(),
+                                          &ComposeSessionViewController::triggerUpdateCheck, true);
+}
+
+void ComposeSessionViewController::updateView()
+{
+    const auto accessToken = AuthManager::shared().accessToken.get();
+    if (!accessToken) {
+        showLoginView();
+        return;
+    }
+    showSessionView();
+    HandleApiRequests::fetchUserDetails(currentApiURL() + "/me", *accessToken, [](UserDetailsManager&) {});
+}
+
+void ComposeSessionViewController::triggerUpdateCheck()
+{
+    const std::string url = currentBaseURL() + "/apple-version";
+    if (const auto& version = appVersion()) {
+        HandleApiRequests::fetchLatestVersion(url, *version);
+    }
+}
+
+void ComposeSessionViewController::handleLogout()
+{
+    showLoginView();
+}
+
+void ComposeSessionViewController::buttonClicked()
+{
+    login();
+}
+
+void ComposeSessionViewController::showLoginView()
+{
+    const auto host = std::make_shared<NSHostingController>(LoginViewState::makeView([weak = weak_from_this()] {
+        if (const auto controller = weak.lock()) {
+            controller->login();
+        }
+    }));
+    view()->addSubview(host->view());
+    host->view()->pinEdgesToSuperview();
+    // Not a child controller, so nobody else would keep it.
+    m_loginHosts.push_back(host);
+}
+
+void ComposeSessionViewController::showSessionView()
+{
+    const auto root = view();
+    while (!root->subviews().empty()) {
+        const auto shown = root->subviews().back();
+        shown->removeFromSuperview();
+    }
+    m_loginHosts.clear();
+    while (!children().empty()) {
+        const auto child = children().back();
+        child->removeFromParent();
+    }
+    const auto coordinator = std::make_shared<Coordinator>(Coordinator{weak_from_this()});
+    const auto host = std::make_shared<NSHostingController>(SessionTabsViewState::makeView(coordinator));
+    addChild(host);
+    root->addSubview(host->view());
+    host->view()->pinEdgesToSuperview();
+}
+
+} // namespace quillmate

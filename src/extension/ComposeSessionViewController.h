@@ -1,0 +1,62 @@
+#pragma once
+
+#include "platform/appkit/MEExtensionViewController.h"
+
+#include <atomic>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace quillmate
+{
+
+class Timer;
+struct URLError;
+
+/// The panel beside one compose window: the sign-in screen while nobody is signed in, else the session panel. Runs the
+/// browser sign-in, and checks for updates every 12 hours for as long as it lives. Main thread, but for what the network
+/// reports.
+class ComposeSessionViewController final : public MEExtensionViewController,
+                                           public std::enable_shared_from_this<ComposeSessionViewController>
+{
+public:
+    /// Whoever lets go last, the panel ends on the main thread.
+    static std::shared_ptr<ComposeSessionViewController> make();
+    ComposeSessionViewController();
+    ~ComposeSessionViewController() override;
+
+    /// Set when a sign-in of this panel brought a token; never unset. Any thread.
+    [[nodiscard]] bool isLoggedIn() const { return m_isLoggedIn; }
+
+    void viewDidLoad() override;
+    /// Asks whether there is a newer version; nothing when the own version is unknown.
+    void triggerUpdateCheck();
+    void handleLogout();
+    void buttonClicked();
+
+    /// Starts a sign-in: asks for a session, opens its page in the browser, polls until a token arrives. Each call is a
+    /// sign-in of its own. A sign-in ends when its panel is gone as a reply arrives.
+    void login();
+    /// Lays the sign-in screen over what is shown.
+    void showLoginView();
+    /// Replaces all that is shown by the session panel.
+    void showSessionView();
+
+private:
+    void updateView();
+    void requestSession(const std::string& url);
+    void pollForToken(const std::string& url);
+    void schedulePoll(const std::string& url);
+    // Replies arrive on the network's thread, when the panel may be gone.
+    static void receiveSession(const std::weak_ptr<ComposeSessionViewController>& weak,
+                               const std::optional<std::string>& data, const std::optional<URLError>& error);
+    static void receivePoll(const std::weak_ptr<ComposeSessionViewController>& weak, const std::string& url,
+                            const std::optional<std::string>& data, const std::optional<URLError>& error);
+
+    std::atomic<bool> m_isLoggedIn = false;
+    std::shared_ptr<Timer> m_updateTimer;
+    std::vector<std::shared_ptr<NSViewController>> m_loginHosts; // Of the sign-in screens that lie over each other.
+};
+
+} // namespace quillmate

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "state/SummarizedResponse.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include <QObject>
+
+namespace quillmate
+{
+
+/// The summary of one panel as its views show it. Main thread only.
+class SummarizeStateManager : public QObject, public std::enable_shared_from_this<SummarizeStateManager>
+{
+    Q_OBJECT
+    Q_PROPERTY(bool isSummarizeLoading READ isSummarizeLoading NOTIFY isSummarizeLoadingChanged)
+    Q_PROPERTY(QString summarizeResponse READ summarizeResponseText NOTIFY summarizeResponseChanged)
+    Q_PROPERTY(Section section READ section NOTIFY sectionChanged)
+
+public:
+    /// What the summary section shows.
+    enum class Section { Nothing, Result, FallbackEditor, Spinner };
+    Q_ENUM(Section)
+
+    /// Fixes the key of the stored summary by the message that is being replied to now.
+    static std::shared_ptr<SummarizeStateManager> make();
+    SummarizeStateManager();
+
+    /// A summary request is under way.
+    [[nodiscard]] bool isSummarizeLoading() const { return m_isSummarizeLoading; }
+    /// The summary shown, absent while none is known.
+    [[nodiscard]] const std::optional<std::string>& summarizeResponse() const { return m_summarizeResponse; }
+    [[nodiscard]] const std::string& summarizeResponseKey() const { return m_summarizeResponseKey; }
+    [[nodiscard]] Section section() const { return m_section; }
+
+    /// Shows the summary that is stored for this message, or none.
+    void loadStoredSummary();
+    /// The automatic summary: asks for one unless there is one or one is under way, shows and stores it.
+    void summarize();
+    /// The summary of what the fallback editor holds: shows it, does not store it.
+    void summarizeFallback();
+
+Q_SIGNALS:
+    void isSummarizeLoadingChanged();
+    void summarizeResponseChanged();
+    void sectionChanged();
+
+private:
+    [[nodiscard]] QString summarizeResponseText() const;
+    void setSummarizeLoading(bool loading);
+    void setSummarizeResponse(std::optional<std::string> response);
+    void updateSection();
+    void receiveAutomatic(const std::optional<SummarizedResponse>& record);
+    void receiveFallback(const std::optional<SummarizedResponse>& record);
+
+    const std::string m_summarizeResponseKey;
+    bool m_isSummarizeLoading = false;
+    std::optional<std::string> m_summarizeResponse;
+    Section m_section = Section::Nothing;
+};
+
+} // namespace quillmate

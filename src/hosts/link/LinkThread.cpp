@@ -1,0 +1,145 @@
+#include "hosts/link/LinkThread.h"
+
+#include "platform/appkit/MEExtensionViewController.h"
+#include "platform/foundation/DispatchQueue.h"
+
+#include <future>
+#include <sys/eventfd.h>
+#include <unistd.h>
+#include <utility>
+
+namespace quillmate
+{
+namespace
+{
+
+std::string named(const std::string& session)
+{
+    constexpr std::size_t longest = 100;
+    return session.size() <= longest ? '"' + session + '"' : "of " + std::to_string(session.size()) + " bytes";
+}
+
+std::string unknown(const std::string& session)
+{
+    return "The session " + named(session) + " is unknown.";
+}
+
+} // namespace
+
+LinkThread::LinkThread(int input, FrameWriter& output, MEExtension& extension, LinkPanels& panels,
+                       std::function<void(std::string)> ended)
+    : m_reader(input, -1)
+    , m_output(output)
+    , m_extension(extension)
+    , m_panels(panels)
+    , m_ended(std::move(ended))
+    , m_stopDescriptor(::eventfd(0, EFD_CLOEXEC))
+{
+    m_reader = FrameReader(input, m_stopDescriptor);
+    m_thread = std::thread([this] { run(); });
+}
+
+LinkThread::~LinkThread()
+{
+    const std::uint64_t one = 1;
+    [[maybe_unused]] const auto written = ::write(m_stopDescriptor, &one, sizeof one);
+    {
+        const std::lock_guard lock(m_stopMutex);
+        m_stopping = true;
+    }
+    // The thread may be waiting for main-thread work that will not run any more: dropping that work ends its wait.
+    MainSchedule::shared().clear();
+    m_thread.join();
+    ::close(m_stopDescriptor);
+}
+
+void LinkThread::run()
+{
+    for (;;) {
+        auto next = m_reader.next();
+        if (!next || !next.value()) {
+            DispatchQueue::main().async([ended = m_ended, reason = next ? std::string() : next.error()] { ended(reason); });
+            return;
+        }
+        auto read = readLinkFrame(*next.value());
+        next = FrameReader::Next(std::nullopt); // A message of many megabytes is held once, not twice.
+        if (!read) {
+            answerError(read.error());
+            continue;
+        }
+        const LinkRequest request = std::move(read).value();
+        if (auto wrong = std::visit([this](const auto& frame) { return perform(frame); }, request.frame)) {
+            answerError({std::move(*wrong), request.request});
+        }
+    }
+}
+
+LinkThread::Wrong LinkThread::perform(const ComposeSessionDidBegin& frame)
+{
+    if (m_sessions.contains(frame.session)) {
+        return "The session " + named(frame.session) + " has begun already.";
+    }
+    const MEComposeSession session(frame.session, MEComposeContext(frame.originalMessage));
+    const auto handler = m_extension.handlerForComposeSession(session);
+    handler->mailComposeSessionDidBegin(session);
+    // The message has done its work; a session may stay open for hours.
+    m_sessions.emplace(frame.session, Session{MEComposeSession(frame.session, MEComposeContext()), handler});
+    return std::nullopt;
+}
+
+LinkThread::Wrong LinkThread::perform(const ViewControllerForSession& frame)
+{
+    const auto found = m_sessions.find(frame.session);
+    if (found == m_sessions.end()) {
+        return unknown(frame.session);
+    }
+    onMainThread([this, session = found->second, frame] {
+        m_panels.show(frame.session, session.handler->viewControllerForSession(session.session), frame.frame);
+    });
+    return std::nullopt;
+}
+
+LinkThread::Wrong LinkThread::perform(const ComposeSessionFrameDidChange& frame)
+{
+    if (!m_sessions.contains(frame.session)) {
+        return unknown(frame.session);
+    }
+    onMainThread([this, frame] { m_panels.follow(frame.session, frame.frame); });
+    return std::nullopt;
+}
+
+LinkThread::Wrong LinkThread::perform(const ComposeSessionDidEnd& frame)
+{
+    const auto found = m_sessions.find(frame.session);
+    if (found == m_sessions.end()) {
+        return unknown(frame.session);
+    }
+    found->second.handler->mailComposeSessionDidEnd(found->second.session);
+    m_sessions.erase(found);
+    onMainThread([this, name = frame.session] { m_panels.close(name); });
+    return std::nullopt;
+}
+
+void LinkThread::answerError(const LinkError& error)
+{
+    m_output.write(writeLinkError(error));
+}
+
+void LinkThread::onMainThread(std::function<void()> work)
+{
+    const auto done = std::make_shared<std::promise<void>>();
+    std::future<void> finished = done->get_future();
+    {
+        const std::lock_guard lock(m_stopMutex);
+        if (m_stopping) {
+            return;
+        }
+        DispatchQueue::main().async([work = std::move(work), done = std::move(done)] {
+            work();
+            done->set_value();
+        });
+    }
+    finished.wait(); // Also returns when the work is dropped.
+}
+
+} // namespace quillmate

@@ -1,0 +1,75 @@
+#include "platform/appkit/NSView.h"
+
+#include <QQmlProperty>
+#include <QQuickItem>
+
+#include <algorithm>
+#include <utility>
+
+namespace quillmate
+{
+namespace
+{
+
+void fitTo(QQuickItem* item, const QQuickItem* parent)
+{
+    item->setPosition({0, 0});
+    item->setSize(parent->size());
+}
+
+} // namespace
+
+NSView::NSView()
+    : NSView(std::make_unique<QQuickItem>())
+{
+}
+
+NSView::NSView(std::unique_ptr<QQuickItem> item)
+    : m_item(std::move(item))
+{
+}
+
+NSView::~NSView()
+{
+    for (const auto& view : m_subviews) {
+        view->m_superview = nullptr;
+        view->m_item->setParentItem(nullptr);
+    }
+}
+
+void NSView::addSubview(const std::shared_ptr<NSView>& view)
+{
+    view->removeFromSuperview();
+    view->m_superview = this;
+    m_subviews.push_back(view);
+    // The newest child of an item is drawn last.
+    view->m_item->setParentItem(m_item.get());
+}
+
+void NSView::removeFromSuperview()
+{
+    if (NSView* superview = std::exchange(m_superview, nullptr)) {
+        QObject::disconnect(superview->m_item.get(), nullptr, m_item.get(), nullptr);
+        m_item->setParentItem(nullptr);
+        // The superview may hold the last reference to this very object.
+        const auto held = std::find_if(superview->m_subviews.begin(), superview->m_subviews.end(),
+                                       [this](const auto& view) { return view.get() == this; });
+        const auto self = std::move(*held);
+        superview->m_subviews.erase(held);
+    }
+}
+
+void NSView::pinEdgesToSuperview()
+{
+    QQuickItem* parent = m_item->parentItem();
+    QQuickItem* item = m_item.get();
+    fitTo(item, parent);
+    // What a host asks the outer view, the view that fills it knows.
+    parent->setImplicitWidth(item->implicitWidth());
+    parent->setImplicitHeight(item->implicitHeight());
+    const auto fit = [item, parent] { fitTo(item, parent); };
+    QObject::connect(parent, &QQuickItem::widthChanged, item, fit);
+    QObject::connect(parent, &QQuickItem::heightChanged, item, fit);
+}
+
+} // namespace quillmate

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "platform/foundation/NetworkEnvironment.h"
+#include "platform/foundation/URLRequest.h"
+
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+
+#include <QObject>
+#include <QSslConfiguration>
+
+class QNetworkAccessManager;
+class QThread;
+
+namespace quillmate
+{
+
+/// The thread behind URLSession and URLCache: takes work from any thread and runs it where the network objects live.
+class URLSessionThread : public QObject
+{
+    Q_OBJECT
+
+public:
+    static URLSessionThread& shared();
+
+    static void configure(NetworkEnvironment environment);
+
+    /// Any thread. Work runs in the order of the calls; what is still waiting when the thread ends is dropped.
+    void send(URLRequest request, DataTaskCompletion completion);
+    void clearCache();
+
+private:
+    using Work = std::function<void()>;
+
+    explicit URLSessionThread(NetworkEnvironment environment);
+    ~URLSessionThread() override;
+    void add(Work work);
+    void runWaiting();
+    QNetworkAccessManager& manager();
+    static void stop();
+
+    static std::mutex s_sharedMutex;
+    static NetworkEnvironment s_environment;
+    static std::unique_ptr<URLSessionThread, void (*)(URLSessionThread*)> s_shared;
+
+    const NetworkEnvironment m_environment;
+    std::mutex m_mutex;
+    std::deque<Work> m_waiting;
+    std::unique_ptr<QThread> m_thread;
+    // Used on the thread only.
+    QNetworkAccessManager* m_manager = nullptr; // A child of this object.
+    QSslConfiguration m_security;
+};
+
+} // namespace quillmate

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "state/Synchronized.h"
+
+#include <optional>
+#include <string>
+
+namespace quillmate
+{
+
+/// The sign-in state. Fields: any thread.
+class AuthManager
+{
+public:
+    static AuthManager& shared();
+
+    /// The bearer token of the signed-in user; present means signed in. Never stored.
+    Synchronized<std::optional<std::string>> accessToken;
+
+    /// Signs out: forgets the token, empties the settings store and the URL cache, posts "UserDidLogout" on the calling
+    /// thread.
+    void logout();
+
+private:
+    AuthManager() = default;
+};
+
+/// Removes every key of the settings store.
+void clearSettingsStore();
+
+} // namespace quillmate

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QCoreApplication>
+#include <QObject>
+
+namespace quillmate
+{
+
+/// A shared object is made by whichever thread asks first; what it announces belongs to the main thread.
+inline bool belongToMainThread(QObject& object)
+{
+    if (const auto* application = QCoreApplication::instance()) {
+        object.moveToThread(application->thread());
+    }
+    return true;
+}
+
+} // namespace quillmate

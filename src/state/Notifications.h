@@ -1,0 +1,12 @@
+#pragma once
+
+namespace quillmate
+{
+
+/// Posted when the user has signed out or a developer has changed the environment: every live panel shows the sign-in
+/// screen.
+constexpr auto userDidLogout = "UserDidLogout";
+/// Posted when a developer has changed the environment.
+constexpr auto apiEndpointChanged = "apiEndpointChanged";
+
+} // namespace quillmate

@@ -1,0 +1,12 @@
+#include "state/StartChatManager.h"
+
+namespace quillmate
+{
+
+StartChatManager& StartChatManager::shared()
+{
+    static StartChatManager manager;
+    return manager;
+}
+
+} // namespace quillmate

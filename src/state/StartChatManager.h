@@ -1,0 +1,24 @@
+#pragma once
+
+#include "state/Synchronized.h"
+
+#include <optional>
+#include <string>
+
+namespace quillmate
+{
+
+/// The assistant conversation opened for the chat. Any thread.
+class StartChatManager
+{
+public:
+    static StartChatManager& shared();
+
+    Synchronized<std::optional<std::string>> assistantId;
+    Synchronized<std::optional<std::string>> threadId;
+
+private:
+    StartChatManager() = default;
+};
+
+} // namespace quillmate

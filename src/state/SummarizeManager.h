@@ -1,0 +1,30 @@
+#pragma once
+
+#include "state/SummarizedResponse.h"
+#include "state/Synchronized.h"
+
+#include <atomic>
+#include <map>
+#include <string>
+
+namespace quillmate
+{
+
+/// What the summary requests and the panel share. Any thread.
+class SummarizeManager
+{
+public:
+    static SummarizeManager& shared();
+
+    /// Every summary received, by the id of the message it was asked for (empty when that had none).
+    Synchronized<std::map<std::string, SummarizedResponse>> responses;
+    /// A summary request has given up. Stays true for the rest of the process.
+    std::atomic<bool> requestFailed = false;
+    /// The message text that the user pasted by hand.
+    Synchronized<std::string> fallbackSummarizeContent;
+
+private:
+    SummarizeManager() = default;
+};
+
+} // namespace quillmate

@@ -1,0 +1,25 @@
+#include "state/UserDetailsManager.h"
+
+#include "state/MainThreadObject.h"
+
+namespace quillmate
+{
+
+UserDetailsManager& UserDetailsManager::shared()
+{
+    static UserDetailsManager manager;
+    static const bool moved = belongToMainThread(manager);
+    Q_UNUSED(moved)
+    return manager;
+}
+
+void UserDetailsManager::setEmail(std::string email)
+{
+    if (m_email.get() == email) {
+        return;
+    }
+    m_email.set(std::move(email));
+    Q_EMIT emailChanged();
+}
+
+} // namespace quillmate

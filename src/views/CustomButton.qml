@@ -1,0 +1,41 @@
+import QtQuick
+
+// A pill of a fixed size with an optional symbol.
+PlainButton {
+    id: control
+
+    required property string title
+    property string iconName: ""
+    required property color backgroundColor
+
+    text: title
+    padding: 0
+    cornerRadius: height / 2
+
+    background: ContinuousRectangle {
+        radius: control.height / 2
+        color: control.hovered ? Qt.lighter(control.backgroundColor, 1.08) : control.backgroundColor
+    }
+    contentItem: Item {
+        Row {
+            anchors.centerIn: parent
+            spacing: Theme.spacing
+
+            SvgImage {
+                anchors.verticalCenter: parent.verticalCenter
+                visible: control.iconName !== ""
+                name: control.iconName === "" ? "" : "symbols/" + control.iconName
+                tint: "white"
+                width: 16
+                height: 16
+            }
+            Text {
+                anchors.verticalCenter: parent.verticalCenter
+                text: control.title
+                textFormat: Text.PlainText
+                color: "white"
+                font.pixelSize: Theme.body
+            }
+        }
+    }
+}

@@ -1,0 +1,76 @@
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Layouts
+
+// Where the user pastes the message when it could not be summarised.
+ColumnLayout {
+    id: editor
+
+    required property SessionModalViewState viewState
+
+    spacing: Theme.spacing
+
+    Component.onCompleted: viewState.fallbackEditorAppeared()
+
+    Text {
+        Layout.fillWidth: true
+        Layout.margins: Theme.smallPadding
+        text: "Email content cannot be loaded!"
+        color: Theme.primary
+        font.pixelSize: Theme.title
+        wrapMode: Text.Wrap
+    }
+    Text {
+        Layout.fillWidth: true
+        Layout.margins: Theme.smallPadding
+        text: "Please copy the content and send it manually"
+        color: Theme.primary
+        font.pixelSize: Theme.body
+        wrapMode: Text.Wrap
+    }
+    Item {
+        Layout.fillWidth: true
+        Layout.preferredHeight: 150
+
+        ContinuousRectangle {
+            anchors.fill: parent
+            radius: Theme.cornerRadius
+            borderColor: input.activeFocus ? Theme.focusRing : Theme.separator
+        }
+        ScrollView {
+            anchors.fill: parent
+            anchors.margins: 2
+            ScrollBar.horizontal.policy: ScrollBar.AlwaysOff
+
+            TextArea {
+                id: input
+
+                objectName: "fallbackInput"
+                text: editor.viewState.textareaInput
+                textFormat: TextEdit.PlainText
+                wrapMode: TextEdit.Wrap
+                selectByMouse: true
+                color: Theme.primary
+                selectionColor: Theme.selection
+                selectedTextColor: Theme.primary
+                font.pixelSize: Theme.body
+                background: null
+                Accessible.name: "Email content"
+                KeyNavigation.priority: KeyNavigation.BeforeItem
+                KeyNavigation.tab: summarizeButton
+                onTextChanged: editor.viewState.textareaInput = text
+            }
+        }
+    }
+    SessionButton {
+        id: summarizeButton
+
+        Layout.fillWidth: true
+        objectName: "summarizeButton"
+        label: "Summarize"
+        iconName: "wand.and.stars"
+        backgroundColor: "transparent"
+        borderColor: Theme.blue
+        onClicked: editor.viewState.summarizeClicked()
+    }
+}

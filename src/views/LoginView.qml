@@ -1,0 +1,87 @@
+import QtQuick
+import QtQuick.Layouts
+
+// What the panel shows while nobody is signed in.
+Item {
+    id: screen
+
+    required property LoginViewState viewState
+
+    implicitWidth: Theme.panelMinimumWidth
+    implicitHeight: viewState.customHeight
+
+    // Lies over whatever the panel showed before.
+    Rectangle {
+        anchors.fill: parent
+        color: Theme.controlBackground
+    }
+    MouseArea {
+        anchors.fill: parent
+        hoverEnabled: true
+        acceptedButtons: Qt.AllButtons
+        onWheel: wheel => wheel.accepted = true
+    }
+
+    Item {
+        objectName: "content"
+        anchors.centerIn: parent
+        width: Math.max(Theme.panelMinimumWidth, Math.min(Theme.panelMaximumWidth, screen.width))
+        height: Math.max(screen.viewState.customHeight, Math.min(Theme.panelMaximumHeight, screen.height))
+
+        ColumnLayout {
+            anchors.fill: parent
+            spacing: 20
+
+            DeveloperMenu {
+                Layout.fillWidth: true
+                objectName: "developerMenu"
+                visible: screen.viewState.developerMenu.shown
+                menuState: screen.viewState.developerMenu
+                backgroundColor: Theme.controlBackground
+            }
+            Item {
+                Layout.fillHeight: true
+            }
+            ColumnLayout {
+                Layout.fillWidth: true
+                Layout.margins: Theme.padding
+                spacing: 20
+
+                ImageView {
+                    Layout.alignment: Qt.AlignHCenter
+                }
+                Text {
+                    Layout.fillWidth: true
+                    text: "Quillmate"
+                    color: Theme.primary
+                    font.pixelSize: 24
+                    font.bold: true
+                    horizontalAlignment: Text.AlignHCenter
+                }
+                Text {
+                    Layout.fillWidth: true
+                    Layout.leftMargin: 20
+                    Layout.rightMargin: 20
+                    text: "To use this plugin, you need to authenticate your account. Please log in to verify your subscription and access all the Quillmate features."
+                    color: Theme.primary
+                    font.pixelSize: 14
+                    lineHeight: 1.2
+                    wrapMode: Text.Wrap
+                    horizontalAlignment: Text.AlignHCenter
+                }
+                CustomButton {
+                    Layout.alignment: Qt.AlignHCenter
+                    Layout.preferredWidth: 200
+                    Layout.preferredHeight: 40
+                    objectName: "loginButton"
+                    title: "Login"
+                    backgroundColor: Theme.accent
+                    onClicked: screen.viewState.loginButtonTapped()
+                }
+            }
+            Item {
+                Layout.fillHeight: true
+            }
+        }
+    }
+}

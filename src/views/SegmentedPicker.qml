@@ -1,0 +1,82 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import QtQuick.Templates as T
+
+// One choice out of a few, side by side.
+Item {
+    id: picker
+
+    // Each a map of "key" and "name".
+    required property var options
+    required property string selection
+    // The user has chosen.
+    signal chosen(string key)
+
+    implicitWidth: row.implicitWidth + 4
+    implicitHeight: Theme.controlHeight
+    Accessible.role: Accessible.Grouping
+
+    ContinuousRectangle {
+        anchors.fill: parent
+        radius: 7
+        color: Theme.hover
+        borderColor: Theme.separator
+    }
+    Row {
+        id: row
+
+        anchors.centerIn: parent
+        height: parent.height - 4
+
+        Repeater {
+            model: picker.options
+
+            T.AbstractButton {
+                id: segment
+
+                required property var modelData
+
+                text: modelData.name
+                width: Math.max(64, label.implicitWidth + 20)
+                height: row.height
+                checked: picker.selection === modelData.key
+                hoverEnabled: true
+                focusPolicy: Qt.StrongFocus
+                Accessible.role: Accessible.RadioButton
+                Accessible.name: text
+                Accessible.checkable: true
+                Accessible.checked: checked
+                onClicked: picker.chosen(modelData.key)
+
+                Keys.onReturnPressed: click()
+                Keys.onEnterPressed: click()
+                Keys.onLeftPressed: nextItemInFocusChain(false).forceActiveFocus(Qt.BacktabFocusReason)
+                Keys.onRightPressed: nextItemInFocusChain(true).forceActiveFocus(Qt.TabFocusReason)
+
+                background: ContinuousRectangle {
+                    radius: 6
+                    color: segment.checked ? Theme.raised : "transparent"
+                    borderColor: segment.checked ? Theme.separator : "transparent"
+                }
+                contentItem: Text {
+                    id: label
+
+                    text: segment.text
+                    textFormat: Text.PlainText
+                    color: segment.checked || segment.hovered ? Theme.primary : Theme.secondary
+                    font.pixelSize: Theme.body
+                    font.weight: segment.checked ? Font.DemiBold : Font.Normal
+                    horizontalAlignment: Text.AlignHCenter
+                    verticalAlignment: Text.AlignVCenter
+                }
+
+                FocusRing {
+                    shown: segment.visualFocus
+                    distance: 0
+                    radius: 6
+                }
+            }
+        }
+    }
+}

@@ -1,0 +1,63 @@
+import QtQuick
+
+// The panel's action button: a symbol and a text in a rounded field as wide as there is room.
+PlainButton {
+    id: control
+
+    required property string label
+    required property string iconName
+    required property color backgroundColor
+    required property color borderColor
+
+    readonly property bool filled: backgroundColor.a > 0
+    readonly property bool outlined: borderColor.a > 0
+    readonly property color foreground: filled ? "white" : Theme.primary
+
+    text: label
+    horizontalPadding: outlined ? 27.5 : 8
+    verticalPadding: 8
+    cornerRadius: 20
+
+    background: Item {
+        ContinuousRectangle {
+            objectName: "field"
+            anchors.centerIn: parent
+            width: Math.min(parent.width, control.implicitContentWidth + control.leftPadding + control.rightPadding)
+            height: parent.height
+            radius: 20
+            color: control.filled ? control.backgroundColor : control.hovered ? Theme.hover : "transparent"
+        }
+        ContinuousRectangle {
+            objectName: "outline"
+            anchors.fill: parent
+            radius: 20
+            borderColor: control.borderColor
+        }
+    }
+    contentItem: Item {
+        implicitWidth: row.implicitWidth
+        implicitHeight: row.implicitHeight
+
+        Row {
+            id: row
+
+            anchors.centerIn: parent
+            spacing: Theme.spacing
+
+            SvgImage {
+                anchors.verticalCenter: parent.verticalCenter
+                width: 16
+                height: 16
+                name: "symbols/" + control.iconName
+                tint: control.foreground
+            }
+            Text {
+                anchors.verticalCenter: parent.verticalCenter
+                text: control.label
+                textFormat: Text.PlainText
+                color: control.foreground
+                font.pixelSize: Theme.body
+            }
+        }
+    }
+}

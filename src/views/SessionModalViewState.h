@@ -1,0 +1,57 @@
+#pragma once
+
+#include "features/ButtonStateManager.h"
+#include "features/SummarizeStateManager.h"
+#include "views/DeveloperMenuState.h"
+
+#include <memory>
+
+#include <QObject>
+#include <qqmlregistration.h>
+
+namespace quillmate
+{
+
+/// The panel body's state. Main thread only.
+class SessionModalViewState : public QObject
+{
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("Made with its panel")
+    Q_PROPERTY(quillmate::SummarizeStateManager* summarizeStateManager READ summarizeStateManager CONSTANT)
+    Q_PROPERTY(quillmate::DeveloperMenuState* developerMenu READ developerMenu CONSTANT)
+    /// Whether there is a message being replied to, and so a summary section.
+    Q_PROPERTY(bool hasSummarySection READ hasSummarySection CONSTANT)
+    /// What the fallback editor holds.
+    Q_PROPERTY(QString textareaInput READ textareaInput WRITE setTextareaInput NOTIFY textareaInputChanged)
+
+public:
+    SessionModalViewState(std::shared_ptr<ButtonStateManager> buttonStateManager,
+                          std::shared_ptr<SummarizeStateManager> summarizeStateManager,
+                          DeveloperMenuState& developerMenu, QObject* parent);
+
+    [[nodiscard]] SummarizeStateManager* summarizeStateManager() const { return m_summarizeStateManager.get(); }
+    [[nodiscard]] DeveloperMenuState* developerMenu() const { return &m_developerMenu; }
+    [[nodiscard]] bool hasSummarySection() const { return m_hasSummarySection; }
+    [[nodiscard]] QString textareaInput() const { return m_textareaInput; }
+    /// An edit: keeps the text for this message.
+    void setTextareaInput(const QString& text);
+
+    /// The summary section is on screen: starts the automatic summary when the user is signed in.
+    void summarySectionAppeared();
+    Q_INVOKABLE void fallbackEditorAppeared();
+    Q_INVOKABLE void summarizeClicked();
+    Q_INVOKABLE void logOutClicked();
+
+Q_SIGNALS:
+    void textareaInputChanged();
+
+private:
+    std::shared_ptr<ButtonStateManager> m_buttonStateManager;
+    std::shared_ptr<SummarizeStateManager> m_summarizeStateManager;
+    DeveloperMenuState& m_developerMenu;
+    const bool m_hasSummarySection;
+    QString m_textareaInput;
+};
+
+} // namespace quillmate
