@@ -13,10 +13,6 @@
 #include "views/LoginViewState.h"
 #include "views/SessionTabsViewState.h"
 
-#include <QtQml/QQmlExtensionPlugin>
-
-Q_IMPORT_QML_PLUGIN(Quillmate_ViewsPlugin)
-
 namespace quillmate
 {
 namespace

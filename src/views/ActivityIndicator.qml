@@ -1,4 +1,5 @@
 import QtQuick
+import Quillmate.Views
 
 // A spinner; invisible when stopped. Its user gives it a size.
 Item {

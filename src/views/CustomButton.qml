@@ -1,4 +1,5 @@
 import QtQuick
+import Quillmate.Views
 
 // A pill of a fixed size with an optional symbol.
 PlainButton {

@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Layouts
+import Quillmate.Views
 
 // The hidden menu for developers: which environment to talk to, and which version this is.
 Item {

@@ -1,6 +1,7 @@
 import QtQuick
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
+import Quillmate.Views
 
 // Where the user pastes the message when it could not be summarised.
 ColumnLayout {

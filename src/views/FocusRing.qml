@@ -1,4 +1,5 @@
 import QtQuick
+import Quillmate.Views
 
 // Shows which control the keyboard is on. Laid around the control that holds it.
 ContinuousRectangle {

@@ -1,4 +1,5 @@
 import QtQuick
+import Quillmate.Views
 
 // The logo, with something to see in its place should it ever be missing.
 Item {

@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Layouts
+import Quillmate.Views
 
 // What the panel shows while nobody is signed in.
 Item {

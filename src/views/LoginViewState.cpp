@@ -4,6 +4,7 @@
 #include "platform/foundation/MainOwned.h"
 #include "platform/foundation/print.h"
 #include "views/PanelHeight.h"
+#include "views/ViewsModule.h"
 
 #include <utility>
 
@@ -18,6 +19,7 @@ LoginViewState::LoginViewState(std::function<void()> onLoginButtonTap)
 
 HostedView LoginViewState::makeView(std::function<void()> onLoginButtonTap)
 {
+    registerViews();
     const auto state = makeMainOwned<LoginViewState>(std::move(onLoginButtonTap));
     const std::weak_ptr<LoginViewState> weak = state;
     return {QUrl(QStringLiteral("qrc:/qt/qml/Quillmate/Views/LoginView.qml")),

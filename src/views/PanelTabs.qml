@@ -1,6 +1,7 @@
 import QtQuick
 import QtQuick.Layouts
 import QtQuick.Templates as T
+import Quillmate.Views
 
 // The panel's two tabs.
 ColumnLayout {

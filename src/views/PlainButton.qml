@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Templates as T
+import Quillmate.Views
 
 // A button without chrome of its own: pressed by mouse, keyboard and accessible action alike, named by its text.
 T.AbstractButton {

@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Controls.Basic
+import Quillmate.Views
 
 // A text that can be selected, as high as it needs to be up to a bound, and scrolls past that.
 ScrollView {
@@ -7,8 +8,6 @@ ScrollView {
 
     required property string text
     property real maximumHeight: 300
-    property alias font: edit.font
-    property alias color: edit.color
 
     implicitHeight: Math.min(edit.implicitHeight, maximumHeight)
     contentWidth: availableWidth

@@ -2,6 +2,7 @@ pragma ComponentBehavior: Bound
 
 import QtQuick
 import QtQuick.Templates as T
+import Quillmate.Views
 
 // One choice out of a few, side by side.
 Item {

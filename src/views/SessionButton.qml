@@ -1,4 +1,5 @@
 import QtQuick
+import Quillmate.Views
 
 // The panel's action button: a symbol and a text in a rounded field as wide as there is room.
 PlainButton {

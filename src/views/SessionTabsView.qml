@@ -1,4 +1,5 @@
 import QtQuick
+import Quillmate.Views
 
 // What a signed-in user sees beside the compose window.
 Item {

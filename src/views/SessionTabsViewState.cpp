@@ -6,6 +6,7 @@
 #include "state/APIManager.h"
 #include "state/AppVersion.h"
 #include "views/PanelHeight.h"
+#include "views/ViewsModule.h"
 
 #include <utility>
 
@@ -23,6 +24,7 @@ SessionTabsViewState::SessionTabsViewState(std::shared_ptr<void> coordinator)
 
 HostedView SessionTabsViewState::makeView(std::shared_ptr<void> coordinator)
 {
+    registerViews();
     const auto state = makeMainOwned<SessionTabsViewState>(std::move(coordinator));
     const std::weak_ptr<SessionTabsViewState> weak = state;
     return {QUrl(QStringLiteral("qrc:/qt/qml/Quillmate/Views/SessionTabsView.qml")),

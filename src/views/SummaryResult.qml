@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Layouts
+import Quillmate.Views
 
 // The summary, under its heading.
 Item {

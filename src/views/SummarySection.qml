@@ -1,6 +1,5 @@
-pragma ComponentBehavior: Bound
-
 import QtQuick
+import Quillmate.Views
 
 // What is known of the summary: itself, a place to paste the message, a spinner, or nothing.
 Item {
@@ -9,46 +8,40 @@ Item {
     required property SessionModalViewState viewState
     property real maximumTextHeight: 220
 
-    implicitHeight: loader.item ? loader.item.implicitHeight : 0
+    readonly property int shown: viewState.summarizeStateManager.section
 
+    implicitHeight: Math.max(result.implicitHeight, fallbackEditor.implicitHeight, spinner.implicitHeight)
+
+    // Each is there only while it is shown: the editor takes up the kept text whenever it appears.
     Loader {
-        id: loader
-
-        objectName: "summaryLoader"
-        anchors.left: parent.left
-        anchors.right: parent.right
-        sourceComponent: {
-            switch (section.viewState.summarizeStateManager.section) {
-            case SummarizeStateManager.Result:
-                return result;
-            case SummarizeStateManager.FallbackEditor:
-                return fallbackEditor;
-            case SummarizeStateManager.Spinner:
-                return spinner;
-            default:
-                return null;
-            }
-        }
-    }
-    Component {
         id: result
 
-        SummaryResult {
+        anchors.left: parent.left
+        anchors.right: parent.right
+        active: section.shown === SummarizeStateManager.Result
+        sourceComponent: SummaryResult {
             summary: section.viewState.summarizeStateManager.summarizeResponse
             maximumTextHeight: section.maximumTextHeight
         }
     }
-    Component {
+    Loader {
         id: fallbackEditor
 
-        FallbackEditor {
+        anchors.left: parent.left
+        anchors.right: parent.right
+        active: section.shown === SummarizeStateManager.FallbackEditor
+        sourceComponent: FallbackEditor {
             viewState: section.viewState
         }
     }
-    Component {
+    Loader {
         id: spinner
 
-        Item {
+        anchors.left: parent.left
+        anchors.right: parent.right
+        active: section.shown === SummarizeStateManager.Spinner
+        sourceComponent: Item {
+            objectName: "summarySpinner"
             implicitHeight: 52
 
             ActivityIndicator {

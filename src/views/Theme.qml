@@ -1,6 +1,7 @@
 pragma Singleton
 
 import QtQuick
+import Quillmate.Views
 
 // The roles that more than one view uses, for the light and the dark appearance. Lengths are in points.
 QtObject {

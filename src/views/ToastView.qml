@@ -1,4 +1,5 @@
 import QtQuick
+import Quillmate.Views
 
 // A passing message at the bottom of the area it is laid over.
 Item {

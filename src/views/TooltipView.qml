@@ -1,4 +1,5 @@
 import QtQuick
+import Quillmate.Views
 
 // A small notice that fades in and out.
 ContinuousRectangle {

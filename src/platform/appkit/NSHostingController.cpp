@@ -28,7 +28,9 @@ NSHostingController::~NSHostingController()
 std::shared_ptr<NSView> NSHostingController::loadView()
 {
     QQmlComponent component(&ViewEngine::shared(), m_rootView.source);
-    std::unique_ptr<QObject> object(component.createWithInitialProperties(m_rootView.properties));
+    // Qt takes it for granted that the component is ready.
+    std::unique_ptr<QObject> object(component.isReady() ? component.createWithInitialProperties(m_rootView.properties)
+                                                        : nullptr);
     auto* item = qobject_cast<QQuickItem*>(object.get());
     if (!item) {
         print("The view " + m_rootView.source.toString().toStdString()
@@ -38,6 +40,8 @@ std::shared_ptr<NSView> NSHostingController::loadView()
     }
     std::ignore = object.release();
     QQmlEngine::setObjectOwnership(item, QQmlEngine::CppOwnership);
+    // The superview may keep the item longer than this object lives, and its bindings read the state to the last.
+    QObject::connect(item, &QObject::destroyed, item, [state = std::exchange(m_rootView.state, nullptr)] {});
     QObject::connect(item, &QQuickItem::windowChanged, m_context.get(),
                      [this](const QQuickWindow* window) { windowChanged(window != nullptr); });
     m_hostedView = std::make_shared<NSView>(std::unique_ptr<QQuickItem>(item));

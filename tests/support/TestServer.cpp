@@ -1,0 +1,79 @@
+#include "support/TestServer.h"
+
+#include "support/TestServerThread.h"
+
+namespace quillmate
+{
+
+TestServer::TestServer(Security security)
+{
+    m_server = new TestServerThread(*this, security);
+    m_port = m_server->serverPort();
+    m_server->moveToThread(&m_thread);
+    QObject::connect(&m_thread, &QThread::finished, m_server, &QObject::deleteLater);
+    m_thread.start();
+}
+
+TestServer::~TestServer()
+{
+    m_thread.quit();
+    m_thread.wait();
+}
+
+void TestServer::reply(const std::string& request, TestReply reply)
+{
+    const std::lock_guard lock(m_mutex);
+    m_replies[request].push_back(std::move(reply));
+}
+
+void TestServer::reset()
+{
+    const std::lock_guard lock(m_mutex);
+    m_replies.clear();
+    m_requests.clear();
+}
+
+std::vector<ReceivedRequest> TestServer::requests() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_requests;
+}
+
+std::vector<std::string> TestServer::lines() const
+{
+    std::vector<std::string> lines;
+    for (const auto& request : requests()) {
+        lines.push_back(request.method + " " + request.target);
+    }
+    return lines;
+}
+
+int TestServer::connections() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_connections;
+}
+
+void TestServer::connected()
+{
+    const std::lock_guard lock(m_mutex);
+    ++m_connections;
+}
+
+TestReply TestServer::answer(ReceivedRequest request)
+{
+    const std::lock_guard lock(m_mutex);
+    const auto found = m_replies.find(request.method + " " + request.target);
+    request.connection = m_connections;
+    m_requests.push_back(std::move(request));
+    if (found == m_replies.end()) {
+        return {404, R"({"error":"nothing here"})"};
+    }
+    TestReply reply = found->second.front();
+    if (found->second.size() > 1) {
+        found->second.pop_front();
+    }
+    return reply;
+}
+
+} // namespace quillmate

@@ -1,0 +1,84 @@
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <QThread>
+
+namespace quillmate
+{
+
+class TestServerThread;
+
+/// A request as the server received it.
+struct ReceivedRequest {
+    std::string method;
+    std::string target;
+    /// Names in lower case.
+    std::map<std::string, std::string> headers;
+    std::string body;
+    /// Which connection brought it, counted from 1.
+    int connection = 0;
+};
+
+/// What the server does with a request.
+struct TestReply {
+    enum class Manner {
+        Ordinary,
+        CutInBody,  ///< Promises the whole body and closes after half of it.
+        Garbage,    ///< Sends the body's bytes in place of a reply.
+        Silence,    ///< Keeps the connection and says nothing.
+        CloseAtOnce ///< Closes without a word.
+    };
+    int status = 200;
+    std::string body = {};
+    std::vector<std::pair<std::string, std::string>> headers = {};
+    Manner manner = Manner::Ordinary;
+};
+
+/// A real HTTPS server on the loopback interface, on a thread of its own.
+class TestServer
+{
+public:
+    enum class Security { Trusted, Stranger, None };
+
+    explicit TestServer(Security security = Security::Trusted);
+    ~TestServer();
+    TestServer(const TestServer&) = delete;
+    TestServer& operator=(const TestServer&) = delete;
+
+    [[nodiscard]] std::uint16_t port() const { return m_port; }
+    /// Queues a reply for a method and target ("GET /api/v1/me"); the last one queued for it is given again and again. A
+    /// request without a reply gets 404.
+    void reply(const std::string& request, TestReply reply);
+    void reply(const std::string& request, std::string body) { reply(request, TestReply{200, std::move(body)}); }
+    /// Forgets the replies and the requests.
+    void reset();
+    /// What has been received, in order.
+    [[nodiscard]] std::vector<ReceivedRequest> requests() const;
+    /// The same as "METHOD TARGET".
+    [[nodiscard]] std::vector<std::string> lines() const;
+    [[nodiscard]] int connections() const;
+
+private:
+    friend class TestServerThread;
+    TestReply answer(ReceivedRequest request);
+    void connected();
+
+    mutable std::mutex m_mutex;
+    std::map<std::string, std::deque<TestReply>> m_replies;
+    std::vector<ReceivedRequest> m_requests;
+    int m_connections = 0;
+    std::uint16_t m_port = 0;
+    QThread m_thread;
+    TestServerThread* m_server = nullptr; // Lives on the thread, deleted as it ends.
+};
+
+} // namespace quillmate

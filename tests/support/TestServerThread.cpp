@@ -1,0 +1,122 @@
+#include "support/TestServerThread.h"
+
+#include "support/TestEnvironment.h"
+
+#include <QFile>
+#include <QSslCertificate>
+#include <QSslKey>
+#include <QSslSocket>
+
+#include <memory>
+
+namespace quillmate
+{
+namespace
+{
+
+QByteArray readFile(const QString& name)
+{
+    QFile file(TestEnvironment::certificateFile(name));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+std::string text(const QByteArray& bytes)
+{
+    return bytes.trimmed().toStdString();
+}
+
+} // namespace
+
+TestServerThread::TestServerThread(TestServer& owner, TestServer::Security security)
+    : m_owner(owner)
+    , m_security(security)
+    , m_configuration(QSslConfiguration::defaultConfiguration())
+{
+    const auto name = security == TestServer::Security::Stranger ? QStringLiteral("stranger") : QStringLiteral("server");
+    m_configuration.setLocalCertificate(QSslCertificate(readFile(name + QStringLiteral(".pem"))));
+    m_configuration.setPrivateKey(QSslKey(readFile(name + QStringLiteral(".key")), QSsl::Ec));
+    if (!listen(QHostAddress::LocalHost)) {
+        qFatal("The test server cannot listen: %s", qPrintable(errorString()));
+    }
+}
+
+void TestServerThread::incomingConnection(qintptr descriptor)
+{
+    m_owner.connected();
+    QTcpSocket* socket = nullptr;
+    if (m_security == TestServer::Security::None) {
+        socket = new QTcpSocket(this);
+        socket->setSocketDescriptor(descriptor);
+    } else {
+        auto* secure = new QSslSocket(this);
+        secure->setSslConfiguration(m_configuration);
+        secure->setSocketDescriptor(descriptor);
+        secure->startServerEncryption();
+        socket = secure;
+    }
+    connect(socket, &QTcpSocket::readyRead, this, [this, socket] { received(socket); });
+    connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
+}
+
+void TestServerThread::received(QTcpSocket* socket)
+{
+    QByteArray bytes = socket->property("pending").toByteArray() + socket->readAll();
+    for (;;) {
+        const auto headEnd = bytes.indexOf("\r\n\r\n");
+        if (headEnd < 0) {
+            break;
+        }
+        ReceivedRequest request;
+        const auto lines = bytes.left(headEnd).split('\n');
+        const auto words = lines.front().trimmed().split(' ');
+        request.method = text(words.value(0));
+        request.target = text(words.value(1));
+        for (const QByteArray& line : lines.mid(1)) {
+            const auto colon = line.indexOf(':');
+            // Only the line's end goes: what a value holds beyond one blank is the client's.
+            const QByteArray value = line.mid(colon + 1).chopped(line.endsWith('\r') ? 1 : 0);
+            request.headers[text(line.left(colon).toLower())] = (value.startsWith(' ') ? value.mid(1) : value).toStdString();
+        }
+        const auto length = QByteArray::fromStdString(request.headers["content-length"]).toLongLong();
+        if (bytes.size() < headEnd + 4 + length) {
+            break;
+        }
+        request.body = bytes.mid(headEnd + 4, length).toStdString();
+        bytes.remove(0, headEnd + 4 + length);
+        send(socket, m_owner.answer(std::move(request)));
+    }
+    socket->setProperty("pending", bytes);
+}
+
+void TestServerThread::send(QTcpSocket* socket, const TestReply& reply)
+{
+    const QByteArray body = QByteArray::fromStdString(reply.body);
+    QByteArray head = "HTTP/1.1 " + QByteArray::number(reply.status) + " Told\r\n";
+    for (const auto& [name, value] : reply.headers) {
+        head += QByteArray::fromStdString(name + ": " + value) + "\r\n";
+    }
+    if (reply.status != 204) {
+        head += "Content-Length: " + QByteArray::number(body.size()) + "\r\n";
+    }
+    head += "\r\n";
+    switch (reply.manner) {
+    case TestReply::Manner::Ordinary:
+        socket->write(head + body);
+        break;
+    case TestReply::Manner::CutInBody:
+        socket->write(head + body.left(body.size() / 2));
+        socket->disconnectFromHost();
+        break;
+    case TestReply::Manner::Garbage:
+        socket->write(body);
+        socket->disconnectFromHost();
+        break;
+    case TestReply::Manner::Silence:
+        break;
+    case TestReply::Manner::CloseAtOnce:
+        socket->disconnectFromHost();
+        break;
+    }
+}
+
+} // namespace quillmate
