@@ -216,6 +216,9 @@ const std::string* JSONValue::stringMember(std::string_view key) const
 Result<JSONValue, JSONError> JSONSerialization::jsonObject(std::string_view bytes, Fragments fragments)
 {
     using Parsed = Result<JSONValue, JSONError>;
+    if (bytes.find('\0') != std::string_view::npos) {
+        return Parsed::failure({"the text holds a NUL"}); // The parser would take it for the end of the text.
+    }
     Builder builder;
     if (!nlohmann::json::sax_parse(bytes.begin(), bytes.end(), &builder)) {
         // The parser quotes what it last read, raw bytes included; a diagnostic is one line of text.

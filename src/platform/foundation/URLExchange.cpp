@@ -1,6 +1,7 @@
 #include "platform/foundation/URLExchange.h"
 
-#include <QCryptographicHash>
+#include "platform/foundation/URLManagers.h"
+
 #include <QNetworkAccessManager>
 #include <QNetworkRequest>
 #include <QUrl>
@@ -17,18 +18,6 @@ namespace
 constexpr int mostRedirects = 20;
 // Far above any reply of the service; an endless one must not fill the memory.
 constexpr qint64 longestReply = 64LL * 1024 * 1024;
-
-bool isHeader(const std::pair<std::string, std::string>& header, std::string_view lowerCaseName)
-{
-    return QByteArray::fromStdString(header.first).toLower() == QByteArrayView(lowerCaseName.data(), static_cast<qsizetype>(lowerCaseName.size()));
-}
-
-const std::string* authorization(const URLRequest& request)
-{
-    const auto found = std::find_if(request.headers.begin(), request.headers.end(),
-                                    [](const auto& header) { return isHeader(header, "authorization"); });
-    return found == request.headers.end() ? nullptr : &found->second;
-}
 
 /// A line break inside a header would begin another one.
 bool hasBrokenHeader(const URLRequest& request)
@@ -101,24 +90,28 @@ QString sentence(URLError::Kind kind, const QString& host)
     return QStringLiteral("The request to %1 failed.").arg(host);
 }
 
-/// Errors of the reply itself, which has a status and a body, as against errors of the transfer.
-bool isReplyStatus(QNetworkReply::NetworkError error)
+/// Whether the reply came whole, with whatever status. Qt also reports a status as an error; those from 201 on, but for two
+/// about the protocol itself, are statuses, and so is 407, which it files under the proxy's errors.
+bool isReplyStatus(QNetworkReply::NetworkError error, int status)
 {
-    return error == QNetworkReply::NoError || (error >= QNetworkReply::ContentAccessDenied && error < QNetworkReply::ProtocolUnknownError)
-        || error >= QNetworkReply::InternalServerError;
+    constexpr int proxyAuthenticationRequired = 407;
+    return error == QNetworkReply::NoError
+        || (error >= QNetworkReply::ContentAccessDenied && error != QNetworkReply::ProtocolUnknownError
+            && error != QNetworkReply::ProtocolFailure)
+        || (error == QNetworkReply::ProxyAuthenticationRequiredError && status == proxyAuthenticationRequired);
 }
 
 } // namespace
 
-void URLExchange::begin(const URLTransport& transport, URLRequest request, DataTaskCompletion completion)
+void URLExchange::begin(URLManagers& managers, URLRequest request, DataTaskCompletion completion)
 {
-    auto* exchange = new URLExchange(transport, std::move(request), std::move(completion));
-    exchange->setParent(&transport.manager);
+    auto* exchange = new URLExchange(managers, std::move(request), std::move(completion));
+    exchange->setParent(&managers);
     exchange->send();
 }
 
-URLExchange::URLExchange(const URLTransport& transport, URLRequest request, DataTaskCompletion completion)
-    : m_transport(transport)
+URLExchange::URLExchange(URLManagers& managers, URLRequest request, DataTaskCompletion completion)
+    : m_managers(managers)
     , m_request(std::move(request))
     , m_completion(std::move(completion))
 {
@@ -134,15 +127,15 @@ void URLExchange::send()
     const QByteArray host = QByteArray::fromStdString(m_request.url.host());
 
     QNetworkRequest request;
-    request.setSslConfiguration(m_transport.security);
+    request.setSslConfiguration(m_managers.security());
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
     request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
     request.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
     request.setTransferTimeout(static_cast<int>(m_request.timeoutInterval * 1000));
     request.setHeader(QNetworkRequest::UserAgentHeader, QStringLiteral("Quillmate/" QUILLMATE_VERSION));
 
-    if (const auto mapped = m_transport.environment.connectTo.find(m_request.url.host());
-        mapped != m_transport.environment.connectTo.end()) {
+    const auto& connectTo = m_managers.environment().connectTo;
+    if (const auto mapped = connectTo.find(m_request.url.host()); mapped != connectTo.end()) {
         const bool https = m_request.url.scheme() == "https";
         const int port = effectivePort(m_request.url);
         const bool ordinary = port == (https ? 443 : 80);
@@ -153,21 +146,17 @@ void URLExchange::send()
         target.setHost(QString::fromStdString(mapped->second.address));
         target.setPort(mapped->second.port);
     }
-    // A fragment is never sent. Here it tells the cache whose reply it is: hosts that share an address and users that share
-    // a host must not see each other's.
-    QCryptographicHash owner(QCryptographicHash::Sha256);
-    owner.addData(host + '\n');
-    if (const auto* token = authorization(m_request)) {
-        owner.addData(QByteArray::fromStdString(*token));
-    }
-    target.setFragment(QString::fromLatin1(owner.result().toHex()));
     request.setUrl(target);
     for (const auto& [name, value] : m_request.headers) {
         request.setRawHeader(QByteArray::fromStdString(name), QByteArray::fromStdString(value));
     }
 
     const QByteArray body = m_request.body ? QByteArray::fromStdString(*m_request.body) : QByteArray();
-    m_reply = m_transport.manager.sendCustomRequest(request, QByteArray::fromStdString(m_request.method), body);
+    QNetworkAccessManager& manager = m_managers.managerFor(m_request);
+    // It caches only what it knows to be a GET.
+    m_reply = m_request.method == "GET"
+        ? manager.get(request)
+        : manager.sendCustomRequest(request, QByteArray::fromStdString(m_request.method), body);
     m_reply->setParent(this);
     connect(m_reply, &QNetworkReply::readyRead, this, &URLExchange::received);
     connect(m_reply, &QNetworkReply::finished, this, &URLExchange::finished);
@@ -189,11 +178,11 @@ void URLExchange::finished()
     }
     const auto error = m_reply->error();
     const QVariant statusAttribute = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
-    if (!isReplyStatus(error) || !statusAttribute.isValid()) {
+    const int status = statusAttribute.toInt();
+    if (!statusAttribute.isValid() || !isReplyStatus(error, status)) {
         fail(kindOf(error), m_reply->errorString());
         return;
     }
-    const int status = statusAttribute.toInt();
     const bool redirects = status == 301 || status == 302 || status == 303 || status == 307 || status == 308;
     const auto target = redirects && m_reply->hasRawHeader("Location")
         ? m_request.url.resolving(m_reply->rawHeader("Location").toStdString())
@@ -218,13 +207,13 @@ void URLExchange::follow(const URL& target, int status)
     }
     if (target.host() != m_request.url.host() || effectivePort(target) != effectivePort(m_request.url)
         || target.scheme() != m_request.url.scheme()) {
-        std::erase_if(m_request.headers, [](const auto& header) { return isHeader(header, "authorization"); });
+        removeHeader(m_request, "authorization");
     }
     // RFC 9110, sections 15.4.2 to 15.4.4: after 303, and by custom after 301 and 302, a POST goes on as a GET.
     if (status == 303 || (status <= 302 && m_request.method == "POST")) {
         m_request.method = "GET";
         m_request.body.reset();
-        std::erase_if(m_request.headers, [](const auto& header) { return isHeader(header, "content-type"); });
+        removeHeader(m_request, "content-type");
     }
     m_request.url = target;
     std::exchange(m_reply, nullptr)->deleteLater();
@@ -241,7 +230,8 @@ void URLExchange::succeed(int status)
 void URLExchange::fail(URLError::Kind kind, const QString& detail)
 {
     QString text = sentence(kind, QString::fromStdString(m_request.url.host()));
-    if (!detail.isEmpty() && kind != URLError::Kind::TimedOut) {
+    // A detail that repeats the address would show where the environment sent us in place of what was asked for.
+    if (!detail.isEmpty() && !detail.contains(QLatin1String("://")) && kind != URLError::Kind::TimedOut) {
         text += QStringLiteral(" (%1)").arg(detail.simplified());
     }
     complete(std::nullopt, std::nullopt, URLError{kind, text.toStdString()});

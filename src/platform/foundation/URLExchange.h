@@ -1,35 +1,25 @@
 #pragma once
 
-#include "platform/foundation/NetworkEnvironment.h"
 #include "platform/foundation/URLRequest.h"
 
-#include <QByteArray>
 #include <QNetworkReply>
 #include <QObject>
-#include <QSslConfiguration>
-
-class QNetworkAccessManager;
 
 namespace quillmate
 {
 
-/// What every exchange of a session goes through.
-struct URLTransport {
-    QNetworkAccessManager& manager;
-    const NetworkEnvironment& environment;
-    const QSslConfiguration& security;
-};
+class URLManagers;
 
-/// One request on its way, redirects included. Belongs to the manager and removes itself once it has told the completion.
+/// One request on its way, redirects included. Belongs to the managers and removes itself once it has told the completion.
 class URLExchange : public QObject
 {
     Q_OBJECT
 
 public:
-    static void begin(const URLTransport& transport, URLRequest request, DataTaskCompletion completion);
+    static void begin(URLManagers& managers, URLRequest request, DataTaskCompletion completion);
 
 private:
-    URLExchange(const URLTransport& transport, URLRequest request, DataTaskCompletion completion);
+    URLExchange(URLManagers& managers, URLRequest request, DataTaskCompletion completion);
     void send();
     void received();
     void finished();
@@ -38,7 +28,7 @@ private:
     void fail(URLError::Kind kind, const QString& detail);
     void complete(std::optional<std::string> data, std::optional<HTTPURLResponse> response, std::optional<URLError> error);
 
-    URLTransport m_transport;
+    URLManagers& m_managers;
     URLRequest m_request;
     DataTaskCompletion m_completion;
     QNetworkReply* m_reply = nullptr; // A child of this object.

@@ -1,46 +1,15 @@
 #include "platform/foundation/URLSessionThread.h"
 
-#include "platform/foundation/ApplicationFolders.h"
-#include "platform/foundation/PartitionedDiskCache.h"
 #include "platform/foundation/URLExchange.h"
-#include "platform/foundation/print.h"
+#include "platform/foundation/URLManagers.h"
 
 #include <QCoreApplication>
-#include <QNetworkAccessManager>
-#include <QNetworkProxyFactory>
 #include <QThread>
 
 #include <utility>
 
 namespace quillmate
 {
-namespace
-{
-
-/// The system's proxies, but none for an endpoint that the environment names: there the connection itself is the point.
-class ProxyFactory : public QNetworkProxyFactory
-{
-public:
-    explicit ProxyFactory(const NetworkEnvironment& environment)
-        : m_environment(environment)
-    {
-    }
-
-    QList<QNetworkProxy> queryProxy(const QNetworkProxyQuery& query) override
-    {
-        for (const auto& [host, endpoint] : m_environment.connectTo) {
-            if (query.peerPort() == endpoint.port && query.peerHostName().toStdString() == endpoint.address) {
-                return {QNetworkProxy(QNetworkProxy::NoProxy)};
-            }
-        }
-        return systemProxyForQuery(query);
-    }
-
-private:
-    NetworkEnvironment m_environment;
-};
-
-} // namespace
 
 std::mutex URLSessionThread::s_sharedMutex;
 NetworkEnvironment URLSessionThread::s_environment;
@@ -82,12 +51,10 @@ URLSessionThread::URLSessionThread(NetworkEnvironment environment)
 URLSessionThread::~URLSessionThread()
 {
     add([this] {
-        delete std::exchange(m_manager, nullptr);
+        m_managers.reset();
         m_thread->quit();
     });
     m_thread->wait();
-    m_thread->deleteLater();
-    std::ignore = m_thread.release();
 }
 
 void URLSessionThread::add(Work work)
@@ -111,43 +78,24 @@ void URLSessionThread::runWaiting()
     }
 }
 
-QNetworkAccessManager& URLSessionThread::manager()
+URLManagers& URLSessionThread::managers()
 {
-    if (m_manager) {
-        return *m_manager;
+    if (!m_managers) {
+        m_managers = std::make_unique<URLManagers>(m_environment);
     }
-    m_manager = new QNetworkAccessManager(this);
-    m_manager->setProxyFactory(new ProxyFactory(m_environment)); // The manager takes it over.
-    m_security = QSslConfiguration::defaultConfiguration();
-    for (const std::string& file : m_environment.rootCertificateFiles) {
-        if (!m_security.addCaCertificates(QString::fromLocal8Bit(file.c_str()), QSsl::Pem)) {
-            print("No root certificate could be read from " + file + ".");
-        }
-    }
-    const auto folder = applicationCacheFolder();
-    if (makePrivateFolder(folder)) {
-        m_manager->setCache(new PartitionedDiskCache(QString::fromStdString(folder.string())));
-    } else {
-        print("Replies cannot be cached: the folder " + folder.string() + " cannot be made.");
-    }
-    return *m_manager;
+    return *m_managers;
 }
 
 void URLSessionThread::send(URLRequest request, DataTaskCompletion completion)
 {
     add([this, request = std::move(request), completion = std::move(completion)]() mutable {
-        QNetworkAccessManager& network = manager(); // Also loads the roots to trust.
-        URLExchange::begin({network, m_environment, m_security}, std::move(request), std::move(completion));
+        URLExchange::begin(managers(), std::move(request), std::move(completion));
     });
 }
 
 void URLSessionThread::clearCache()
 {
-    add([this] {
-        if (auto* cache = manager().cache()) {
-            cache->clear();
-        }
-    });
+    add([this] { managers().clearCache(); });
 }
 
 } // namespace quillmate

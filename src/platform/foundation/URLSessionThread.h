@@ -9,13 +9,13 @@
 #include <mutex>
 
 #include <QObject>
-#include <QSslConfiguration>
 
-class QNetworkAccessManager;
 class QThread;
 
 namespace quillmate
 {
+
+class URLManagers;
 
 /// The thread behind URLSession and URLCache: takes work from any thread and runs it where the network objects live.
 class URLSessionThread : public QObject
@@ -38,7 +38,7 @@ private:
     ~URLSessionThread() override;
     void add(Work work);
     void runWaiting();
-    QNetworkAccessManager& manager();
+    URLManagers& managers();
     static void stop();
 
     static std::mutex s_sharedMutex;
@@ -49,9 +49,7 @@ private:
     std::mutex m_mutex;
     std::deque<Work> m_waiting;
     std::unique_ptr<QThread> m_thread;
-    // Used on the thread only.
-    QNetworkAccessManager* m_manager = nullptr; // A child of this object.
-    QSslConfiguration m_security;
+    std::unique_ptr<URLManagers> m_managers; // Made, used and ended on the thread.
 };
 
 } // namespace quillmate
