@@ -1,0 +1,162 @@
+#include "localservice/HttpServer.h"
+
+#include "localservice/HttpConnection.h"
+
+#include <QPointer>
+#include <QSslServer>
+#include <QTcpSocket>
+#include <QTimer>
+
+#include <chrono>
+#include <exception>
+
+namespace quillmate::localservice
+{
+
+namespace
+{
+
+constexpr int connectionLimit = 256;
+constexpr qint64 bodyBytesLimit = qint64(512) * 1024 * 1024;
+constexpr int answerThreads = 4;
+constexpr std::chrono::seconds shutDownLimit{10};
+
+} // namespace
+
+HttpServer::HttpServer(RequestHandler& handler, QObject* parent)
+    : QObject(parent)
+    , m_handler(handler)
+{
+    m_pool.setMaxThreadCount(answerThreads);
+}
+
+HttpServer::~HttpServer()
+{
+    m_pool.clear();
+    m_pool.waitForDone();
+    // While there is still a server for them to count off from.
+    qDeleteAll(findChildren<HttpConnection*>(QString(), Qt::FindDirectChildrenOnly));
+}
+
+bool HttpServer::listenSecurely(const QHostAddress& address, quint16 port, const QSslConfiguration& configuration)
+{
+    m_secure = std::make_unique<QSslServer>();
+    m_secure->setSslConfiguration(configuration);
+    connect(m_secure.get(), &QTcpServer::pendingConnectionAvailable, this,
+            [this] { acceptFrom(*m_secure, Listener::Service); });
+    if (!m_secure->listen(address, port)) {
+        m_errorText = m_secure->errorString();
+        return false;
+    }
+    return true;
+}
+
+bool HttpServer::listenForLoginPages()
+{
+    m_login = std::make_unique<QTcpServer>();
+    connect(m_login.get(), &QTcpServer::pendingConnectionAvailable, this,
+            [this] { acceptFrom(*m_login, Listener::LoginPages); });
+    if (!m_login->listen(QHostAddress(QHostAddress::LocalHost), 0)) {
+        m_errorText = m_login->errorString();
+        return false;
+    }
+    return true;
+}
+
+void HttpServer::setTlsConfiguration(const QSslConfiguration& configuration)
+{
+    if (m_secure) {
+        m_secure->setSslConfiguration(configuration);
+    }
+}
+
+quint16 HttpServer::securePort() const
+{
+    return m_secure ? m_secure->serverPort() : quint16(0);
+}
+
+quint16 HttpServer::loginPort() const
+{
+    return m_login ? m_login->serverPort() : quint16(0);
+}
+
+void HttpServer::acceptFrom(QTcpServer& server, Listener listener)
+{
+    while (QTcpSocket* socket = server.nextPendingConnection()) {
+        if (m_shuttingDown || m_connections >= connectionLimit) {
+            socket->abort();
+            socket->deleteLater();
+            continue;
+        }
+        ++m_connections;
+        auto* connection = new HttpConnection(*this, socket, listener);
+        connect(connection, &QObject::destroyed, this, &HttpServer::connectionEnded);
+        connection->start();
+    }
+}
+
+void HttpServer::connectionEnded()
+{
+    --m_connections;
+    announceIfDrained();
+}
+
+void HttpServer::announceIfDrained()
+{
+    if (m_shuttingDown && m_connections == 0) {
+        Q_EMIT drained();
+    }
+}
+
+void HttpServer::shutDown()
+{
+    if (m_shuttingDown) {
+        return;
+    }
+    m_shuttingDown = true;
+    for (QTcpServer* server : {static_cast<QTcpServer*>(m_secure.get()), m_login.get()}) {
+        if (server != nullptr) {
+            server->close();
+        }
+    }
+    for (HttpConnection* connection : findChildren<HttpConnection*>(QString(), Qt::FindDirectChildrenOnly)) {
+        connection->finish();
+    }
+    // A client that does not read its answer must not keep the program.
+    QTimer::singleShot(shutDownLimit, this, &HttpServer::drained);
+    QTimer::singleShot(0, this, &HttpServer::announceIfDrained);
+}
+
+void HttpServer::dispatch(HttpRequest request, QObject* context, std::function<void(HttpResponse)> done)
+{
+    const int priority = request.method == "GET" ? 1 : 0;
+    auto shared = std::make_shared<HttpRequest>(std::move(request));
+    QPointer<QObject> guard(context);
+    auto task = [this, shared, guard, done = std::move(done)]() mutable {
+        HttpResponse response;
+        try {
+            response = m_handler.handle(*shared);
+        } catch (const std::exception& error) {
+            qCritical("quillmate-service: %s failed: %s", shared->path.c_str(), error.what());
+            response = errorResponse(500, "The service could not answer: its log says why.");
+        }
+        // The server waits for its pool before it goes, so `this` is alive here; the connection may be gone.
+        QMetaObject::invokeMethod(
+            this,
+            [guard, done = std::move(done), response = std::move(response)]() mutable {
+                if (guard) {
+                    done(std::move(response));
+                }
+            },
+            Qt::QueuedConnection);
+    };
+    m_pool.start(std::move(task), priority);
+}
+
+bool HttpServer::accountBody(qint64 change)
+{
+    m_bodyBytes += change;
+    return m_bodyBytes <= bodyBytesLimit;
+}
+
+} // namespace quillmate::localservice

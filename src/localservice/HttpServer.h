@@ -1,0 +1,94 @@
+#pragma once
+
+#include "localservice/HttpMessage.h"
+
+#include <QHostAddress>
+#include <QObject>
+#include <QSslConfiguration>
+#include <QString>
+#include <QThreadPool>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+class QSslServer;
+class QTcpServer;
+
+namespace quillmate::localservice
+{
+
+/// What answers requests.
+class RequestHandler
+{
+public:
+    RequestHandler() = default;
+    RequestHandler(const RequestHandler&) = delete;
+    RequestHandler& operator=(const RequestHandler&) = delete;
+    virtual ~RequestHandler() = default;
+
+    /// What becomes of a request when only its head is known: an answer at once, or a body of at most that many bytes.
+    struct Admission {
+        std::optional<HttpResponse> refusal;
+        std::size_t bodyLimit = 0;
+    };
+    /// Called on the server's thread; must not block.
+    [[nodiscard]] virtual Admission admit(const HttpRequest& head) const = 0;
+    /// Called on a pool thread, on several at once.
+    virtual HttpResponse handle(const HttpRequest& request) = 0;
+};
+
+/// A small HTTP/1.1 server: one thread for the sockets, a pool for the answers, so that work on one message never keeps
+/// another request waiting. (The interface of Qt 6.4's own HTTP server has no limit on a body's size and none on idle
+/// time, and a handler sees a request only once its body is in memory; hence this one.)
+/// Bounds: 256 connections, 512 MiB of bodies at any one time.
+class HttpServer : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// `handler` must outlive the server.
+    explicit HttpServer(RequestHandler& handler, QObject* parent = nullptr);
+    ~HttpServer() override;
+
+    /// Accepts TLS connections; false with a reason in `errorText` when the address cannot be had. Port 0 takes any
+    /// free one.
+    bool listenSecurely(const QHostAddress& address, quint16 port, const QSslConfiguration& configuration);
+    /// Accepts plain connections on 127.0.0.1 for the sign-in pages alone.
+    bool listenForLoginPages();
+    /// New connections use this certificate from now on.
+    void setTlsConfiguration(const QSslConfiguration& configuration);
+    [[nodiscard]] quint16 securePort() const;
+    [[nodiscard]] quint16 loginPort() const;
+    [[nodiscard]] QString errorText() const { return m_errorText; }
+
+    /// Accepts nothing more, lets requests that are being answered finish, then emits `drained`.
+    void shutDown();
+
+    /// Runs the handler on the pool and `done` with its response on the server's thread, unless `context` is gone by
+    /// then.
+    void dispatch(HttpRequest request, QObject* context, std::function<void(HttpResponse)> done);
+    /// Counts body bytes held in memory; false when the bound is passed.
+    bool accountBody(qint64 change);
+    [[nodiscard]] RequestHandler& handler() const { return m_handler; }
+    [[nodiscard]] bool shuttingDown() const { return m_shuttingDown; }
+
+Q_SIGNALS:
+    void drained();
+
+private:
+    void acceptFrom(QTcpServer& server, Listener listener);
+    void connectionEnded();
+    void announceIfDrained();
+
+    RequestHandler& m_handler;
+    std::unique_ptr<QSslServer> m_secure;
+    std::unique_ptr<QTcpServer> m_login;
+    QThreadPool m_pool;
+    QString m_errorText;
+    qint64 m_bodyBytes = 0;
+    int m_connections = 0;
+    bool m_shuttingDown = false;
+};
+
+} // namespace quillmate::localservice

@@ -1,0 +1,174 @@
+#include "localservice/Options.h"
+
+#include <QDir>
+#include <QHostAddress>
+#include <QString>
+#include <QUrl>
+
+#include <algorithm>
+#include <charconv>
+#include <functional>
+#include <map>
+
+namespace quillmate::localservice
+{
+
+namespace
+{
+
+using Failure = std::string;
+/// Takes a value; a failure says what the value must be.
+using Setter = std::function<Failure(Options&, const std::string&)>;
+
+Failure setAddress(Options& options, const std::string& value)
+{
+    const QHostAddress address(QString::fromStdString(value == "localhost" ? "127.0.0.1" : value));
+    if (address.isNull()) {
+        return "give an IP address, such as 127.0.0.1 or ::1";
+    }
+    options.listenAddress = address.toString().toStdString();
+    return {};
+}
+
+Failure setPort(Options& options, const std::string& value)
+{
+    constexpr unsigned largest = 65535;
+    unsigned port = 0;
+    const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), port);
+    if (error != std::errc() || end != value.data() + value.size() || port > largest) {
+        return "give a number from 0 (any free port) to 65535";
+    }
+    options.port = port;
+    return {};
+}
+
+Failure setData(Options& options, const std::string& value)
+{
+    if (value.empty()) {
+        return "give a folder";
+    }
+    options.dataFolder = value;
+    return {};
+}
+
+Failure setEngine(Options& options, const std::string& value)
+{
+    if (value != "builtin" && value != "openai") {
+        return "give builtin or openai";
+    }
+    options.engine = value == "openai" ? Options::Engine::OpenAi : Options::Engine::Builtin;
+    return {};
+}
+
+bool isWebUrl(const std::string& value)
+{
+    const QUrl url(QString::fromStdString(value), QUrl::StrictMode);
+    return url.isValid() && !url.host().isEmpty() &&
+           (url.scheme() == QStringLiteral("https") || url.scheme() == QStringLiteral("http"));
+}
+
+Failure setUrl(std::string& field, const std::string& value)
+{
+    if (!isWebUrl(value)) {
+        return "give a whole https or http URL";
+    }
+    field = value;
+    return {};
+}
+
+Failure setModel(Options& options, const std::string& value)
+{
+    options.openAiModel = value;
+    return value.empty() ? "give a model's name" : Failure();
+}
+
+Failure setUpdateVersion(Options& options, const std::string& value)
+{
+    const bool dotted = !value.empty() && value.front() >= '0' && value.front() <= '9' &&
+                        std::all_of(value.begin(), value.end(), [](char c) { return c > 0x20 && c < 0x7F; });
+    options.update.version = value;
+    return dotted ? Failure() : "give a version that begins with a number, such as 1.2.0";
+}
+
+const std::map<std::string, Setter>& setters()
+{
+    static const std::map<std::string, Setter> table = {
+        {"--listen", setAddress},
+        {"--port", setPort},
+        {"--data", setData},
+        {"--engine", setEngine},
+        {"--openai-url", [](Options& options, const std::string& value) { return setUrl(options.openAiUrl, value); }},
+        {"--openai-model", setModel},
+        {"--update-version", setUpdateVersion},
+        {"--update-url", [](Options& options, const std::string& value) { return setUrl(options.update.url, value); }}};
+    return table;
+}
+
+} // namespace
+
+std::variant<Options, std::string> readOptions(const std::vector<std::string>& arguments,
+                                               const std::string& defaultData)
+{
+    Options options;
+    options.dataFolder = defaultData;
+    for (std::size_t index = 0; index < arguments.size(); ++index) {
+        const std::string& argument = arguments[index];
+        const std::size_t equals = argument.find('=');
+        const std::string name = argument.substr(0, equals);
+        if (argument == "--help" || argument == "-h") {
+            options.help = true;
+            continue;
+        }
+        if (argument == "--version") {
+            options.version = true;
+            continue;
+        }
+        const auto setter = setters().find(name);
+        if (setter == setters().end()) {
+            return "unknown option " + argument + ": see quillmate-service --help";
+        }
+        if (equals == std::string::npos && index + 1 == arguments.size()) {
+            return name + " needs a value: see quillmate-service --help";
+        }
+        const std::string value = equals == std::string::npos ? arguments[++index] : argument.substr(equals + 1);
+        const Failure failure = setter->second(options, value);
+        if (!failure.empty()) {
+            return std::string(name).append(" cannot be \"").append(value).append("\": ").append(failure);
+        }
+    }
+    if (options.update.version.empty() != options.update.url.empty()) {
+        return "--update-version and --update-url go together: give both or neither";
+    }
+    return options;
+}
+
+std::string defaultDataFolder()
+{
+    const QString configured = qEnvironmentVariable("XDG_DATA_HOME");
+    const QString base =
+        QDir::isAbsolutePath(configured) ? configured : QDir::homePath() + QStringLiteral("/.local/share");
+    return (base + QStringLiteral("/quillmate/service")).toStdString();
+}
+
+std::string usageText()
+{
+    return R"(Usage: quillmate-service [OPTIONS]
+An assistant service on this machine for the Quillmate panel.
+
+  --listen ADDRESS       IP address to listen on (127.0.0.1)
+  --port N               port to listen on; 0 takes any free one (8443)
+  --data DIR             folder for certificates and data
+                         (${XDG_DATA_HOME:-~/.local/share}/quillmate/service)
+  --engine NAME          builtin, or openai for a language model (builtin)
+  --openai-url URL       where the language model is
+  --openai-model NAME    which model to use
+  --update-version V     newest version that the version check offers
+  --update-url URL       where that version can be had
+  --help                 show this text
+  --version              show the version
+
+Clients must trust DIR/ca.pem.
+)";
+}
+
+} // namespace quillmate::localservice

@@ -1,0 +1,213 @@
+#include "localservice/ServiceApi.h"
+
+#include "localservice/JsonBody.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+
+namespace quillmate::localservice
+{
+
+namespace
+{
+
+using Json = nlohmann::ordered_json;
+
+constexpr std::string_view sessionPath = "/plugin-auth/session-request/";
+constexpr std::string_view assistantId = "builtin";
+
+bool startsWith(std::string_view text, std::string_view start)
+{
+    return text.substr(0, start.size()) == start;
+}
+
+bool isVersionPath(std::string_view path)
+{
+    return path == "/api/v1/apple-version" || path == "/apple-version";
+}
+
+HttpResponse json(const Json& object, int status = 200)
+{
+    return jsonResponse(status, object.dump(-1, ' ', false, Json::error_handler_t::replace));
+}
+
+HttpResponse textReply(const std::string& text)
+{
+    return json({{"response", text}});
+}
+
+/// The token of "Authorization: Bearer …" (RFC 6750, 2.1); empty where there is none.
+std::string_view bearerToken(const HttpRequest& request)
+{
+    constexpr std::string_view scheme = "bearer ";
+    const std::string* value = request.header("authorization");
+    if (value == nullptr || value->size() <= scheme.size()) {
+        return {};
+    }
+    const bool bearer = std::equal(scheme.begin(), scheme.end(), value->begin(),
+                                   [](char wanted, char given) { return wanted == (given | 0x20); });
+    return bearer ? std::string_view(*value).substr(scheme.size()) : std::string_view();
+}
+
+HttpResponse unauthorized()
+{
+    HttpResponse response = errorResponse(401, "The access token is missing or not valid: sign in again.");
+    response.headers.emplace_back("WWW-Authenticate", "Bearer");
+    return response;
+}
+
+} // namespace
+
+ServiceApi::ServiceApi(ServiceStore& store, const Engine& engine, UpdateOffer update, SignInSessions::Clock clock)
+    : m_store(store)
+    , m_engine(engine)
+    , m_update(std::move(update))
+    , m_sessions(std::move(clock))
+    , m_pages(m_sessions, store)
+{
+    addRoutes();
+}
+
+void ServiceApi::addRoutes()
+{
+    m_routes["/api/v1/me"] = {false,
+                              [](const User& user, const Fields&) {
+                                  return json({{"email", user.email}, {"name", user.name}});
+                              },
+                              {}};
+    m_routes["/api/v1/summarize"] = {
+        true,
+        [this](const User&, const Fields& fields) { return textReply(m_engine.summarize(fields.at("content"))); },
+        {"content", "email", "plugin_source", "plugin_version"}};
+    m_routes["/api/v1/response"] = {
+        true,
+        [this](const User&, const Fields& fields) { return textReply(m_engine.reply(fields.at("content"))); },
+        {"messageId", "content", "email", "plugin_source", "plugin_version"}};
+    m_routes["/api/v1/create-training-data"] = {
+        true,
+        [this](const User& user, const Fields& fields) {
+            m_store.addTrainingData(user.id, fields.at("question"), fields.at("answer"));
+            return json({{"success", "Thank you: the reply was stored as training data."}});
+        },
+        {"email", "question", "answer", "plugin_source", "plugin_version"}};
+    m_routes["/api/v1/chat/start"] = {
+        true,
+        [this](const User& user, const Fields& fields) { return startChat(user, fields); },
+        {"email", "plugin_source", "plugin_version", "email_content"}};
+    m_routes["/api/v1/chat/send"] = {
+        true,
+        [this](const User& user, const Fields& fields) { return sendChat(user, fields); },
+        {"assistantId", "threadId", "email", "content", "plugin_source", "plugin_version"}};
+}
+
+RequestHandler::Admission ServiceApi::admit(const HttpRequest& head) const
+{
+    const HttpResponse unknown = errorResponse(404, "There is nothing at this address.");
+    const bool login = startsWith(head.path, LoginPages::path);
+    const auto route = m_routes.find(head.path);
+    const bool routed = route != m_routes.end();
+    const bool known = login || routed || startsWith(head.path, sessionPath) || isVersionPath(head.path);
+    if (!known || (head.listener == Listener::LoginPages && !login)) {
+        return {unknown, 0};
+    }
+    const bool takesPost = login || (routed && route->second.post);
+    const bool takesGet = login || !takesPost;
+    const std::size_t limit = login ? LoginPages::bodyLimit : takesPost ? bodyLimit : 0;
+    if (!(takesGet && head.method == "GET") && !(takesPost && head.method == "POST")) {
+        return {methodNotAllowed(!takesPost ? "GET, HEAD" : takesGet ? "GET, HEAD, POST" : "POST"), 0};
+    }
+    return {std::nullopt, limit};
+}
+
+HttpResponse ServiceApi::handle(const HttpRequest& request)
+{
+    if (startsWith(request.path, LoginPages::path)) {
+        return m_pages.handle(request);
+    }
+    if (request.path == sessionPath) {
+        return beginSession(request);
+    }
+    if (startsWith(request.path, sessionPath)) {
+        return session(request, request.path.substr(sessionPath.size()));
+    }
+    if (isVersionPath(request.path)) {
+        return jsonResponse(200, updateReply(m_update, request.queryValue("currentVersion")));
+    }
+    return authorized(request, m_routes.find(request.path)->second);
+}
+
+HttpResponse ServiceApi::authorized(const HttpRequest& request, const Route& route)
+{
+    // Before the body is read, so that nobody without a token has work done.
+    const auto user = m_store.userOfToken(bearerToken(request));
+    if (!user) {
+        return unauthorized();
+    }
+    if (!route.post) {
+        return route.answer(*user, {});
+    }
+    const auto fields = readStringMembers(request.body);
+    if (!fields) {
+        return errorResponse(400, "The body is not a JSON object: send one in UTF-8.");
+    }
+    for (const std::string& key : route.keys) {
+        if (fields->find(key) == fields->end()) {
+            return errorResponse(400, "The body has no text under \"" + key + "\": send it as a JSON string.");
+        }
+    }
+    return route.answer(*user, *fields);
+}
+
+HttpResponse ServiceApi::beginSession(const HttpRequest& request)
+{
+    const auto id = m_sessions.begin();
+    if (!id) {
+        return errorResponse(503, "Too many sign-ins are under way: try again in a few minutes.");
+    }
+    return json(
+        {{"id", *id}, {"access_token", nullptr}, {"refresh_token", nullptr}, {"login_url", loginUrl(request, *id)}});
+}
+
+HttpResponse ServiceApi::session(const HttpRequest& request, const std::string& id)
+{
+    const auto state = m_sessions.fetch(id);
+    if (!state) {
+        return errorResponse(404, "This sign-in is over or was never begun: begin a new one.");
+    }
+    Json token = nullptr;
+    if (state->accessToken) {
+        token = *state->accessToken;
+    }
+    return json(
+        {{"id", id}, {"access_token", token}, {"refresh_token", nullptr}, {"login_url", loginUrl(request, id)}});
+}
+
+std::string ServiceApi::loginUrl(const HttpRequest& request, const std::string& id) const
+{
+    const std::string* host = request.header("host");
+    const std::string origin = m_loginOrigin.empty() && host != nullptr ? "https://" + *host : m_loginOrigin;
+    return origin + std::string(LoginPages::path) + id;
+}
+
+HttpResponse ServiceApi::startChat(const User& user, const Fields& fields)
+{
+    // What is kept is the readable text, not the source with its attachments.
+    const std::string thread = m_store.startThread(user.id, m_engine.readableText(fields.at("email_content")));
+    return json({{"response", {{"assistantId", assistantId}, {"threadId", thread}}}});
+}
+
+HttpResponse ServiceApi::sendChat(const User& user, const Fields& fields)
+{
+    const std::string& id = fields.at("threadId");
+    const auto thread = m_store.thread(user.id, id);
+    if (!thread || fields.at("assistantId") != assistantId) {
+        return errorResponse(404, "There is no such chat: start a new one.");
+    }
+    const std::string& question = fields.at("content");
+    std::string answer = m_engine.answer(thread->text, question);
+    m_store.addMessages(id, {{ThreadMessage::Role::User, question}, {ThreadMessage::Role::Assistant, answer}});
+    return textReply(answer);
+}
+
+} // namespace quillmate::localservice

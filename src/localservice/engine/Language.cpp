@@ -1,0 +1,100 @@
+#include "localservice/engine/Language.h"
+
+#include <QRegularExpression>
+#include <QSet>
+
+#include <array>
+
+namespace quillmate::localservice
+{
+
+namespace
+{
+
+using Words = QSet<QString>;
+
+Words wordsOf(const char16_t* list)
+{
+    const QStringList words = QString::fromUtf16(list).split(u' ');
+    return {words.begin(), words.end()};
+}
+
+// Folded as words are for comparison: lower case, no accents.
+const Words& commonWords(Language language)
+{
+    static const std::array<Words, 6> lists = {
+        wordsOf(u"the and of to in is it you that for on with as this are be was have has had will would can could "
+                u"should we "
+                u"they he she our your their at by from or not but if so an all there what which who when where how do "
+                u"does did "
+                u"please me my us its been than then them these those about into just also am were"),
+        wordsOf(u"der die das und ist in zu den mit von fur auf dem ein eine nicht sie ich wir es im des sich auch an "
+                u"als bei "
+                u"haben hat war wird werden bitte oder aber wenn dass noch nach am um uns ihr ihnen ihre einen einem "
+                u"einer wie "
+                u"kann konnen sind zum zur aus durch vom was wo wer so nur schon mir mich unser"),
+        wordsOf(u"le la les des et est un une du en que qui dans pour sur pas ne vous nous je il elle au aux avec ce "
+                u"cette ces "
+                u"par plus se son sa ses votre vos notre nos mais ou si sont ont etre avoir merci bonjour leur de"),
+        wordsOf(u"el la los las de que y en un una es por con para no se su lo del al como mas le les pero sus ya o "
+                u"este esta "
+                u"si ha han son usted nos nuestro muy gracias sobre entre cuando donde hola"),
+        Words{},
+        wordsOf(u"في من على الى إلى عن ان أن إن هذا هذه ذلك التي الذي ما لا و هو هي كان مع كل قد ثم او أو لم لن بعد "
+                u"قبل نحن")};
+    return lists[static_cast<std::size_t>(language)];
+}
+
+} // namespace
+
+Language languageOf(const QString& text)
+{
+    constexpr qsizetype lookedAt = 4000;
+    const QString sample = text.left(lookedAt);
+    qsizetype kana = 0;
+    qsizetype arabic = 0;
+    qsizetype letters = 0;
+    for (const QChar character : sample) {
+        const auto script = character.script();
+        kana += script == QChar::Script_Hiragana || script == QChar::Script_Katakana ? 1 : 0;
+        arabic += script == QChar::Script_Arabic ? 1 : 0;
+        letters += character.isLetter() ? 1 : 0;
+    }
+    if (kana * 5 > letters) {
+        return Language::Japanese;
+    }
+    if (arabic * 2 > letters) {
+        return Language::Arabic;
+    }
+    static const QRegularExpression notLetters(QStringLiteral("[^\\p{L}]+"),
+                                               QRegularExpression::UseUnicodePropertiesOption);
+    QString folded = sample.toLower().normalized(QString::NormalizationForm_D);
+    folded.remove(QRegularExpression(QStringLiteral("\\p{M}")));
+    const QStringList words = folded.split(notLetters, Qt::SkipEmptyParts);
+    Language best = Language::English;
+    qsizetype most = 0;
+    for (const Language language : {Language::English, Language::German, Language::French, Language::Spanish}) {
+        qsizetype count = 0;
+        for (const QString& word : words) {
+            count += commonWords(language).contains(word) ? 1 : 0;
+        }
+        if (count > most) {
+            most = count;
+            best = language;
+        }
+    }
+    return best;
+}
+
+bool isCommonWord(const QString& word)
+{
+    for (const Language language :
+         {Language::English, Language::German, Language::French, Language::Spanish, Language::Arabic}) {
+        if (commonWords(language).contains(word)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace quillmate::localservice

@@ -1,0 +1,104 @@
+#include "localservice/ServiceProcess.h"
+
+#include <QTcpServer>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace quillmate::localservice;
+
+/// How the program understands its command line, starts and refuses to start.
+class ServiceStartTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { m_data = m_folder.filePath(QStringLiteral("service")); }
+
+    void aTakenPortIsSaid()
+    {
+        QTcpServer taken;
+        QVERIFY(taken.listen(QHostAddress(QHostAddress::LocalHost)));
+        const QString port = QString::number(taken.serverPort());
+        const auto [status, line] = run({QStringLiteral("--data"), m_data, QStringLiteral("--port"), port});
+        QCOMPARE(status, 1);
+        QVERIFY2(line.contains(port.toUtf8()) && line.count('\n') == 1, line.constData());
+    }
+
+    void theCertificateIsForItsOwnNamesOnly()
+    {
+        ServiceProcess service(m_data);
+        QVERIFY(service.start());
+        const auto connects = [&](const QString& host) {
+            return HttpExchange::secure(service.port(), host, service.root()).isConnected();
+        };
+        QVERIFY(connects(QStringLiteral(QUILLMATE_LIVE_HOST)) && connects(QStringLiteral("localhost")));
+        QVERIFY(!connects(QStringLiteral("evil.example")));
+        QCOMPARE(service.stop(), 0);
+    }
+
+    void itListensWhereItIsTold()
+    {
+        ServiceProcess service(m_data, {QStringLiteral("--listen"), QStringLiteral("::1")});
+        QVERIFY(service.start());
+        QVERIFY(service.line().contains(QStringLiteral("https://[::1]:")));
+        HttpExchange exchange =
+            HttpExchange::secure(service.port(), QStringLiteral("::1"), service.root(), QStringLiteral("::1"));
+        QVERIFY2(exchange.isConnected(), qPrintable(exchange.errorText()));
+        QCOMPARE(exchange.request("GET /apple-version HTTP/1.1\r\nHost: x\r\n").status, 200);
+        QCOMPARE(service.stop(), 0);
+    }
+
+    void aWrongCommandLineIsNamed_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QByteArray>("named");
+        const auto row = [](const char* line) {
+            const QStringList words = QString::fromUtf8(line).split(u' ');
+            QTest::newRow(line) << words << words.first().section(u'=', 0, 0).toUtf8();
+        };
+        for (const char* line : {"--unknown", "surplus", "--port 65536", "--port=x", "--port", "--port -1",
+                                 "--listen host.example", "--listen=", "--engine magic", "--engine openai",
+                                 "--update-url ftp://x/y --update-version 1", "--update-version 1.0",
+                                 "--update-version new --update-url https://x/", "--data=", "--openai-url nowhere"}) {
+            row(line);
+        }
+    }
+
+    void aWrongCommandLineIsNamed()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QByteArray, named);
+        const auto [status, line] = run(arguments);
+        QCOMPARE(status, 2);
+        QVERIFY2(line.contains(named) && line.count('\n') == 1, line.constData());
+    }
+
+    void helpAndVersionEndWell()
+    {
+        QCOMPARE(run({QStringLiteral("--help")}).first, 0);
+        QProcess version;
+        version.start(QStringLiteral(QUILLMATE_SERVICE_PROGRAM), {QStringLiteral("--version")});
+        QVERIFY(version.waitForFinished());
+        QCOMPARE(version.readAllStandardOutput(), "quillmate-service " QUILLMATE_VERSION "\n");
+    }
+
+private:
+    /// Runs the program to its end: its exit status and what it said on standard error.
+    static std::pair<int, QByteArray> run(const QStringList& arguments)
+    {
+        QProcess process;
+        process.start(QStringLiteral(QUILLMATE_SERVICE_PROGRAM), arguments);
+        if (!process.waitForFinished()) {
+            process.kill();
+            process.waitForFinished();
+            return {-1, {}};
+        }
+        return {process.exitCode(), process.readAllStandardError()};
+    }
+
+    QTemporaryDir m_folder;
+    QString m_data;
+};
+
+QTEST_GUILESS_MAIN(ServiceStartTest)
+#include "ServiceStartTest.moc"
