@@ -19,7 +19,7 @@ ColumnLayout {
         // The longer title gets the wider tab.
         width: (bar.availableWidth - bar.spacing) * tabWeight
         property real tabWeight: 0.5
-        height: 34
+        implicitHeight: 34
         hoverEnabled: true
         focusPolicy: Qt.StrongFocus
         Accessible.name: text
