@@ -15,7 +15,7 @@ base_packages=(
     libsimdjson-dev nlohmann-json3-dev libsqlite3-dev libgmime-3.0-dev libssl-dev openssl xdg-utils
 )
 # What the tests take beside that.
-test_packages=(xvfb xauth fonts-dejavu-core)
+test_packages=(xvfb xauth fonts-dejavu-core bc)
 # What the checks of the sources take beside that.
 check_packages=(clang-format clang-tidy git)
 
