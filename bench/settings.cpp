@@ -60,13 +60,14 @@ double throughUserDefaults(const std::string& file)
 
 } // namespace
 
-/// One settings write of 2 KB among 10,000 keys against the same statement on a bare SQLite connection. Median of 2,000.
+/// One settings write of 2 KB among 10,000 keys against the same statement on a bare SQLite connection. Median of
+/// 2,000.
 int main()
 {
     const QTemporaryDir folder;
     const double bare = bareUpsert(folder.filePath(QStringLiteral("bare.db")).toStdString());
     const double ours = throughUserDefaults(folder.filePath(QStringLiteral("quillmate/settings.db")).toStdString());
-    std::printf("settings write 2 KB, %d keys: %.1f us, bare upsert %.1f us, ratio %.2f\n", keys, ours * 1e6, bare * 1e6,
-                ours / bare);
+    std::printf("settings write 2 KB, %d keys: %.1f us, bare upsert %.1f us, ratio %.2f\n", keys, ours * 1e6,
+                bare * 1e6, ours / bare);
     return 0;
 }

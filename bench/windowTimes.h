@@ -29,8 +29,8 @@ inline double secondsSinceStart()
     return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9 - started;
 }
 
-/// Prints, once the window has shown its first frame, how long after the start of the process that was (milliseconds) and
-/// the most memory that the process has held (KiB), and ends the program.
+/// Prints, once the window has shown its first frame, how long after the start of the process that was (milliseconds)
+/// and the most memory that the process has held (KiB), and ends the program.
 inline void reportFirstFrame(QQuickWindow& window)
 {
     QObject::connect(

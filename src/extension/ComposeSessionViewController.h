@@ -15,8 +15,8 @@ class Timer;
 struct URLError;
 
 /// The panel beside one compose window: the sign-in screen while nobody is signed in, else the session panel. Runs the
-/// browser sign-in, and checks for updates every 12 hours for as long as it lives. Main thread, but for what the network
-/// reports.
+/// browser sign-in, and checks for updates every 12 hours for as long as it lives. Main thread, but for what the
+/// network reports.
 class ComposeSessionViewController final : public MEExtensionViewController,
                                            public std::enable_shared_from_this<ComposeSessionViewController>
 {

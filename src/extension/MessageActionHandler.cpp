@@ -15,7 +15,8 @@ constexpr int red = 4; // The platform's number.
 void MessageActionHandler::decideActionForMessage(const MEMessage& message, const Completion& completion)
 {
     if (const auto body = message.rawData ? extractBody(*message.rawData) : std::nullopt) {
-        ReplyEmailManager::shared().update([content = std::string(*body)](ReplyEmail& record) { record.content = content; });
+        ReplyEmailManager::shared().update(
+            [content = std::string(*body)](ReplyEmail& record) { record.content = content; });
     }
     if (message.subject.find("Mars") == std::string::npos) {
         completion(std::nullopt);

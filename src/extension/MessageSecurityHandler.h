@@ -11,7 +11,8 @@ class MessageSecurityHandler final : public MEMessageSecurityHandler
 public:
     void getEncodingStatus(const MEMessage& message,
                            const std::function<void(MEOutgoingMessageEncodingStatus)>& completion) override;
-    void encodeMessage(const MEMessage& message, const std::function<void(MEMessageEncodingResult)>& completion) override;
+    void encodeMessage(const MEMessage& message,
+                       const std::function<void(MEMessageEncodingResult)>& completion) override;
     std::optional<MEDecodedMessage> decodedMessage(const std::string& messageData) override;
     std::shared_ptr<MEExtensionViewController> extensionViewControllerForMessageSigners() override;
     std::shared_ptr<MEExtensionViewController> extensionViewControllerForMessageContext() override;

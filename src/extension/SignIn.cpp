@@ -35,9 +35,8 @@ void ComposeSessionViewController::requestSession(const std::string& url)
         return;
     }
     URLSession::shared()
-        .dataTask({*parsed}, [weak = weak_from_this()](auto data, const auto&, auto error) {
-            receiveSession(weak, data, error);
-        })
+        .dataTask({*parsed},
+                  [weak = weak_from_this()](auto data, const auto&, auto error) { receiveSession(weak, data, error); })
         ->resume();
 }
 
@@ -82,9 +81,8 @@ void ComposeSessionViewController::pollForToken(const std::string& url)
         return;
     }
     URLSession::shared()
-        .dataTask({*parsed}, [weak = weak_from_this(), url](auto data, const auto&, auto error) {
-            receivePoll(weak, url, data, error);
-        })
+        .dataTask({*parsed}, [weak = weak_from_this(), url](auto data, const auto&,
+                                                            auto error) { receivePoll(weak, url, data, error); })
         ->resume();
 }
 
@@ -136,7 +134,8 @@ void ComposeSessionViewController::receivePoll(const std::weak_ptr<ComposeSessio
 
 void ComposeSessionViewController::schedulePoll(const std::string& url)
 {
-    // The wait keeps the panel: the next poll is always sent, and its reply finds out whether the panel is still wanted.
+    // The wait keeps the panel: the next poll is always sent, and its reply finds out whether the panel is still
+    // wanted.
     DispatchQueue::main().asyncAfter(secondsBetweenPolls,
                                      [self = shared_from_this(), url] { self->pollForToken(url); });
 }

@@ -105,8 +105,8 @@ void SummarizeStateManager::summarizeFallback()
 void SummarizeStateManager::receiveFallback(const std::optional<SummarizedResponse>& record)
 {
     if (record) {
-        print("Summarization successful: SummarizedResponse(messageId: \"" + record->messageId + "\", response: \""
-              + record->response + "\")");
+        print("Summarization successful: SummarizedResponse(messageId: \"" + record->messageId + "\", response: \"" +
+              record->response + "\")");
         setSummarizeResponse(record->response);
     } else {
         print("Failed to summarize.");

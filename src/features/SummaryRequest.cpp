@@ -38,8 +38,8 @@ void requestSummary(std::function<void(std::optional<SummarizedResponse>)> compl
     const std::string messageId = message.messageId.value_or("");
 
     SummarizeRequestBody body;
-    body.content = message.content ? std::move(*message.content)
-                                   : SummarizeManager::shared().fallbackSummarizeContent.get();
+    body.content =
+        message.content ? std::move(*message.content) : SummarizeManager::shared().fallbackSummarizeContent.get();
     body.email = UserDetailsManager::shared().email();
     UserDefaults::standard().setString(SettingsKeys::fallbackContent(message.messageId), body.content);
 

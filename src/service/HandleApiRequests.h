@@ -12,8 +12,8 @@
 namespace quillmate
 {
 
-/// The requests to the service. Every operation returns at once and reports later; none keeps state between calls. All of
-/// them may be called on any thread.
+/// The requests to the service. Every operation returns at once and reports later; none keeps state between calls. All
+/// of them may be called on any thread.
 class HandleApiRequests
 {
 public:
@@ -24,21 +24,22 @@ public:
 
     HandleApiRequests() = delete;
 
-    /// Asks who the user is and stores the answer in `UserDetailsManager`. The completion runs on the main thread, and only
-    /// when the reply held both address and name.
-    static void fetchUserDetails(const std::string& url, const std::string& accessToken, UserDetailsCompletion completion);
+    /// Asks who the user is and stores the answer in `UserDetailsManager`. The completion runs on the main thread, and
+    /// only when the reply held both address and name.
+    static void fetchUserDetails(const std::string& url, const std::string& accessToken,
+                                 UserDetailsCompletion completion);
 
     /// Asks whether there is a version newer than `currentVersion`; reports through `IncommingUpdatesManager` alone.
     static void fetchLatestVersion(const std::string& url, const std::string& currentVersion);
 
-    /// Asks for a summary, after refreshing the user's details; when that refresh fails, nothing more happens. Tries up to
-    /// four times, 2.0 seconds apart, and sets `SummarizeManager.requestFailed` when it gives up. The completion runs at most
-    /// once, on the thread that decides the outcome.
+    /// Asks for a summary, after refreshing the user's details; when that refresh fails, nothing more happens. Tries up
+    /// to four times, 2.0 seconds apart, and sets `SummarizeManager.requestFailed` when it gives up. The completion
+    /// runs at most once, on the thread that decides the outcome.
     static void sendSummarizeRequest(const URL& url, const std::string& accessToken, SummarizeRequestBody body,
                                      const std::string& messageId, SummaryCompletion completion);
 
-    /// Asks for a reply, once. The completion runs exactly once, with either a record or a text that says what went wrong:
-    /// on the network's thread, or before the call returns when the body cannot be encoded.
+    /// Asks for a reply, once. The completion runs exactly once, with either a record or a text that says what went
+    /// wrong: on the network's thread, or before the call returns when the body cannot be encoded.
     static void sendGenerateRequest(const URL& url, const std::string& accessToken, const GenerateResponseBody& body,
                                     const std::string& messageId, GenerateCompletion completion);
 };

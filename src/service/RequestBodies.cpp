@@ -5,10 +5,8 @@ namespace quillmate
 
 Result<std::string, JSONError> SummarizeRequestBody::encode() const
 {
-    return JSONEncoder::encode({{"content", content},
-                                {"email", email},
-                                {"plugin_source", pluginSource},
-                                {"plugin_version", pluginVersion}});
+    return JSONEncoder::encode(
+        {{"content", content}, {"email", email}, {"plugin_source", pluginSource}, {"plugin_version", pluginVersion}});
 }
 
 Result<std::string, JSONError> GenerateResponseBody::encode() const

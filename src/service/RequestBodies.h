@@ -11,8 +11,8 @@ constexpr auto pluginSource = "plugin_apple";
 /// The wire format's own version, not the extension's.
 constexpr auto pluginVersion = "v1.0.0";
 
-// The bodies of the POST requests. `encode` writes every member, all texts, in the order of the fields; it fails on a text
-// that is not UTF-8.
+// The bodies of the POST requests. `encode` writes every member, all texts, in the order of the fields; it fails on a
+// text that is not UTF-8.
 
 struct SummarizeRequestBody {
     /// Text of the replied-to message, or what the user pasted in its place.

@@ -36,8 +36,8 @@ void SummarizeAttempt::send() const
     URLRequest request = m_request->prepared;
     request.body = std::make_shared<const std::string>(std::move(encoded).value());
     URLSession::shared()
-        .dataTask(std::move(request), [self = *this](auto data, auto response,
-                                                     auto error) { self.handleResponse(data, response, error); })
+        .dataTask(std::move(request),
+                  [self = *this](auto data, auto response, auto error) { self.handleResponse(data, response, error); })
         ->resume();
 }
 
@@ -96,9 +96,8 @@ void SummarizeAttempt::retry() const
 void HandleApiRequests::sendSummarizeRequest(const URL& url, const std::string& accessToken, SummarizeRequestBody body,
                                              const std::string& messageId, SummaryCompletion completion)
 {
-    const auto request = std::make_shared<const SummarizeAttempt::Request>(
-        SummarizeAttempt::Request{makePostRequest(url, accessToken, AcceptHeader::Sent), std::move(body), messageId,
-                                  std::move(completion)});
+    const auto request = std::make_shared<const SummarizeAttempt::Request>(SummarizeAttempt::Request{
+        makePostRequest(url, accessToken, AcceptHeader::Sent), std::move(body), messageId, std::move(completion)});
     fetchUserDetails(currentApiURL() + "/me", accessToken,
                      [request](UserDetailsManager&) { SummarizeAttempt(request, 0).send(); });
 }

@@ -73,7 +73,8 @@ void HandleApiRequests::fetchLatestVersion(const std::string& url, const std::st
         print("Invalid URL");
         return;
     }
-    const auto complete = URL::parseAbsolute(components->withQueryItem("currentVersion", currentVersion).absoluteString());
+    const auto complete =
+        URL::parseAbsolute(components->withQueryItem("currentVersion", currentVersion).absoluteString());
     if (!complete) {
         print("Failed to construct URL with query parameter");
         return;

@@ -30,16 +30,17 @@ public:
     APIManager(const APIManager&) = delete;
     APIManager& operator=(const APIManager&) = delete;
 
-    /// The URL of the chosen environment's interface, read afresh; live, with a diagnostic line, when none or no known one
-    /// is chosen.
+    /// The URL of the chosen environment's interface, read afresh; live, with a diagnostic line, when none or no known
+    /// one is chosen.
     [[nodiscard]] std::string apiURL() const;
     /// As `apiURL`, the origin alone.
     [[nodiscard]] std::string baseURL() const;
 
-    /// What `serviceEnvironments` calls the chosen environment, "live" when nothing is chosen; an unknown choice as it is.
+    /// What `serviceEnvironments` calls the chosen environment, "live" when nothing is chosen; an unknown choice as it
+    /// is.
     [[nodiscard]] static std::string selectedApiEndpoint();
-    /// A developer chooses another environment: stores the key, posts "apiEndpointChanged" and "UserDidLogout", forgets the
-    /// token. Main thread.
+    /// A developer chooses another environment: stores the key, posts "apiEndpointChanged" and "UserDidLogout", forgets
+    /// the token. Main thread.
     static void selectApiEndpoint(const std::string& key);
 
 private:

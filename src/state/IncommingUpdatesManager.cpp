@@ -7,9 +7,12 @@ namespace quillmate
 
 IncommingUpdatesManager& IncommingUpdatesManager::shared()
 {
-    static IncommingUpdatesManager manager;
-    static const bool moved = belongToMainThread(manager);
-    Q_UNUSED(moved)
+    // One step for both: only the thread that has made an object can hand it to another.
+    static IncommingUpdatesManager& manager = []() -> IncommingUpdatesManager& {
+        static IncommingUpdatesManager made;
+        belongToMainThread(made);
+        return made;
+    }();
     return manager;
 }
 

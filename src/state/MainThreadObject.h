@@ -6,13 +6,13 @@
 namespace quillmate
 {
 
-/// A shared object is made by whichever thread asks first; what it announces belongs to the main thread.
-inline bool belongToMainThread(QObject& object)
+/// A shared object is made by whichever thread asks first; what it announces belongs to the main thread. To be called
+/// on the thread that made it.
+inline void belongToMainThread(QObject& object)
 {
     if (const auto* application = QCoreApplication::instance()) {
         object.moveToThread(application->thread());
     }
-    return true;
 }
 
 } // namespace quillmate

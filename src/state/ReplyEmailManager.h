@@ -24,8 +24,8 @@ struct ReplyEmail {
     bool operator==(const ReplyEmail&) const = default;
 };
 
-/// The shared record of the message being replied to, filled each time a compose session begins. Any thread. It is guarded
-/// as a whole, so that nobody sees the text of one message with the id of another.
+/// The shared record of the message being replied to, filled each time a compose session begins. Any thread. It is
+/// guarded as a whole, so that nobody sees the text of one message with the id of another.
 class ReplyEmailManager
 {
 public:

@@ -37,9 +37,9 @@ Result<SessionResponse, JSONError> SessionResponse::decode(std::string_view byte
         return Decoded::failure({"The key \"id\" is missing or its value is not a string."});
     }
     session.id = *id;
-    for (const auto& [key, target] : {std::pair("access_token", &session.accessToken),
-                                      std::pair("refresh_token", &session.refreshToken),
-                                      std::pair("login_url", &session.loginURL)}) {
+    for (const auto& [key, target] :
+         {std::pair("access_token", &session.accessToken), std::pair("refresh_token", &session.refreshToken),
+          std::pair("login_url", &session.loginURL)}) {
         if (!readOptional(parsed.value(), key, *target)) {
             return Decoded::failure({"The value of the key \"" + std::string(key) + "\" is not a string."});
         }

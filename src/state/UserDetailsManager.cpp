@@ -7,9 +7,12 @@ namespace quillmate
 
 UserDetailsManager& UserDetailsManager::shared()
 {
-    static UserDetailsManager manager;
-    static const bool moved = belongToMainThread(manager);
-    Q_UNUSED(moved)
+    // One step for both: only the thread that has made an object can hand it to another.
+    static UserDetailsManager& manager = []() -> UserDetailsManager& {
+        static UserDetailsManager made;
+        belongToMainThread(made);
+        return made;
+    }();
     return manager;
 }
 

@@ -11,9 +11,9 @@ namespace quillmate
 namespace
 {
 
-/// One cubic per corner. It starts further out than a circle of the radius would, so that the curvature grows from nearly
-/// nothing, and passes through the same point in the middle of the corner; where a side is too short for that, it becomes
-/// that circle.
+/// One cubic per corner. It starts further out than a circle of the radius would, so that the curvature grows from
+/// nearly nothing, and passes through the same point in the middle of the corner; where a side is too short for that,
+/// it becomes that circle.
 QPainterPath outline(const QRectF& area, double radius)
 {
     constexpr double reach = 1.53;

@@ -7,8 +7,8 @@
 namespace quillmate
 {
 
-/// A rectangle whose corners run continuously into its edges, filled and outlined. The outline lies inside the edges. With
-/// a radius of half a side the corners are round.
+/// A rectangle whose corners run continuously into its edges, filled and outlined. The outline lies inside the edges.
+/// With a radius of half a side the corners are round.
 class ContinuousRectangle : public QQuickPaintedItem
 {
     Q_OBJECT

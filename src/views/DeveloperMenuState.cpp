@@ -16,8 +16,8 @@ namespace
 bool isToggle(const NSEvent& event)
 {
     constexpr std::uint32_t both = NSEvent::commandFlag | NSEvent::shiftFlag;
-    return (event.modifierFlags & both) == both && event.charactersIgnoringModifiers
-        && QString::fromStdString(*event.charactersIgnoringModifiers).toLower() == QLatin1String("d");
+    return (event.modifierFlags & both) == both && event.charactersIgnoringModifiers &&
+           QString::fromStdString(*event.charactersIgnoringModifiers).toLower() == QLatin1String("d");
 }
 
 } // namespace

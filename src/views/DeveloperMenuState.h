@@ -12,7 +12,8 @@
 namespace quillmate
 {
 
-/// The hidden developer menu of a screen: whether it is shown, the chosen environment and the version. Main thread only.
+/// The hidden developer menu of a screen: whether it is shown, the chosen environment and the version. Main thread
+/// only.
 class DeveloperMenuState : public QObject
 {
     Q_OBJECT

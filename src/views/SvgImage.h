@@ -8,7 +8,8 @@
 namespace quillmate
 {
 
-/// One of the program's own pictures, fitted into the item with its aspect ratio kept; a symbol takes the colour it is given.
+/// One of the program's own pictures, fitted into the item with its aspect ratio kept; a symbol takes the colour it is
+/// given.
 class SvgImage : public QQuickPaintedItem
 {
     Q_OBJECT

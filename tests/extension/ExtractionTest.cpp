@@ -47,7 +47,8 @@ const QString signedOutLine = QStringLiteral("Acess token is empty. User need to
 /// What every extraction ends with when no environment is chosen: the URL is read twice.
 QStringList refreshLines()
 {
-    return {fallbackLine, QStringLiteral("CURRENT API URL IN API MANAGER https://quillmate.example/api/v1"), fallbackLine};
+    return {fallbackLine, QStringLiteral("CURRENT API URL IN API MANAGER https://quillmate.example/api/v1"),
+            fallbackLine};
 }
 
 MEMessage ordinaryMessage()
@@ -91,7 +92,8 @@ void ExtractionTest::body_data()
     QTest::newRow("three feeds") << QByteArray("A: b\n\n\nx") << true << QByteArray("x");
     QTest::newRow("no header") << QByteArray("\n\nx") << true << QByteArray("x");
     QTest::newRow("nothing behind") << QByteArray("A: b\n\n") << true << QByteArray("");
-    QTest::newRow("white space alone") << QByteArray("A: b\n\n \t\r\n\v\f\u0085\u00a0\u2003\u200b\u2028\u202f\u205f\u3000")
+    QTest::newRow("white space alone") << QByteArray(
+                                              "A: b\n\n \t\r\n\v\f\u0085\u00a0\u2003\u200b\u2028\u202f\u205f\u3000")
                                        << true << QByteArray("");
     QTest::newRow("white space of every kind at the ends")
         << QByteArray("A: b\n\n\u1680\u2000 x \u2029 y \u3000\u2029\r\n") << true << QByteArray("x \u2029 y");
@@ -99,8 +101,8 @@ void ExtractionTest::body_data()
                                     << QByteArray("\u200c\u180e\ufeffx\u2060");
     QTest::newRow("a NUL is text") << QByteArray("A\n\n\0x\0", 6) << true << QByteArray("\0x\0", 3);
     QTest::newRow("carriage returns") << QByteArray("A: b\r\n\r\nText\r\n") << false << QByteArray();
-    QTest::newRow("carriage returns, a bare pair later") << QByteArray("A: b\r\n\r\nText\n\nMore\r\n") << true
-                                                         << QByteArray("More");
+    QTest::newRow("carriage returns, a bare pair later")
+        << QByteArray("A: b\r\n\r\nText\n\nMore\r\n") << true << QByteArray("More");
     QTest::newRow("no pair") << QByteArray("A: b\nText\n") << false << QByteArray();
     QTest::newRow("empty") << QByteArray("") << false << QByteArray();
     QTest::newRow("Latin-1 in the body") << QByteArray("A: b\n\ncaf\xe9") << false << QByteArray();
@@ -126,10 +128,9 @@ void ExtractionTest::wholeMessage()
     const LogCapture log;
     extract(ordinaryMessage());
     QCOMPARE(ReplyEmailManager::shared().record(), ordinaryRecord);
-    QCOMPARE(log.lines(),
-             (QStringList{"SESSSION FROM CONTENT EMAIL Dear all,", "", "see you.",
-                          "getting email address from apple ana@a.example", signedOutLine}
-              + refreshLines()));
+    QCOMPARE(log.lines(), (QStringList{"SESSSION FROM CONTENT EMAIL Dear all,", "", "see you.",
+                                       "getting email address from apple ana@a.example", signedOutLine} +
+                           refreshLines()));
 }
 
 void ExtractionTest::newMessage()
@@ -137,11 +138,11 @@ void ExtractionTest::newMessage()
     ReplyEmailManager::shared().update([](ReplyEmail& record) { record = ordinaryRecord; });
     const LogCapture log;
     extract(std::nullopt);
-    QCOMPARE(log.lines(),
-             (QStringList{"No subject found in the original message.", "No email address found in the original message.",
-                          "No headers found in the original message.", "Email address is empty.",
-                          "Message content is empty.", "Session message id is empty.", signedOutLine}
-              + refreshLines()));
+    QCOMPARE(log.lines(), (QStringList{"No subject found in the original message.",
+                                       "No email address found in the original message.",
+                                       "No headers found in the original message.", "Email address is empty.",
+                                       "Message content is empty.", "Session message id is empty.", signedOutLine} +
+                           refreshLines()));
     // What the message before had there stays.
     QCOMPARE(ReplyEmailManager::shared().record(),
              (ReplyEmail{std::nullopt, "Plans", "Mon, 1 Jun", std::nullopt, std::nullopt}));
@@ -174,18 +175,23 @@ void ExtractionTest::missingPieces_data()
     row("carriage returns", [](MEMessage& m) { m.rawData = "A: b\r\n\r\nText"; }, noContent, {empty});
     row("a body of white space", [](MEMessage& m) { m.rawData = "A: b\n\n \n "; }, noContent, {empty});
     row("not UTF-8", [](MEMessage& m) { m.rawData = "A: b\n\ncaf\xe9"; }, noContent, {empty});
-    row("empty subject", [](MEMessage& m) { m.subject.clear(); }, [](ReplyEmail& r) { r.subject = ""; }, {});
-    row("no address", [](MEMessage& m) { m.fromAddress.addressString.reset(); }, [](ReplyEmail& r) { r.email.reset(); },
+    row(
+        "empty subject", [](MEMessage& m) { m.subject.clear(); }, [](ReplyEmail& r) { r.subject = ""; }, {});
+    row(
+        "no address", [](MEMessage& m) { m.fromAddress.addressString.reset(); }, [](ReplyEmail& r) { r.email.reset(); },
         {"No email address found in the original message.", "Email address is empty."});
-    row("empty address", [](MEMessage& m) { m.fromAddress.addressString = ""; }, [](ReplyEmail& r) { r.email.reset(); },
+    row(
+        "empty address", [](MEMessage& m) { m.fromAddress.addressString = ""; }, [](ReplyEmail& r) { r.email.reset(); },
         {"Email address is empty."});
-    row("no headers", [](MEMessage& m) { m.headers.reset(); },
+    row(
+        "no headers", [](MEMessage& m) { m.headers.reset(); },
         [&](ReplyEmail& r) {
             noId(r);
             earlierDate(r);
         },
         {"No headers found in the original message.", idEmpty});
-    row("empty headers", [](MEMessage& m) { m.headers->clear(); },
+    row(
+        "empty headers", [](MEMessage& m) { m.headers->clear(); },
         [&](ReplyEmail& r) {
             noId(r);
             earlierDate(r);
@@ -193,8 +199,9 @@ void ExtractionTest::missingPieces_data()
         {noDate, idNotFound, idEmpty});
     row("no date", [](MEMessage& m) { m.headers->erase("x-ms-exchange-crosstenant-originalarrivaltime"); }, earlierDate,
         {noDate});
-    row("an empty list of dates", [](MEMessage& m) { m.headers->at("x-ms-exchange-crosstenant-originalarrivaltime").clear(); },
-        earlierDate, {noDate});
+    row("an empty list of dates",
+        [](MEMessage& m) { m.headers->at("x-ms-exchange-crosstenant-originalarrivaltime").clear(); }, earlierDate,
+        {noDate});
     row("an empty id", [](MEMessage& m) { m.headers->at("message-id") = {""}; }, noId, {idEmpty});
     row("id in capitals only",
         [](MEMessage& m) {
@@ -211,15 +218,16 @@ void ExtractionTest::missingPieces()
     QFETCH(const ReplyEmail, record);
     QFETCH(const QStringList, lines);
     // From the message before; each is to be replaced, or in the date's case kept when there is no new one.
-    ReplyEmailManager::shared().update(
-        [](ReplyEmail& shared) { shared = {"old@a.example", "old", "earlier", "old", "<old>"}; });
+    ReplyEmailManager::shared().update([](ReplyEmail& shared) {
+        shared = {"old@a.example", "old", "earlier", "old", "<old>"};
+    });
     const LogCapture log;
     extract(message);
     QCOMPARE(ReplyEmailManager::shared().record(), record);
     QStringList missing;
     for (const QString& line : log.lines()) {
-        if (line.contains(QLatin1String("not found")) || line.contains(QLatin1String("is empty."))
-            || line.startsWith(QLatin1String("No "))) {
+        if (line.contains(QLatin1String("not found")) || line.contains(QLatin1String("is empty.")) ||
+            line.startsWith(QLatin1String("No "))) {
             missing.append(line);
         }
     }

@@ -139,8 +139,9 @@ void PanelTest::logOutAndInAgain()
     UserDefaults::standard().setString("selectedApiEndpoint", "staging");
     m_fixture.log().take();
     m_fixture.click("logOutButton");
-    QCOMPARE(m_fixture.log().take(), (QStringList{"Logout button clicked", "UserDefaults cleared",
-                                                  "URLSession cache cleared", "i enter in the login content view page"}));
+    QCOMPARE(m_fixture.log().take(),
+             (QStringList{"Logout button clicked", "UserDefaults cleared", "URLSession cache cleared",
+                          "i enter in the login content view page"}));
     QVERIFY(!AuthManager::shared().accessToken.get());
     QCOMPARE(UserDefaults::standard().dictionaryRepresentation().size(), std::size_t(0));
     // The sign-in screen lies over the panel, which takes no more clicks.
@@ -185,8 +186,8 @@ void PanelTest::summaryArrives()
     QCOMPARE(stored("Optional(\"m1\") fallbackContent"), std::optional<std::string>("The content"));
     QCOMPARE(SummarizeManager::shared().responses.get().at("m1"), (SummarizedResponse{"m1", "Short."}));
     const auto requests = m_fixture.server().requests();
-    const auto request = std::find_if(requests.begin(), requests.end(),
-                                      [](const auto& received) { return received.method == "POST"; });
+    const auto request =
+        std::find_if(requests.begin(), requests.end(), [](const auto& received) { return received.method == "POST"; });
     QVERIFY(request->body.find(contentOfTheRequest) != std::string::npos);
 }
 

@@ -1,6 +1,6 @@
+#include "extension/PanelFixture.h"
 #include "platform/foundation/MainSchedule.h"
 #include "platform/foundation/UserDefaults.h"
-#include "extension/PanelFixture.h"
 #include "state/AuthManager.h"
 
 #include <QTest>
@@ -92,8 +92,8 @@ void SignInTest::wholeFlow()
     lines.removeAt(12);
     const QString origin = QStringLiteral("https://quillmate.example");
     QCOMPARE(lines.mid(0, 13),
-             (QStringList{fallback, "CURRENT BASE API URL IN API MANAGER " + origin, fallback, "URL is: " + origin, fallback,
-                          "CURRENT BASE API URL IN API MANAGER " + origin, fallback, fallback,
+             (QStringList{fallback, "CURRENT BASE API URL IN API MANAGER " + origin, fallback, "URL is: " + origin,
+                          fallback, "CURRENT BASE API URL IN API MANAGER " + origin, fallback, fallback,
                           "BASE URL IN LOGIN FUNCTION IS: " + origin, fallback, stillWaiting, stillWaiting,
                           "Access token received: the token"}));
     const auto requests = m_fixture.server().requests();
@@ -113,8 +113,8 @@ void SignInTest::sessionThatFails_data()
     QTest::newRow("nothing") << QByteArray("") << ordinary << unreadable;
     QTest::newRow("a list") << QByteArray("[]") << ordinary << unreadable;
     QTest::newRow("no id") << QByteArray(R"({"login_url":"https://x.example"})") << ordinary << unreadable;
-    QTest::newRow("an id that is a number") << QByteArray(R"({"id":1,"login_url":"https://x.example"})") << ordinary
-                                            << unreadable;
+    QTest::newRow("an id that is a number")
+        << QByteArray(R"({"id":1,"login_url":"https://x.example"})") << ordinary << unreadable;
     QTest::newRow("a page that is a number") << QByteArray(R"({"id":"s1","login_url":1})") << ordinary << unreadable;
     QTest::newRow("no page") << QByteArray(R"({"id":"s1"})") << ordinary << QString();
     QTest::newRow("page null") << QByteArray(R"({"id":"s1","login_url":null})") << ordinary << QString();

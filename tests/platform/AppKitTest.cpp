@@ -92,7 +92,10 @@ void AppKitTest::hostedViews()
     QQuickWindow window;
     std::shared_ptr<NSView> view;
     {
-        NSHostingController host({source, {{"word", "given"}}, std::move(state), [&] { events.append("appear"); },
+        NSHostingController host({source,
+                                  {{"word", "given"}},
+                                  std::move(state),
+                                  [&] { events.append("appear"); },
                                   [&] { events.append("disappear"); }});
         view = host.view();
         QCOMPARE(view->item()->objectName(), QStringLiteral("given"));
@@ -165,7 +168,8 @@ void AppKitTest::keys_data()
     QTest::addColumn<QString>("characters"); // "-" for none
     QTest::newRow("d") << int(Qt::Key_D) << Qt::KeyboardModifiers() << 0U << "d";
     QTest::newRow("shift") << int(Qt::Key_D) << Qt::KeyboardModifiers(Qt::ShiftModifier) << 0x20000U << "D";
-    QTest::newRow("control is command") << int(Qt::Key_D) << (Qt::ControlModifier | Qt::ShiftModifier) << 0x120000U << "D";
+    QTest::newRow("control is command") << int(Qt::Key_D) << (Qt::ControlModifier | Qt::ShiftModifier) << 0x120000U
+                                        << "D";
     QTest::newRow("alt is option") << int(Qt::Key_1) << Qt::KeyboardModifiers(Qt::AltModifier) << 0x80000U << "1";
     QTest::newRow("meta is control") << int(Qt::Key_D) << Qt::KeyboardModifiers(Qt::MetaModifier) << 0x40000U << "d";
     QTest::newRow("a key without a character") << int(Qt::Key_F1) << Qt::KeyboardModifiers() << 0U << "-";

@@ -93,7 +93,9 @@ void FoundationTest::urls_data()
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<bool>("url");
     QTest::addColumn<bool>("absolute");
-    const auto row = [](const char* text, bool url, bool absolute) { QTest::newRow(text) << QByteArray(text) << url << absolute; };
+    const auto row = [](const char* text, bool url, bool absolute) {
+        QTest::newRow(text) << QByteArray(text) << url << absolute;
+    };
     row("https://quillmate.example/api/v1/me", true, true);
     row("HTTPS://u:p@h:80/p;x=1/%C3%A9?q=a/b?c#f/?", true, true);
     row("https://h", true, true);
@@ -160,9 +162,12 @@ void FoundationTest::urlResolution()
 {
     const URL base = URL::parse("https://a.example:444/b/c?d#e").value();
     const std::vector<std::pair<std::string, std::string>> table = {
-        {"f", "https://a.example:444/b/f"},   {"/f?g", "https://a.example:444/f?g"},
-        {"//h/i", "https://h/i"},             {"http://h/", "http://h/"},
-        {"../../x", "https://a.example:444/x"}, {"?y", "https://a.example:444/b/c?y"},
+        {"f", "https://a.example:444/b/f"},
+        {"/f?g", "https://a.example:444/f?g"},
+        {"//h/i", "https://h/i"},
+        {"http://h/", "http://h/"},
+        {"../../x", "https://a.example:444/x"},
+        {"?y", "https://a.example:444/b/c?y"},
     };
     for (const auto& [reference, resolved] : table) {
         QCOMPARE(base.resolving(reference)->absoluteString(), resolved);
@@ -242,10 +247,11 @@ void FoundationTest::networkEnvironment_data()
     QTest::newRow("one") << QByteArray("a.example=127.0.0.1:8443") << 1;
     QTest::newRow("two") << QByteArray("a.example=127.0.0.1:1,B.example=[::1]:65535") << 2;
     QTest::newRow("a name for an address") << QByteArray("a=localhost:1") << 1;
-    for (const char* wrong : {"a.example", "a.example=", "a.example=127.0.0.1", "a.example=127.0.0.1:", "=127.0.0.1:1",
-                              "a.example=127.0.0.1:0", "a.example=127.0.0.1:65536", "a.example=127.0.0.1:1,",
-                              ",a.example=127.0.0.1:1", "https://a.example=127.0.0.1:1", "a.example=::1:1",
-                              "a.example=[::x]:1", "a.example=127.0.0.1:1 ", "a b=127.0.0.1:1", "a.example=1:2:3", "."}) {
+    for (const char* wrong :
+         {"a.example", "a.example=", "a.example=127.0.0.1", "a.example=127.0.0.1:", "=127.0.0.1:1",
+          "a.example=127.0.0.1:0", "a.example=127.0.0.1:65536", "a.example=127.0.0.1:1,", ",a.example=127.0.0.1:1",
+          "https://a.example=127.0.0.1:1", "a.example=::1:1", "a.example=[::x]:1", "a.example=127.0.0.1:1 ",
+          "a b=127.0.0.1:1", "a.example=1:2:3", "."}) {
         QTest::newRow(wrong) << QByteArray(wrong) << -1;
     }
 }
@@ -254,7 +260,8 @@ void FoundationTest::networkEnvironment()
 {
     QFETCH(const QByteArray, connectTo);
     QFETCH(const int, hosts);
-    const auto environment = NetworkEnvironment::fromValues(connectTo.isNull() ? nullptr : connectTo.constData(), nullptr);
+    const auto environment =
+        NetworkEnvironment::fromValues(connectTo.isNull() ? nullptr : connectTo.constData(), nullptr);
     QCOMPARE(environment.hasValue(), hosts >= 0);
     if (environment) {
         QCOMPARE(environment.value().connectTo.size(), static_cast<std::size_t>(hosts));
@@ -278,7 +285,8 @@ void FoundationTest::networkEnvironment()
 
 void FoundationTest::bundle()
 {
-    QCOMPARE(Bundle::main().object("CFBundleShortVersionString"), std::optional<std::string>(QUILLMATE_PROJECT_VERSION));
+    QCOMPARE(Bundle::main().object("CFBundleShortVersionString"),
+             std::optional<std::string>(QUILLMATE_PROJECT_VERSION));
     QCOMPARE(Bundle::main().object("missing"), std::nullopt);
     QCOMPARE(Bundle::main().contents("missing", "json"), std::nullopt);
     QCOMPARE(Bundle::main().url("missing", "json"), std::nullopt);

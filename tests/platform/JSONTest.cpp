@@ -24,7 +24,9 @@ void JSONTest::texts_data()
         QTest::newRow(name) << text << (rendered.isNull() ? text : rendered) << false;
     };
     const auto fragment = [](const char* name, const QByteArray& text) { QTest::newRow(name) << text << text << true; };
-    const auto bad = [](const char* name, const QByteArray& text) { QTest::newRow(name) << text << QByteArray() << false; };
+    const auto bad = [](const char* name, const QByteArray& text) {
+        QTest::newRow(name) << text << QByteArray() << false;
+    };
 
     good("empty object", "{}");
     good("empty list", "[]");

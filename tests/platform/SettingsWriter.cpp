@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <string>
 
-/// Writes numbered values into the settings file that is named first, from the number that is named second, and says each
-/// number once its write has returned. Runs until it is killed, or until the number that may be named third.
+/// Writes numbered values into the settings file that is named first, from the number that is named second, and says
+/// each number once its write has returned. Runs until it is killed, or until the number that may be named third.
 int main(int argc, char** argv)
 {
     if (argc < 3) {

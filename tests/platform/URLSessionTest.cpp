@@ -1,5 +1,5 @@
-#include "platform/foundation/URLCache.h"
 #include "platform/foundation/URLSession.h"
+#include "platform/foundation/URLCache.h"
 #include "support/LogCapture.h"
 #include "support/TestEnvironment.h"
 #include "support/TestServer.h"
@@ -96,7 +96,8 @@ void URLSessionTest::exchanges_data()
     QTest::newRow("200 empty") << 200 << QByteArray("");
     QTest::newRow("204") << 204 << QByteArray("");
     for (const int status : {300, 304, 400, 401, 403, 404, 407, 409, 413, 418, 429, 500, 502, 503, 599}) {
-        QTest::newRow(QByteArray::number(status).constData()) << status << QByteArray(status == 304 ? "" : "{\"error\":1}");
+        QTest::newRow(QByteArray::number(status).constData())
+            << status << QByteArray(status == 304 ? "" : "{\"error\":1}");
     }
     QTest::newRow("4 MB of any bytes") << 200 << QByteArray("\x00\xff\r\n", 4).repeated(1'000'000);
 }
@@ -117,7 +118,10 @@ void URLSessionTest::requestOnTheWire()
 {
     m_server.reply("POST /x?y=1", "{}");
     const auto body = std::make_shared<const std::string>(std::string(3'000'000, 'b'));
-    run({URL::parseAbsolute("https://quillmate.example:9443/x?y=1#part").value(), "POST", {{"Content-Type", "application/json"}, {"Authorization", "Bearer "}}, body});
+    run({URL::parseAbsolute("https://quillmate.example:9443/x?y=1#part").value(),
+         "POST",
+         {{"Content-Type", "application/json"}, {"Authorization", "Bearer "}},
+         body});
     const auto request = m_server.requests().front();
     QCOMPARE(request.headers.at("host"), std::string("quillmate.example:9443"));
     QCOMPARE(request.headers.at("authorization"), std::string("Bearer "));
@@ -140,7 +144,8 @@ void URLSessionTest::failures_data()
     QTest::addColumn<TestReply>("reply");
     QTest::addColumn<int>("kind");
     const auto row = [](const char* name, const char* host, TestReply::Manner manner, URLError::Kind kind) {
-        QTest::newRow(name) << QString::fromLatin1(host) << TestReply{200, "half and half", {}, manner} << static_cast<int>(kind);
+        QTest::newRow(name) << QString::fromLatin1(host) << TestReply{200, "half and half", {}, manner}
+                            << static_cast<int>(kind);
     };
     using Manner = TestReply::Manner;
     using Kind = URLError::Kind;
@@ -185,15 +190,24 @@ void URLSessionTest::redirects_data()
     QTest::addColumn<QString>("location");
     QTest::addColumn<QString>("arrives"); // "METHOD host", or the error
     QTest::addColumn<bool>("token");
-    QTest::newRow("same host") << "GET" << 302 << "/y" << "GET quillmate.example" << true;
-    QTest::newRow("another host") << "GET" << 302 << "https://other.example/y" << "GET other.example" << false;
-    QTest::newRow("another port") << "GET" << 307 << "https://quillmate.example:9/y" << "GET quillmate.example:9" << false;
-    QTest::newRow("a POST after 301") << "POST" << 301 << "/y" << "GET quillmate.example" << true;
-    QTest::newRow("a POST after 303") << "POST" << 303 << "/y" << "GET quillmate.example" << true;
-    QTest::newRow("a POST after 308") << "POST" << 308 << "/y" << "POST quillmate.example" << true;
-    QTest::newRow("down to http") << "GET" << 302 << "http://quillmate.example/y" << "insecureRedirect" << false;
-    QTest::newRow("to a file") << "GET" << 302 << "file:///y" << "insecureRedirect" << false;
-    QTest::newRow("to no URL") << "GET" << 302 << "/a b" << "302" << false;
+    QTest::newRow("same host") << "GET" << 302 << "/y"
+                               << "GET quillmate.example" << true;
+    QTest::newRow("another host") << "GET" << 302 << "https://other.example/y"
+                                  << "GET other.example" << false;
+    QTest::newRow("another port") << "GET" << 307 << "https://quillmate.example:9/y"
+                                  << "GET quillmate.example:9" << false;
+    QTest::newRow("a POST after 301") << "POST" << 301 << "/y"
+                                      << "GET quillmate.example" << true;
+    QTest::newRow("a POST after 303") << "POST" << 303 << "/y"
+                                      << "GET quillmate.example" << true;
+    QTest::newRow("a POST after 308") << "POST" << 308 << "/y"
+                                      << "POST quillmate.example" << true;
+    QTest::newRow("down to http") << "GET" << 302 << "http://quillmate.example/y"
+                                  << "insecureRedirect" << false;
+    QTest::newRow("to a file") << "GET" << 302 << "file:///y"
+                               << "insecureRedirect" << false;
+    QTest::newRow("to no URL") << "GET" << 302 << "/a b"
+                               << "302" << false;
 }
 
 void URLSessionTest::redirects()
@@ -207,7 +221,8 @@ void URLSessionTest::redirects()
     m_server.reply("GET /y", "there");
     m_server.reply("POST /y", "there");
     const bool post = method == QLatin1String("POST");
-    const auto exchange = run({URL::parseAbsolute("https://quillmate.example/x").value(), method.toStdString(),
+    const auto exchange = run({URL::parseAbsolute("https://quillmate.example/x").value(),
+                               method.toStdString(),
                                {{"Content-Type", "text/plain"}, {"Authorization", "Bearer t"}},
                                post ? std::make_shared<const std::string>("body") : nullptr});
     if (exchange.error) {
@@ -225,7 +240,8 @@ void URLSessionTest::redirects()
     QCOMPARE(last.headers.contains("authorization"), token);
     QCOMPARE(last.body, last.method == "POST" ? std::string("body") : std::string());
     QCOMPARE(exchange.response->url, location.startsWith(QLatin1Char('/'))
-                 ? "https://quillmate.example" + location.toStdString() : location.toStdString());
+                                         ? "https://quillmate.example" + location.toStdString()
+                                         : location.toStdString());
 }
 
 void URLSessionTest::redirectLoop()
@@ -265,7 +281,8 @@ void URLSessionTest::cache()
     // The two hosts are one address here.
     QCOMPARE(get("https://other.example/kept").data, std::optional<std::string>("second"));
 
-    QCOMPARE(QFileInfo(TestEnvironment::cacheFolder()).permissions() & QFile::Permissions(0x0077), QFile::Permissions());
+    QCOMPARE(QFileInfo(TestEnvironment::cacheFolder()).permissions() & QFile::Permissions(0x0077),
+             QFile::Permissions());
     m_server.reset();
     m_server.reply("GET /kept", "after");
     URLCache::shared().removeAllCachedResponses();

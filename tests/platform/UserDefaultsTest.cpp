@@ -41,7 +41,10 @@ private:
     {
         return std::filesystem::path(m_folder->path().toStdString()) / "quillmate" / "settings.db";
     }
-    [[nodiscard]] QStringList files() const { return QDir(QString::fromStdString(file().parent_path())).entryList(QDir::Files); }
+    [[nodiscard]] QStringList files() const
+    {
+        return QDir(QString::fromStdString(file().parent_path())).entryList(QDir::Files);
+    }
 
     std::unique_ptr<QTemporaryDir> m_folder;
 };
@@ -77,9 +80,26 @@ void UserDefaultsTest::valuesAndTypes()
 void UserDefaultsTest::keysAreExact()
 {
     UserDefaults defaults(file());
-    const std::vector<std::string> keys = {"",      "a",     "A",      "a ",          " a",        "a/b", "a//b", "/a/b",
-                                           "a/b/",  "é",     "e\u0301", "<m@x>",      "a\\b",      "a%", "a'b\"c", "a\nb",
-                                           std::string("a\0b", 3), std::string("a\0c", 3), std::string(10'000, 'k'), "\xff"};
+    const std::vector<std::string> keys = {"",
+                                           "a",
+                                           "A",
+                                           "a ",
+                                           " a",
+                                           "a/b",
+                                           "a//b",
+                                           "/a/b",
+                                           "a/b/",
+                                           "é",
+                                           "e\u0301",
+                                           "<m@x>",
+                                           "a\\b",
+                                           "a%",
+                                           "a'b\"c",
+                                           "a\nb",
+                                           std::string("a\0b", 3),
+                                           std::string("a\0c", 3),
+                                           std::string(10'000, 'k'),
+                                           "\xff"};
     for (std::size_t i = 0; i < keys.size(); ++i) {
         defaults.setString(keys[i], std::to_string(i));
     }
@@ -98,8 +118,9 @@ void UserDefaultsTest::valuesOutliveTheStore()
         defaults.setData("data", "d");
     }
     UserDefaults defaults(file());
-    const std::map<std::string, SettingsValue> expected = {
-        {"text", SettingsValue(std::string("x"))}, {"flag", SettingsValue(true)}, {"data", SettingsValue(SettingsData{"d"})}};
+    const std::map<std::string, SettingsValue> expected = {{"text", SettingsValue(std::string("x"))},
+                                                           {"flag", SettingsValue(true)},
+                                                           {"data", SettingsValue(SettingsData{"d"})}};
     QVERIFY(defaults.dictionaryRepresentation() == expected);
 }
 

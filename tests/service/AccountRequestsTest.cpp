@@ -137,9 +137,11 @@ void AccountRequestsTest::userDetailsRequest()
 
 void AccountRequestsTest::userDetailsWithoutAServer()
 {
-    // No server stands behind this host and nothing is looked up on the network: the name is reserved for that (RFC 6761).
+    // No server stands behind this host and nothing is looked up on the network: the name is reserved for that (RFC
+    // 6761).
     const LogCapture log;
-    HandleApiRequests::fetchUserDetails("https://nowhere.invalid/me", "token", [](UserDetailsManager&) { QFAIL("told"); });
+    HandleApiRequests::fetchUserDetails("https://nowhere.invalid/me", "token",
+                                        [](UserDetailsManager&) { QFAIL("told"); });
     QTRY_COMPARE_WITH_TIMEOUT(log.lines().size(), 3, 30000);
     QVERIFY(log.lines().last().startsWith(QLatin1String("Error: URLError.")));
 }
@@ -147,7 +149,7 @@ void AccountRequestsTest::userDetailsWithoutAServer()
 void AccountRequestsTest::version_data()
 {
     QTest::addColumn<TestReply>("reply");
-    QTest::addColumn<QStringList>("lines"); // beginnings
+    QTest::addColumn<QStringList>("lines");  // beginnings
     QTest::addColumn<QString>("newVersion"); // "-" for absent
     QTest::addColumn<QString>("updateUrl");
     QTest::addColumn<bool>("available");
@@ -159,9 +161,11 @@ void AccountRequestsTest::version_data()
     const QString before = QStringLiteral("before");
     const QString absent = QStringLiteral("-");
     QTest::newRow("both") << TestReply{200, R"({"current_version":"2.0","download_url":"u"})"}
-                          << QStringList{rendering, version} << "2.0" << "u" << true;
-    QTest::newRow("both with a status of failure") << TestReply{500, R"({"current_version":"2.0","download_url":"u"})"}
-                                                   << QStringList{rendering, version} << "2.0" << "u" << true;
+                          << QStringList{rendering, version} << "2.0"
+                          << "u" << true;
+    QTest::newRow("both with a status of failure")
+        << TestReply{500, R"({"current_version":"2.0","download_url":"u"})"} << QStringList{rendering, version} << "2.0"
+        << "u" << true;
     QTest::newRow("only the link") << TestReply{200, R"({"download_url":"u"})"} << QStringList{rendering, noVersion}
                                    << absent << "u" << true;
     QTest::newRow("only the version") << TestReply{200, R"({"current_version":"2.0"})"}
@@ -170,10 +174,10 @@ void AccountRequestsTest::version_data()
                                        << QStringList{rendering, noLink, version} << "2.0" << absent << false;
     QTest::newRow("neither") << TestReply{200, "{}"} << QStringList{rendering, noVersion, noLink} << absent << absent
                              << false;
-    QTest::newRow("no object") << TestReply{200, "[]"} << QStringList{"Server error. Please try again."} << before << before
-                               << false;
-    QTest::newRow("a bare text") << TestReply{200, R"("x")"}
-                                 << QStringList{"Error parsing response data from server: "} << before << before << true;
+    QTest::newRow("no object") << TestReply{200, "[]"} << QStringList{"Server error. Please try again."} << before
+                               << before << false;
+    QTest::newRow("a bare text") << TestReply{200, R"("x")"} << QStringList{"Error parsing response data from server: "}
+                                 << before << before << true;
     QTest::newRow("cut") << cut() << QStringList{"Error: URLError.networkConnectionLost"} << before << before << true;
 }
 
@@ -187,7 +191,8 @@ void AccountRequestsTest::version()
     m_server.reply("GET /api/v1/apple-version?currentVersion=1.0.0", reply);
     LogCapture log;
     HandleApiRequests::fetchLatestVersion(versionURL, "1.0.0");
-    QCOMPARE(log.take(), QStringList{"Sending request to URL: " + QString::fromStdString(versionURL) + "?currentVersion=1.0.0"});
+    QCOMPARE(log.take(),
+             QStringList{"Sending request to URL: " + QString::fromStdString(versionURL) + "?currentVersion=1.0.0"});
     QTRY_COMPARE(log.lines().size(), lines.size());
     // What the handler queued for the main thread has run once this has.
     bool drained = false;
@@ -209,12 +214,26 @@ void AccountRequestsTest::versionRequest_data()
     QTest::addColumn<QString>("target"); // empty: nothing is sent
     QTest::addColumn<QString>("line");
     const QString url = QString::fromStdString(versionURL);
-    QTest::newRow("plain") << url << "1.0.0" << "/api/v1/apple-version?currentVersion=1.0.0" << "";
-    QTest::newRow("blank and ampersand") << url << "1 0&x=y" << "/api/v1/apple-version?currentVersion=1%200%26x%3Dy" << "";
-    QTest::newRow("other scripts") << url << "é+" << "/api/v1/apple-version?currentVersion=%C3%A9%2B" << "";
-    QTest::newRow("an earlier query goes") << url + "?a=b&c" << "1" << "/api/v1/apple-version?currentVersion=1" << "";
-    QTest::newRow("no URL") << "https://a b" << "1" << "" << "Invalid URL";
-    QTest::newRow("nowhere to send it") << "apple-version" << "1" << ""
+    QTest::newRow("plain") << url << "1.0.0"
+                           << "/api/v1/apple-version?currentVersion=1.0.0"
+                           << "";
+    QTest::newRow("blank and ampersand") << url << "1 0&x=y"
+                                         << "/api/v1/apple-version?currentVersion=1%200%26x%3Dy"
+                                         << "";
+    QTest::newRow("other scripts") << url << "é+"
+                                   << "/api/v1/apple-version?currentVersion=%C3%A9%2B"
+                                   << "";
+    QTest::newRow("an earlier query goes") << url + "?a=b&c"
+                                           << "1"
+                                           << "/api/v1/apple-version?currentVersion=1"
+                                           << "";
+    QTest::newRow("no URL") << "https://a b"
+                            << "1"
+                            << ""
+                            << "Invalid URL";
+    QTest::newRow("nowhere to send it") << "apple-version"
+                                        << "1"
+                                        << ""
                                         << "Failed to construct URL with query parameter";
 }
 

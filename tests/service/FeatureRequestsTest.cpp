@@ -99,16 +99,18 @@ void FeatureRequestsTest::summary_data()
     const auto rendered = QStringLiteral(R"(Response from server: {"response":"Short."})");
 
     QTest::newRow("at once") << std::vector{good} << QStringList{rendered} << "Short." << false;
-    QTest::newRow("any success counts") << std::vector{TestReply{299, good.body}} << QStringList{rendered} << "Short." << false;
-    QTest::newRow("empty text") << std::vector{TestReply{200, R"({"response":""})"}} << QStringList{"Response from server: {"}
-                                << "" << false;
+    QTest::newRow("any success counts") << std::vector{TestReply{299, good.body}} << QStringList{rendered} << "Short."
+                                        << false;
+    QTest::newRow("empty text") << std::vector{TestReply{200, R"({"response":""})"}}
+                                << QStringList{"Response from server: {"} << "" << false;
     QTest::newRow("500 and then well") << std::vector{TestReply{500}, good} << QStringList{error500, retry(1), rendered}
                                        << "Short." << false;
-    QTest::newRow("500 for good") << std::vector{TestReply{500}}
-                                  << QStringList{error500, retry(1), error500, retry(2), error500, retry(3), error500, gaveUp}
+    QTest::newRow("500 for good") << std::vector{TestReply{500}} << QStringList{error500, retry(1), error500, retry(2),
+                                                                                error500, retry(3), error500, gaveUp}
                                   << "-" << true;
     QTest::newRow("a redirect without a place is a status")
-        << std::vector{TestReply{304}, good} << QStringList{"Server error: 304", retry(1), rendered} << "Short." << false;
+        << std::vector{TestReply{304}, good} << QStringList{"Server error: 304", retry(1), rendered} << "Short."
+        << false;
     QTest::newRow("cut, no JSON, empty, well")
         << std::vector{TestReply{200, "half of it", {}, TestReply::Manner::CutInBody}, TestReply{200, "no JSON"},
                        TestReply{204, ""}, good}
@@ -120,10 +122,12 @@ void FeatureRequestsTest::summary_data()
     QTest::newRow("a bare text") << std::vector{TestReply{200, R"("text")"}}
                                  << QStringList{"Response from server: {}", noKey} << "-" << false;
     QTest::newRow("a number for a text") << std::vector{TestReply{200, R"({"response":42})"}}
-                                         << QStringList{R"(Response from server: {"response":42})", noKey} << "-" << false;
-    QTest::newRow("a large one") << std::vector{TestReply{200, R"({"response":")" + std::string(4'000'000, 'x') + "\"}"}}
-                                 << QStringList{"Response from server: {"}
-                                 << QString(4'000'000, QLatin1Char('x')) << false;
+                                         << QStringList{R"(Response from server: {"response":42})", noKey} << "-"
+                                         << false;
+    QTest::newRow("a large one") << std::vector{TestReply{200,
+                                                          R"({"response":")" + std::string(4'000'000, 'x') + "\"}"}}
+                                 << QStringList{"Response from server: {"} << QString(4'000'000, QLatin1Char('x'))
+                                 << false;
 }
 
 void FeatureRequestsTest::summary()
@@ -247,7 +251,8 @@ void FeatureRequestsTest::generate_data()
     QTest::addColumn<QString>("error");    // its beginning
     const QByteArray content("c");
     const QString none = QStringLiteral("-");
-    QTest::newRow("well") << content << TestReply{201, R"({"response":"Yes."})"} << "Yes." << "";
+    QTest::newRow("well") << content << TestReply{201, R"({"response":"Yes."})"} << "Yes."
+                          << "";
     QTest::newRow("404") << content << TestReply{404} << none << "Server error: 404";
     QTest::newRow("no JSON") << content << TestReply{200, "x"} << none << "Server error! Please try again later.";
     QTest::newRow("nothing") << content << TestReply{204} << none << "Server error! Please try again later.";
@@ -270,7 +275,8 @@ void FeatureRequestsTest::generate()
     std::optional<GeneratedResponse> record;
     std::optional<std::string> text;
     HandleApiRequests::sendGenerateRequest(URL::parseAbsolute(currentApiURL() + "/response").value(), "token",
-                                           {"m1", content.toStdString(), "e"}, "m1", [&](auto received, auto errorText) {
+                                           {"m1", content.toStdString(), "e"}, "m1",
+                                           [&](auto received, auto errorText) {
                                                record = received;
                                                text = errorText;
                                                ++completions;

@@ -84,10 +84,9 @@ void RequestBodiesTest::headers()
     QCOMPARE(makeGetRequest(url, "t").headers, (Headers{{"Authorization", "Bearer t"}}));
     QCOMPARE(makePostRequest(url, "", AcceptHeader::Omitted).headers,
              (Headers{{"Content-Type", "application/json"}, {"Authorization", "Bearer "}}));
-    QCOMPARE(makePostRequest(url, " t ", AcceptHeader::Sent).headers,
-             (Headers{{"Content-Type", "application/json"},
-                      {"Accept", "application/json"},
-                      {"Authorization", "Bearer  t "}}));
+    QCOMPARE(makePostRequest(url, " t ", AcceptHeader::Sent).headers, (Headers{{"Content-Type", "application/json"},
+                                                                               {"Accept", "application/json"},
+                                                                               {"Authorization", "Bearer  t "}}));
     QCOMPARE(makePostRequest(url, "t", AcceptHeader::Sent).timeoutInterval, 60.0);
 }
 

@@ -47,7 +47,7 @@ struct TestReply {
 class TestServer
 {
 public:
-    enum class Security { Trusted, Stranger, None };
+    enum class Security { Trusted, Stranger };
 
     explicit TestServer(Security security = Security::Trusted);
     ~TestServer();
@@ -55,8 +55,8 @@ public:
     TestServer& operator=(const TestServer&) = delete;
 
     [[nodiscard]] std::uint16_t port() const { return m_port; }
-    /// Queues a reply for a method and target ("GET /api/v1/me"); the last one queued for it is given again and again. A
-    /// request without a reply gets 404.
+    /// Queues a reply for a method and target ("GET /api/v1/me"); the last one queued for it is given again and again.
+    /// A request without a reply gets 404.
     void reply(const std::string& request, TestReply reply);
     void reply(const std::string& request, std::string body) { reply(request, TestReply{200, std::move(body)}); }
     /// Forgets the replies and the requests.

@@ -29,10 +29,10 @@ std::string text(const QByteArray& bytes)
 
 TestServerThread::TestServerThread(TestServer& owner, TestServer::Security security)
     : m_owner(owner)
-    , m_security(security)
     , m_configuration(QSslConfiguration::defaultConfiguration())
 {
-    const auto name = security == TestServer::Security::Stranger ? QStringLiteral("stranger") : QStringLiteral("server");
+    const auto name =
+        security == TestServer::Security::Stranger ? QStringLiteral("stranger") : QStringLiteral("server");
     m_configuration.setLocalCertificate(QSslCertificate(readFile(name + QStringLiteral(".pem"))));
     m_configuration.setPrivateKey(QSslKey(readFile(name + QStringLiteral(".key")), QSsl::Ec));
     if (!listen(QHostAddress::LocalHost)) {
@@ -43,17 +43,10 @@ TestServerThread::TestServerThread(TestServer& owner, TestServer::Security secur
 void TestServerThread::incomingConnection(qintptr descriptor)
 {
     m_owner.connected();
-    QTcpSocket* socket = nullptr;
-    if (m_security == TestServer::Security::None) {
-        socket = new QTcpSocket(this);
-        socket->setSocketDescriptor(descriptor);
-    } else {
-        auto* secure = new QSslSocket(this);
-        secure->setSslConfiguration(m_configuration);
-        secure->setSocketDescriptor(descriptor);
-        secure->startServerEncryption();
-        socket = secure;
-    }
+    auto* socket = new QSslSocket(this);
+    socket->setSslConfiguration(m_configuration);
+    socket->setSocketDescriptor(descriptor);
+    socket->startServerEncryption();
     connect(socket, &QTcpSocket::readyRead, this, [this, socket] { received(socket); });
     connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
 }
@@ -75,7 +68,8 @@ void TestServerThread::received(QTcpSocket* socket)
             const auto colon = line.indexOf(':');
             // Only the line's end goes: what a value holds beyond one blank is the client's.
             const QByteArray value = line.mid(colon + 1).chopped(line.endsWith('\r') ? 1 : 0);
-            request.headers[text(line.left(colon).toLower())] = (value.startsWith(' ') ? value.mid(1) : value).toStdString();
+            request.headers[text(line.left(colon).toLower())] =
+                (value.startsWith(' ') ? value.mid(1) : value).toStdString();
         }
         const auto length = QByteArray::fromStdString(request.headers["content-length"]).toLongLong();
         if (bytes.size() < headEnd + 4 + length) {

@@ -26,7 +26,6 @@ private:
     static void send(QTcpSocket* socket, const TestReply& reply);
 
     TestServer& m_owner;
-    TestServer::Security m_security;
     QSslConfiguration m_configuration;
 };
 

@@ -46,8 +46,9 @@ FrameReader::Next FrameReader::next()
         if (outcome == Outcome::Stopped || (outcome == Outcome::End && betweenFrames)) {
             return Next(std::nullopt);
         }
-        return Next::failure(outcome == Outcome::End ? "the input ended inside a frame"
-                                                     : "the input cannot be read: " + std::string(std::strerror(errno)));
+        return Next::failure(outcome == Outcome::End
+                                 ? "the input ended inside a frame"
+                                 : "the input cannot be read: " + std::string(std::strerror(errno)));
     };
 
     std::uint32_t length = 0;
@@ -58,8 +59,8 @@ FrameReader::Next FrameReader::next()
     }
     std::memcpy(&length, prefix.data(), sizeof length);
     if (length > largestIncomingFrame) {
-        return Next::failure("a frame of " + std::to_string(length) + " bytes is over the limit of "
-                             + std::to_string(largestIncomingFrame));
+        return Next::failure("a frame of " + std::to_string(length) + " bytes is over the limit of " +
+                             std::to_string(largestIncomingFrame));
     }
     constexpr std::size_t step = 4UL * 1024 * 1024;
     std::string bytes;

@@ -32,8 +32,8 @@ public:
     }
 
     /// The next frame's bytes; none at the end of the input between frames, and when told to stop. The failure is a
-    /// sentence: a length over the limit, an end inside a frame, a descriptor that cannot be read. Memory is taken as the
-    /// bytes arrive, never for a length alone.
+    /// sentence: a length over the limit, an end inside a frame, a descriptor that cannot be read. Memory is taken as
+    /// the bytes arrive, never for a length alone.
     Next next();
 
 private:

@@ -86,7 +86,8 @@ WindowFrame readFrame(const JSONValue& value, Fields& outer)
         return {};
     }
     Fields fields(value);
-    const WindowFrame frame{fields.length("left"), fields.length("top"), fields.length("width"), fields.length("height")};
+    const WindowFrame frame{fields.length("left"), fields.length("top"), fields.length("width"),
+                            fields.length("height")};
     if (!fields.error().empty()) {
         outer.fail(fields.error());
     }
@@ -128,7 +129,8 @@ std::optional<std::string> readRawData(const JSONValue& value, Fields& fields)
         return std::nullopt;
     }
     if (value.string()) {
-        const auto base64 = QByteArray::fromRawData(value.string()->data(), static_cast<qsizetype>(value.string()->size()));
+        const auto base64 =
+            QByteArray::fromRawData(value.string()->data(), static_cast<qsizetype>(value.string()->size()));
         if (const auto decoded = QByteArray::fromBase64Encoding(base64, QByteArray::AbortOnBase64DecodingErrors)) {
             return decoded.decoded.toStdString();
         }

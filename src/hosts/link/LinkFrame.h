@@ -40,8 +40,8 @@ struct ComposeSessionDidEnd {
     std::string session;
 };
 
-using LinkFrame = std::variant<ComposeSessionDidBegin, ViewControllerForSession, ComposeSessionFrameDidChange,
-                               ComposeSessionDidEnd>;
+using LinkFrame =
+    std::variant<ComposeSessionDidBegin, ViewControllerForSession, ComposeSessionFrameDidChange, ComposeSessionDidEnd>;
 
 /// A frame to be obeyed, with what it had under "request" to echo in answers; null when it had no number there.
 struct LinkRequest {

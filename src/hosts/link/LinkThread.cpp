@@ -58,7 +58,8 @@ void LinkThread::run()
     for (;;) {
         auto next = m_reader.next();
         if (!next || !next.value()) {
-            DispatchQueue::main().async([ended = m_ended, reason = next ? std::string() : next.error()] { ended(reason); });
+            DispatchQueue::main().async(
+                [ended = m_ended, reason = next ? std::string() : next.error()] { ended(reason); });
             return;
         }
         auto read = readLinkFrame(*next.value());

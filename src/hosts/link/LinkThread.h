@@ -16,9 +16,9 @@
 namespace quillmate
 {
 
-/// Reads frames on a thread of its own and turns them into calls of the extension, one after the other: what a frame brings
-/// about on the main thread is done before the next frame is looked at, so that the panel of one message is built before
-/// another message is taken in. Made and destroyed on the main thread.
+/// Reads frames on a thread of its own and turns them into calls of the extension, one after the other: what a frame
+/// brings about on the main thread is done before the next frame is looked at, so that the panel of one message is
+/// built before another message is taken in. Made and destroyed on the main thread.
 class LinkThread
 {
 public:

@@ -22,7 +22,8 @@ constexpr int preferredWidth = 440;
 QRect panelGeometry(const QRect& compose, const QSize& leastSize, const QRect& available)
 {
     const int width = std::max(leastSize.width(), preferredWidth);
-    const int height = std::clamp(compose.height(), leastSize.height(), std::max(leastSize.height(), available.height()));
+    const int height =
+        std::clamp(compose.height(), leastSize.height(), std::max(leastSize.height(), available.height()));
     // In plain edges: QRect::right() is one short of them.
     const int availableRight = available.left() + available.width();
     int left = compose.left() + compose.width() + gap;

@@ -21,8 +21,8 @@ public:
     explicit PanelWindow(std::shared_ptr<MEExtensionViewController> controller);
     ~PanelWindow() override;
 
-    /// Stands beside the compose window: at its right, at its left where the screen ends, and at the screen's edge where
-    /// there is room at neither side.
+    /// Stands beside the compose window: at its right, at its left where the screen ends, and at the screen's edge
+    /// where there is room at neither side.
     void placeBeside(const WindowFrame& compose);
 
 Q_SIGNALS:

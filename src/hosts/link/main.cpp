@@ -21,17 +21,18 @@ namespace
 
 constexpr int usageStatus = 2;
 
-constexpr auto help = "Usage: quillmate-extension [HOST-ARGUMENTS…]\n"
-                      "\n"
-                      "Quillmate's side of the host link. A mail application starts it and sends frames to its standard\n"
-                      "input: a 32-bit length in native byte order, then that many bytes of JSON. Answers leave by\n"
-                      "standard output, diagnostics by standard error.\n"
-                      "\n"
-                      "  --help     shows this text and ends\n"
-                      "  --version  shows the version and ends\n"
-                      "\n"
-                      "QUILLMATE_CONNECT_TO=HOST=ADDRESS:PORT[,…] connects to the address in the host's place;\n"
-                      "QUILLMATE_CA_FILE=FILE names a PEM file with further roots to trust.\n";
+constexpr auto help =
+    "Usage: quillmate-extension [HOST-ARGUMENTS…]\n"
+    "\n"
+    "Quillmate's side of the host link. A mail application starts it and sends frames to its standard\n"
+    "input: a 32-bit length in native byte order, then that many bytes of JSON. Answers leave by\n"
+    "standard output, diagnostics by standard error.\n"
+    "\n"
+    "  --help     shows this text and ends\n"
+    "  --version  shows the version and ends\n"
+    "\n"
+    "QUILLMATE_CONNECT_TO=HOST=ADDRESS:PORT[,…] connects to the address in the host's place;\n"
+    "QUILLMATE_CA_FILE=FILE names a PEM file with further roots to trust.\n";
 
 int failUsage(std::string_view sentence)
 {
@@ -39,8 +40,8 @@ int failUsage(std::string_view sentence)
     return usageStatus;
 }
 
-/// Keeps standard output for frames alone: the descriptor returned is the only one that leads there, and whatever prints
-/// goes to standard error.
+/// Keeps standard output for frames alone: the descriptor returned is the only one that leads there, and whatever
+/// prints goes to standard error.
 int takeStandardOutput()
 {
     const int frames = ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);

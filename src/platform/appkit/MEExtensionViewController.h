@@ -5,8 +5,8 @@
 namespace quillmate
 {
 
-/// The view controller that the Mail host shows for an extension. It stands with the views, not with the mail protocols,
-/// since a view is what it is.
+/// The view controller that the Mail host shows for an extension. It stands with the views, not with the mail
+/// protocols, since a view is what it is.
 class MEExtensionViewController : public NSViewController
 {
 };

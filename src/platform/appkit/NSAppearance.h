@@ -7,8 +7,8 @@ class QDBusVariant;
 namespace quillmate
 {
 
-/// The desktop's light or dark appearance, followed as it changes: what the desktop portal's settings say, else whether the
-/// application's palette is dark. QUILLMATE_APPEARANCE=light or =dark stands above both. Main thread only.
+/// The desktop's light or dark appearance, followed as it changes: what the desktop portal's settings say, else whether
+/// the application's palette is dark. QUILLMATE_APPEARANCE=light or =dark stands above both. Main thread only.
 class NSAppearance : public QObject
 {
     Q_OBJECT

@@ -33,11 +33,12 @@ NSEvent eventOf(const QKeyEvent& key)
 {
     NSEvent event;
     const Qt::KeyboardModifiers modifiers = key.modifiers();
-    event.modifierFlags = (modifiers.testFlag(Qt::ShiftModifier) ? NSEvent::shiftFlag : 0U)
-        | (modifiers.testFlag(Qt::ControlModifier) ? NSEvent::commandFlag : 0U)
-        | (modifiers.testFlag(Qt::MetaModifier) ? NSEvent::controlFlag : 0U)
-        | (modifiers.testFlag(Qt::AltModifier) ? NSEvent::optionFlag : 0U);
-    // Key codes below this are the Unicode character on the key, in capitals; text() would give a control character here.
+    event.modifierFlags = (modifiers.testFlag(Qt::ShiftModifier) ? NSEvent::shiftFlag : 0U) |
+                          (modifiers.testFlag(Qt::ControlModifier) ? NSEvent::commandFlag : 0U) |
+                          (modifiers.testFlag(Qt::MetaModifier) ? NSEvent::controlFlag : 0U) |
+                          (modifiers.testFlag(Qt::AltModifier) ? NSEvent::optionFlag : 0U);
+    // Key codes below this are the Unicode character on the key, in capitals; text() would give a control character
+    // here.
     constexpr int firstSpecialKey = 0x01000000;
     if (key.key() > 0 && key.key() < firstSpecialKey) {
         const auto character = static_cast<char32_t>(key.key());
@@ -66,9 +67,8 @@ public:
         }
         const NSEvent key = eventOf(static_cast<const QKeyEvent&>(*event));
         const auto asked = monitors(); // A handler may add or remove monitors.
-        return std::any_of(asked.rbegin(), asked.rend(), [&key](const auto& monitor) {
-            return monitor->ask(key) == NSEvent::Verdict::Swallow;
-        });
+        return std::any_of(asked.rbegin(), asked.rend(),
+                           [&key](const auto& monitor) { return monitor->ask(key) == NSEvent::Verdict::Swallow; });
     }
 };
 

@@ -33,8 +33,8 @@ std::shared_ptr<NSView> NSHostingController::loadView()
                                                         : nullptr);
     auto* item = qobject_cast<QQuickItem*>(object.get());
     if (!item) {
-        print("The view " + m_rootView.source.toString().toStdString()
-              + " cannot be shown: " + component.errorString().simplified().toStdString());
+        print("The view " + m_rootView.source.toString().toStdString() +
+              " cannot be shown: " + component.errorString().simplified().toStdString());
         m_hostedView = std::make_shared<NSView>();
         return m_hostedView;
     }

@@ -12,8 +12,8 @@
 namespace quillmate
 {
 
-/// A declarative view to be hosted: which QML type, its properties, the state it shows, and what happens when it is shown
-/// and hidden.
+/// A declarative view to be hosted: which QML type, its properties, the state it shows, and what happens when it is
+/// shown and hidden.
 struct HostedView {
     /// Address of the QML file whose root is an Item.
     QUrl source;
@@ -26,8 +26,8 @@ struct HostedView {
     std::function<void()> onDisappear;
 };
 
-/// Shows a declarative view. A view that cannot be made is a fault of the program: it is said in one diagnostic line and an
-/// empty view stands in its place. Main thread only.
+/// Shows a declarative view. A view that cannot be made is a fault of the program: it is said in one diagnostic line
+/// and an empty view stands in its place. Main thread only.
 class NSHostingController : public NSViewController
 {
 public:

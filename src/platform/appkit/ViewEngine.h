@@ -9,8 +9,9 @@ namespace quillmate
 class ViewEngine
 {
 public:
-    /// To be called before the application object is made: draws with Qt Quick's software scene graph, which starts twice as
-    /// fast as a software OpenGL and has no driver to go wrong, in the plain style that our views dress themselves.
+    /// To be called before the application object is made: draws with Qt Quick's software scene graph, which starts
+    /// twice as fast as a software OpenGL and has no driver to go wrong, in the plain style that our views dress
+    /// themselves.
     static void chooseRendering();
 
     /// Made on first use; goes with the application object. Main thread.

@@ -9,9 +9,9 @@ namespace
 
 bool isWhitespaceOrNewline(char32_t character)
 {
-    return (character >= 0x09 && character <= 0x0D) || character == 0x20 || character == 0x85 || character == 0xA0
-        || character == 0x1680 || (character >= 0x2000 && character <= 0x200B) || character == 0x2028
-        || character == 0x2029 || character == 0x202F || character == 0x205F || character == 0x3000;
+    return (character >= 0x09 && character <= 0x0D) || character == 0x20 || character == 0x85 || character == 0xA0 ||
+           character == 0x1680 || (character >= 0x2000 && character <= 0x200B) || character == 0x2028 ||
+           character == 0x2029 || character == 0x202F || character == 0x205F || character == 0x3000;
 }
 
 bool isContinuation(char byte)

@@ -79,8 +79,8 @@ private:
     std::string m_error;
 };
 
-/// What stands for a byte inside a JSON string: 0 for the byte itself, 'u' for a \u00XX escape, else the letter after the
-/// backslash (RFC 8259, section 7).
+/// What stands for a byte inside a JSON string: 0 for the byte itself, 'u' for a \u00XX escape, else the letter after
+/// the backslash (RFC 8259, section 7).
 constexpr std::array<char, 256> makeEscapes()
 {
     std::array<char, 256> escapes{};
@@ -229,9 +229,8 @@ Result<JSONValue, JSONError> JSONSerialization::jsonObject(std::string_view byte
             }
         }
         constexpr std::size_t longest = 300;
-        return Parsed::failure({isValidUTF8(description) && description.size() <= longest
-                                    ? description
-                                    : "the text is not valid JSON"});
+        return Parsed::failure(
+            {isValidUTF8(description) && description.size() <= longest ? description : "the text is not valid JSON"});
     }
     JSONValue value = builder.take();
     if (fragments == Fragments::Refused && !value.object() && !value.array()) {

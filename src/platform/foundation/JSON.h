@@ -54,8 +54,7 @@ public:
     {
     }
     template<typename Boolean>
-        requires std::is_same_v<Boolean, bool>
-    JSONValue(Boolean boolean)
+    requires std::is_same_v<Boolean, bool> JSONValue(Boolean boolean)
         : m_content(boolean)
     {
     }

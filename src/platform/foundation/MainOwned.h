@@ -11,8 +11,8 @@
 namespace quillmate
 {
 
-/// An object of the main thread that other threads may hold for a while: whoever lets go last, it is destroyed on the main
-/// thread. Once the application object is gone the last holder destroys it.
+/// An object of the main thread that other threads may hold for a while: whoever lets go last, it is destroyed on the
+/// main thread. Once the application object is gone the last holder destroys it.
 template<typename T, typename... Arguments>
 std::shared_ptr<T> makeMainOwned(Arguments&&... arguments)
 {

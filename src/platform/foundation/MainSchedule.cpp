@@ -46,7 +46,8 @@ void MainSchedule::post(Work work)
 void MainSchedule::wake()
 {
     if (auto* application = QCoreApplication::instance()) {
-        QMetaObject::invokeMethod(application, [] { MainSchedule::shared().drain(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            application, [] { MainSchedule::shared().drain(); }, Qt::QueuedConnection);
         return;
     }
     const std::lock_guard lock(m_mutex);

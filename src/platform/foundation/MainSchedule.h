@@ -15,9 +15,9 @@ class QTimer;
 namespace quillmate
 {
 
-/// The main thread's work list: what DispatchQueue and Timer stand on. Work is added from any thread and runs on the main
-/// thread only, from the application's event loop; delayed work runs in the order of its deadlines. The lists are guarded
-/// by a lock of their own, so what a thread wrote before adding work is seen by that work.
+/// The main thread's work list: what DispatchQueue and Timer stand on. Work is added from any thread and runs on the
+/// main thread only, from the application's event loop; delayed work runs in the order of its deadlines. The lists are
+/// guarded by a lock of their own, so what a thread wrote before adding work is seen by that work.
 class MainSchedule
 {
 public:

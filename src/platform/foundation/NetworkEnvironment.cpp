@@ -73,10 +73,10 @@ Read NetworkEnvironment::fromValues(const char* connectTo, const char* rootCerti
         const std::string_view entry = rest.substr(0, comma);
         const auto equals = entry.find('=');
         const auto endpoint = equals == std::string_view::npos ? std::nullopt : parseEndpoint(entry.substr(equals + 1));
-        if (!endpoint || !isHostName(entry.substr(0, equals))
-            || (comma != std::string_view::npos && comma + 1 == rest.size())) {
-            return Read::failure("QUILLMATE_CONNECT_TO is \"" + std::string(connectTo)
-                                 + "\": write it as HOST=ADDRESS:PORT[,HOST=ADDRESS:PORT...], or unset it");
+        if (!endpoint || !isHostName(entry.substr(0, equals)) ||
+            (comma != std::string_view::npos && comma + 1 == rest.size())) {
+            return Read::failure("QUILLMATE_CONNECT_TO is \"" + std::string(connectTo) +
+                                 "\": write it as HOST=ADDRESS:PORT[,HOST=ADDRESS:PORT...], or unset it");
         }
         environment.connectTo.insert_or_assign(lowered(entry.substr(0, equals)), *endpoint);
         rest = comma == std::string_view::npos ? std::string_view() : rest.substr(comma + 1);
@@ -84,12 +84,13 @@ Read NetworkEnvironment::fromValues(const char* connectTo, const char* rootCerti
     if (rootCertificateFile && *rootCertificateFile) {
         QFile file(QString::fromLocal8Bit(rootCertificateFile));
         if (!file.open(QIODevice::ReadOnly)) {
-            return Read::failure("QUILLMATE_CA_FILE is \"" + std::string(rootCertificateFile) + "\", which cannot be read ("
-                                 + file.errorString().toStdString() + "): name a PEM file, or unset it");
+            return Read::failure("QUILLMATE_CA_FILE is \"" + std::string(rootCertificateFile) +
+                                 "\", which cannot be read (" + file.errorString().toStdString() +
+                                 "): name a PEM file, or unset it");
         }
         if (QSslCertificate::fromDevice(&file, QSsl::Pem).isEmpty()) {
-            return Read::failure("QUILLMATE_CA_FILE is \"" + std::string(rootCertificateFile)
-                                 + "\", which holds no certificate: name a PEM file with one, or unset it");
+            return Read::failure("QUILLMATE_CA_FILE is \"" + std::string(rootCertificateFile) +
+                                 "\", which holds no certificate: name a PEM file with one, or unset it");
         }
         environment.rootCertificateFiles.emplace_back(rootCertificateFile);
     }

@@ -26,8 +26,8 @@ struct NetworkEnvironment {
     /// PEM files with further roots to trust, beside the system's.
     std::vector<std::string> rootCertificateFiles;
 
-    /// Reads QUILLMATE_CONNECT_TO ("HOST=ADDRESS:PORT[,…]", an IPv6 address in brackets) and QUILLMATE_CA_FILE. The failure
-    /// is one sentence that names the variable and what to do.
+    /// Reads QUILLMATE_CONNECT_TO ("HOST=ADDRESS:PORT[,…]", an IPv6 address in brackets) and QUILLMATE_CA_FILE. The
+    /// failure is one sentence that names the variable and what to do.
     static Result<NetworkEnvironment, std::string> fromProcessEnvironment();
     /// The same from given values, null for an unset variable.
     static Result<NetworkEnvironment, std::string> fromValues(const char* connectTo, const char* rootCertificateFile);

@@ -9,8 +9,9 @@
 namespace quillmate
 {
 
-/// Named announcements within the process. Observers are held weakly and told on the posting thread, in the order in which
-/// they joined; one that leaves while a notification is being told is not told any more, one that joins hears the next.
+/// Named announcements within the process. Observers are held weakly and told on the posting thread, in the order in
+/// which they joined; one that leaves while a notification is being told is not told any more, one that joins hears the
+/// next.
 class NotificationCenter
 {
 public:
@@ -20,8 +21,9 @@ public:
     template<typename Observer>
     void addObserver(const std::shared_ptr<Observer>& observer, void (Observer::*selector)(), std::string name)
     {
-        add(observer, std::move(name),
-            [selector](void* target) { (static_cast<Observer*>(target)->*selector)(); }, observer.get());
+        add(
+            observer, std::move(name), [selector](void* target) { (static_cast<Observer*>(target)->*selector)(); },
+            observer.get());
     }
     /// Any thread. Forgets every registration of the observer; the address suffices, so a destructor may call it.
     void removeObserver(const void* observer);

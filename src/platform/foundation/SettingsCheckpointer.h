@@ -10,8 +10,8 @@
 namespace quillmate
 {
 
-/// Brings the settings' writes safely to the disk on a thread of its own, so that no writer waits for the device: within a
-/// second of the first write that is not there yet, or at once when asked.
+/// Brings the settings' writes safely to the disk on a thread of its own, so that no writer waits for the device:
+/// within a second of the first write that is not there yet, or at once when asked.
 class SettingsCheckpointer
 {
 public:

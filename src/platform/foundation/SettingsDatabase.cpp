@@ -33,7 +33,8 @@ SettingsError errorOf(sqlite3* connection, int code)
 std::string blobColumn(sqlite3_stmt* statement, int column)
 {
     const auto size = static_cast<std::size_t>(sqlite3_column_bytes(statement, column));
-    return size == 0 ? std::string() : std::string(static_cast<const char*>(sqlite3_column_blob(statement, column)), size);
+    return size == 0 ? std::string()
+                     : std::string(static_cast<const char*>(sqlite3_column_blob(statement, column)), size);
 }
 
 /// Columns `first` and the next: kind and value.
@@ -89,14 +90,16 @@ Result<std::unique_ptr<SettingsDatabase>, SettingsError> SettingsDatabase::open(
     std::unique_ptr<SettingsDatabase> database(new SettingsDatabase);
     // The log files that SQLite makes beside it take over the file's mode.
     if (makePrivateFolder(file.parent_path())) {
-        if (const int descriptor = ::open(file.c_str(), O_CREAT | O_RDWR | O_CLOEXEC, S_IRUSR | S_IWUSR); descriptor >= 0) {
+        if (const int descriptor = ::open(file.c_str(), O_CREAT | O_RDWR | O_CLOEXEC, S_IRUSR | S_IWUSR);
+            descriptor >= 0) {
             ::fchmod(descriptor, S_IRUSR | S_IWUSR);
             ::close(descriptor);
         }
     }
     int code = openConnection(file.string(), SQLITE_OPEN_READWRITE, &database->m_connection);
     // The checkpoints belong to a thread of their own.
-    for (const char* text : {"PRAGMA journal_mode=WAL", "PRAGMA synchronous=NORMAL", "PRAGMA wal_autocheckpoint=0", schema}) {
+    for (const char* text :
+         {"PRAGMA journal_mode=WAL", "PRAGMA synchronous=NORMAL", "PRAGMA wal_autocheckpoint=0", schema}) {
         code = code == SQLITE_OK ? execute(database->m_connection, text) : code;
     }
     if (code == SQLITE_OK) {
@@ -107,8 +110,8 @@ Result<std::unique_ptr<SettingsDatabase>, SettingsError> SettingsDatabase::open(
         // No log can be made beside the file: what it holds can still be read, as it is.
         sqlite3_close(std::exchange(database->m_connection, nullptr));
         const int flags = SQLITE_OPEN_READONLY | SQLITE_OPEN_URI;
-        if (openConnection("file:" + file.string() + "?immutable=1", flags, &database->m_connection) == SQLITE_OK
-            && execute(database->m_connection, "SELECT 1 FROM settings LIMIT 1") == SQLITE_OK) {
+        if (openConnection("file:" + file.string() + "?immutable=1", flags, &database->m_connection) == SQLITE_OK &&
+            execute(database->m_connection, "SELECT 1 FROM settings LIMIT 1") == SQLITE_OK) {
             return Opened(std::move(database));
         }
     }
@@ -130,7 +133,8 @@ SettingsError SettingsDatabase::lastError() const
 
 SettingsDatabase::Failure SettingsDatabase::prepare(sqlite3_stmt*& statement, const char* text)
 {
-    if (!statement && sqlite3_prepare_v3(m_connection, text, -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr) != SQLITE_OK) {
+    if (!statement &&
+        sqlite3_prepare_v3(m_connection, text, -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr) != SQLITE_OK) {
         return lastError();
     }
     return std::nullopt;

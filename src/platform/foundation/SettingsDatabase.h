@@ -34,8 +34,8 @@ struct SettingsError {
     std::string text;
 };
 
-/// The settings' table in one SQLite database file, write-ahead logged, so that a write that returned survives the end of
-/// the process at any instant and other processes see it at once. Not safe to use from two threads at a time.
+/// The settings' table in one SQLite database file, write-ahead logged, so that a write that returned survives the end
+/// of the process at any instant and other processes see it at once. Not safe to use from two threads at a time.
 class SettingsDatabase
 {
 public:
@@ -43,8 +43,8 @@ public:
     /// Absent when all went well.
     using Failure = std::optional<SettingsError>;
 
-    /// Opens the file, made when missing with mode 0600 in a folder with mode 0700. When it can only be read, an existing
-    /// file is opened for reading and every write fails.
+    /// Opens the file, made when missing with mode 0600 in a folder with mode 0700. When it can only be read, an
+    /// existing file is opened for reading and every write fails.
     static Result<std::unique_ptr<SettingsDatabase>, SettingsError> open(const std::filesystem::path& file);
     ~SettingsDatabase();
     SettingsDatabase(const SettingsDatabase&) = delete;

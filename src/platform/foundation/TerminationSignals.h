@@ -7,8 +7,8 @@
 namespace quillmate
 {
 
-/// Ends the application in order on SIGTERM, SIGINT and SIGHUP: its event loop returns 0. Also ignores SIGPIPE, so that a
-/// reader that goes away is an error of the write and not the end of the process. One per process; main thread.
+/// Ends the application in order on SIGTERM, SIGINT and SIGHUP: its event loop returns 0. Also ignores SIGPIPE, so that
+/// a reader that goes away is an error of the write and not the end of the process. One per process; main thread.
 class TerminationSignals : public QObject
 {
     Q_OBJECT

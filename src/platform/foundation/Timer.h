@@ -8,8 +8,8 @@
 namespace quillmate
 {
 
-/// A timer of the main thread's run loop. It does not keep its target alive: when the target is gone the timer ends, and
-/// dropping the last reference ends it as well. Main thread only.
+/// A timer of the main thread's run loop. It does not keep its target alive: when the target is gone the timer ends,
+/// and dropping the last reference ends it as well. Main thread only.
 class Timer : public std::enable_shared_from_this<Timer>
 {
 public:

@@ -53,9 +53,9 @@ bool consistsOf(std::string_view text, std::string_view extra)
 
 bool isScheme(std::string_view text)
 {
-    return !text.empty() && isAlpha(text.front())
-        && std::all_of(text.begin(), text.end(),
-                       [](char c) { return isAlpha(c) || isDigit(c) || c == '+' || c == '-' || c == '.'; });
+    return !text.empty() && isAlpha(text.front()) && std::all_of(text.begin(), text.end(), [](char c) {
+        return isAlpha(c) || isDigit(c) || c == '+' || c == '-' || c == '.';
+    });
 }
 
 bool isHost(std::string_view text)
@@ -69,9 +69,10 @@ bool isHost(std::string_view text)
     const std::string literal(text.substr(1, text.size() - 2));
     if (literal.front() == 'v' || literal.front() == 'V') {
         const auto dot = literal.find('.');
-        return dot != std::string::npos && dot > 1 && std::all_of(literal.begin() + 1, literal.begin() + static_cast<std::ptrdiff_t>(dot), isHex)
-            && dot + 1 < literal.size() && literal.find('%') == std::string::npos
-            && consistsOf(std::string_view(literal).substr(dot + 1), ":");
+        return dot != std::string::npos && dot > 1 &&
+               std::all_of(literal.begin() + 1, literal.begin() + static_cast<std::ptrdiff_t>(dot), isHex) &&
+               dot + 1 < literal.size() && literal.find('%') == std::string::npos &&
+               consistsOf(std::string_view(literal).substr(dot + 1), ":");
     }
     in6_addr address{};
     return ::inet_pton(AF_INET6, literal.c_str(), &address) == 1;
@@ -150,10 +151,10 @@ bool URL::valid() const
     const std::string_view digits = view(m_port);
     int number = 0;
     const auto parsed = std::from_chars(digits.data(), digits.data() + digits.size(), number);
-    const bool portFits = digits.empty()
-        || (std::all_of(digits.begin(), digits.end(), isDigit) && parsed.ec == std::errc() && number <= 65535);
-    return portFits && consistsOf(view(m_userInformation), ":") && isHost(view(m_host)) && consistsOf(view(m_path), ":@/")
-        && consistsOf(view(m_query), ":@/?") && consistsOf(view(m_fragment), ":@/?");
+    const bool portFits = digits.empty() || (std::all_of(digits.begin(), digits.end(), isDigit) &&
+                                             parsed.ec == std::errc() && number <= 65535);
+    return portFits && consistsOf(view(m_userInformation), ":") && isHost(view(m_host)) &&
+           consistsOf(view(m_path), ":@/") && consistsOf(view(m_query), ":@/?") && consistsOf(view(m_fragment), ":@/?");
 }
 
 std::optional<URL> URL::parse(std::string_view text)

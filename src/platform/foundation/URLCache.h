@@ -3,8 +3,8 @@
 namespace quillmate
 {
 
-/// The replies that the protocol allows to be kept, on disk in the application's cache folder. What was fetched with one
-/// bearer token is never found with another.
+/// The replies that the protocol allows to be kept, on disk in the application's cache folder. What was fetched with
+/// one bearer token is never found with another.
 class URLCache
 {
 public:

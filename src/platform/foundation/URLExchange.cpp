@@ -90,15 +90,15 @@ QString sentence(URLError::Kind kind, const QString& host)
     return QStringLiteral("The request to %1 failed.").arg(host);
 }
 
-/// Whether the reply came whole, with whatever status. Qt also reports a status as an error; those from 201 on, but for two
-/// about the protocol itself, are statuses, and so is 407, which it files under the proxy's errors.
+/// Whether the reply came whole, with whatever status. Qt also reports a status as an error; those from 201 on, but for
+/// two about the protocol itself, are statuses, and so is 407, which it files under the proxy's errors.
 bool isReplyStatus(QNetworkReply::NetworkError error, int status)
 {
     constexpr int proxyAuthenticationRequired = 407;
-    return error == QNetworkReply::NoError
-        || (error >= QNetworkReply::ContentAccessDenied && error != QNetworkReply::ProtocolUnknownError
-            && error != QNetworkReply::ProtocolFailure)
-        || (error == QNetworkReply::ProxyAuthenticationRequiredError && status == proxyAuthenticationRequired);
+    return error == QNetworkReply::NoError ||
+           (error >= QNetworkReply::ContentAccessDenied && error != QNetworkReply::ProtocolUnknownError &&
+            error != QNetworkReply::ProtocolFailure) ||
+           (error == QNetworkReply::ProxyAuthenticationRequiredError && status == proxyAuthenticationRequired);
 }
 
 } // namespace
@@ -155,8 +155,8 @@ void URLExchange::send()
     QNetworkAccessManager& manager = m_managers.managerFor(m_request);
     // It caches only what it knows to be a GET.
     m_reply = m_request.method == "GET"
-        ? manager.get(request)
-        : manager.sendCustomRequest(request, QByteArray::fromStdString(m_request.method), body);
+                  ? manager.get(request)
+                  : manager.sendCustomRequest(request, QByteArray::fromStdString(m_request.method), body);
     m_reply->setParent(this);
     connect(m_reply, &QNetworkReply::readyRead, this, &URLExchange::received);
     connect(m_reply, &QNetworkReply::finished, this, &URLExchange::finished);
@@ -185,8 +185,8 @@ void URLExchange::finished()
     }
     const bool redirects = status == 301 || status == 302 || status == 303 || status == 307 || status == 308;
     const auto target = redirects && m_reply->hasRawHeader("Location")
-        ? m_request.url.resolving(m_reply->rawHeader("Location").toStdString())
-        : std::nullopt;
+                            ? m_request.url.resolving(m_reply->rawHeader("Location").toStdString())
+                            : std::nullopt;
     if (target) {
         follow(*target, status);
     } else {
@@ -205,8 +205,8 @@ void URLExchange::follow(const URL& target, int status)
         fail(URLError::Kind::InsecureRedirect, {});
         return;
     }
-    if (target.host() != m_request.url.host() || effectivePort(target) != effectivePort(m_request.url)
-        || target.scheme() != m_request.url.scheme()) {
+    if (target.host() != m_request.url.host() || effectivePort(target) != effectivePort(m_request.url) ||
+        target.scheme() != m_request.url.scheme()) {
         removeHeader(m_request, "authorization");
     }
     // RFC 9110, sections 15.4.2 to 15.4.4: after 303, and by custom after 301 and 302, a POST goes on as a GET.

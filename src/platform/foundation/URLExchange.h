@@ -10,7 +10,8 @@ namespace quillmate
 
 class URLManagers;
 
-/// One request on its way, redirects included. Belongs to the managers and removes itself once it has told the completion.
+/// One request on its way, redirects included. Belongs to the managers and removes itself once it has told the
+/// completion.
 class URLExchange : public QObject
 {
     Q_OBJECT
@@ -26,7 +27,8 @@ private:
     void follow(const URL& target, int status);
     void succeed(int status);
     void fail(URLError::Kind kind, const QString& detail);
-    void complete(std::optional<std::string> data, std::optional<HTTPURLResponse> response, std::optional<URLError> error);
+    void complete(std::optional<std::string> data, std::optional<HTTPURLResponse> response,
+                  std::optional<URLError> error);
 
     URLManagers& m_managers;
     URLRequest m_request;

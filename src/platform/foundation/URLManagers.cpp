@@ -33,9 +33,11 @@ public:
 
     QList<QNetworkProxy> queryProxy(const QNetworkProxyQuery& query) override
     {
-        const bool named = std::any_of(m_environment.connectTo.begin(), m_environment.connectTo.end(), [&](const auto& entry) {
-            return query.peerPort() == entry.second.port && query.peerHostName().toStdString() == entry.second.address;
-        });
+        const bool named =
+            std::any_of(m_environment.connectTo.begin(), m_environment.connectTo.end(), [&](const auto& entry) {
+                return query.peerPort() == entry.second.port &&
+                       query.peerHostName().toStdString() == entry.second.address;
+            });
         return named ? QList{QNetworkProxy(QNetworkProxy::NoProxy)} : systemProxyForQuery(query);
     }
 

@@ -14,9 +14,9 @@ class QNetworkAccessManager;
 namespace quillmate
 {
 
-/// The network managers of a session, one per host and bearer token, each with its own folder of the cache: what was fetched
-/// with one token is never found with another, and hosts that the environment sends to one address stay apart. Belongs to
-/// the session's thread.
+/// The network managers of a session, one per host and bearer token, each with its own folder of the cache: what was
+/// fetched with one token is never found with another, and hosts that the environment sends to one address stay apart.
+/// Belongs to the session's thread.
 class URLManagers : public QObject
 {
     Q_OBJECT

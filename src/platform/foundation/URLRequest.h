@@ -55,9 +55,9 @@ struct URLError {
     [[nodiscard]] static std::string_view name(Kind kind);
 };
 
-/// How an exchange ended. A whole reply gives data (empty for a reply without content) and the response; a failed transfer
-/// gives the error alone.
-using DataTaskCompletion =
-    std::function<void(std::optional<std::string> data, std::optional<HTTPURLResponse> response, std::optional<URLError> error)>;
+/// How an exchange ended. A whole reply gives data (empty for a reply without content) and the response; a failed
+/// transfer gives the error alone.
+using DataTaskCompletion = std::function<void(std::optional<std::string> data, std::optional<HTTPURLResponse> response,
+                                              std::optional<URLError> error)>;
 
 } // namespace quillmate

@@ -29,9 +29,10 @@ private:
     bool m_resumed = false;
 };
 
-/// HTTP and HTTPS transfers on a thread of their own, which also runs the completions, one at a time per task. Connections
-/// are kept and used again; redirects are followed, never from https to http, and a bearer token never follows to another
-/// host; TLS is always verified. Needs the application object; what is under way when that goes ends without a completion.
+/// HTTP and HTTPS transfers on a thread of their own, which also runs the completions, one at a time per task.
+/// Connections are kept and used again; redirects are followed, never from https to http, and a bearer token never
+/// follows to another host; TLS is always verified. Needs the application object; what is under way when that goes ends
+/// without a completion.
 class URLSession
 {
 public:

@@ -90,8 +90,8 @@ void UserDefaults::reportOnce(const std::string& text)
 {
     const std::lock_guard lock(m_reportMutex);
     if (!std::exchange(m_reported, true)) {
-        print("Settings cannot be stored in " + m_file.string() + " (" + text
-              + "). They are kept until the program ends; make room or allow writing there.");
+        print("Settings cannot be stored in " + m_file.string() + " (" + text +
+              "). They are kept until the program ends; make room or allow writing there.");
     }
 }
 
@@ -131,8 +131,8 @@ void UserDefaults::replaceDamaged(const std::string& reason)
         std::error_code none; // Often there is no such file.
         std::filesystem::rename(m_file.string() + companion, aside.string() + companion, none);
     }
-    print("The settings file was damaged (" + reason + "). It was moved to " + aside.string()
-          + " and a new one was begun.");
+    print("The settings file was damaged (" + reason + "). It was moved to " + aside.string() +
+          " and a new one was begun.");
 }
 
 bool UserDefaults::withDatabase(const std::function<SettingsDatabase::Failure(SettingsDatabase&)>& operation)

@@ -14,12 +14,12 @@
 namespace quillmate
 {
 
-/// The user's settings: texts, Booleans and data under keys that may be any text. Any thread; a read sees the last write of
-/// any thread at once, and of another process as soon as that write returned. A write that returned survives the end of the
-/// process at any instant; a loss of power costs at most the last second.
+/// The user's settings: texts, Booleans and data under keys that may be any text. Any thread; a read sees the last
+/// write of any thread at once, and of another process as soon as that write returned. A write that returned survives
+/// the end of the process at any instant; a loss of power costs at most the last second.
 ///
-/// A damaged file is moved aside and a new one begun. What cannot be stored (rights, a full disk) stays readable in this
-/// process. Both cost one diagnostic line.
+/// A damaged file is moved aside and a new one begun. What cannot be stored (rights, a full disk) stays readable in
+/// this process. Both cost one diagnostic line.
 class UserDefaults
 {
 public:

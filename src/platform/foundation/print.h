@@ -8,9 +8,9 @@
 namespace quillmate
 {
 
-/// Writes the items, joined by one blank and ended by one newline, as one line on standard output. Any thread: the lines
-/// of two threads never mix. The bytes of an item are handed to the system without a copy, so a text of many megabytes
-/// costs no memory here. A closed or full output loses the line and nothing else.
+/// Writes the items, joined by one blank and ended by one newline, as one line on standard output. Any thread: the
+/// lines of two threads never mix. The bytes of an item are handed to the system without a copy, so a text of many
+/// megabytes costs no memory here. A closed or full output loses the line and nothing else.
 void printLine(std::span<const std::string_view> items);
 
 template<typename... Items>
