@@ -64,6 +64,18 @@ void AppKitTest::pinnedViewsFollow()
     QCOMPARE(view->item()->size(), QSizeF(500, 600));
     view.reset();
     root.item()->setSize({50, 50});
+
+    // A host that takes the size which the outer view asks for.
+    NSView outer;
+    QObject::connect(outer.item(), &QQuickItem::implicitHeightChanged, outer.item(), [&outer] {
+        outer.item()->setSize({outer.item()->implicitWidth(), outer.item()->implicitHeight()});
+    });
+    const auto inner = std::make_shared<NSView>();
+    inner->item()->setImplicitWidth(400);
+    inner->item()->setImplicitHeight(550);
+    outer.addSubview(inner);
+    inner->pinEdgesToSuperview();
+    QCOMPARE(inner->item()->size(), QSizeF(400, 550));
 }
 
 void AppKitTest::controllersLetGo()

@@ -63,10 +63,10 @@ void NSView::pinEdgesToSuperview()
 {
     QQuickItem* parent = m_item->parentItem();
     QQuickItem* item = m_item.get();
-    fitTo(item, parent);
-    // What a host asks the outer view, the view that fills it knows.
+    // What a host asks the outer view, the view that fills it knows. Telling it may make the host resize the outer view.
     parent->setImplicitWidth(item->implicitWidth());
     parent->setImplicitHeight(item->implicitHeight());
+    fitTo(item, parent);
     const auto fit = [item, parent] { fitTo(item, parent); };
     QObject::connect(parent, &QQuickItem::widthChanged, item, fit);
     QObject::connect(parent, &QQuickItem::heightChanged, item, fit);

@@ -1,0 +1,97 @@
+#include "hosts/preview/ComposeSessions.h"
+
+#include "hosts/preview/ComposeWindowState.h"
+#include "platform/appkit/MEExtensionViewController.h"
+
+#include <QUuid>
+#include <algorithm>
+
+namespace quillmate
+{
+
+ComposeSessions::ComposeSessions(HandlerFactory handlerForComposeSession, QObject* parent)
+    : QObject(parent)
+    , m_handlerForComposeSession(std::move(handlerForComposeSession))
+{
+    m_thread.setMaxThreadCount(1);
+}
+
+ComposeSessions::~ComposeSessions()
+{
+    m_thread.waitForDone();
+}
+
+void ComposeSessions::allow()
+{
+    m_gate = Gate::Open;
+    beginNext();
+}
+
+void ComposeSessions::refuse(const QString& sentence)
+{
+    m_gate = Gate::Refused;
+    m_refusal = sentence;
+    for (const auto& window : std::exchange(m_waiting, {})) {
+        window->showPanelFailure(sentence);
+    }
+}
+
+void ComposeSessions::begin(const std::shared_ptr<ComposeWindowState>& window)
+{
+    if (m_gate == Gate::Refused) {
+        window->showPanelFailure(m_refusal);
+        return;
+    }
+    m_waiting.push_back(window);
+    beginNext();
+}
+
+void ComposeSessions::beginNext()
+{
+    if (m_gate != Gate::Open || m_beginning || m_waiting.empty()) {
+        return;
+    }
+    const std::shared_ptr<ComposeWindowState> window = m_waiting.front();
+    m_waiting.pop_front();
+    const MEComposeSession session(QUuid::createUuid().toString(QUuid::WithoutBraces).toStdString(),
+                                   MEComposeContext(window->originalMessage()));
+    const auto handler = m_handlerForComposeSession(session);
+    m_sessions.push_back({window, handler, session});
+    m_beginning = true;
+    // `this` is alive in the task, since the destructor waits for it; the queued call goes with the object.
+    m_thread.start([this, window, handler, session] {
+        handler->mailComposeSessionDidBegin(session);
+        QMetaObject::invokeMethod(
+            this, [this, window] { begun(window); }, Qt::QueuedConnection);
+    });
+}
+
+void ComposeSessions::begun(const std::shared_ptr<ComposeWindowState>& window)
+{
+    m_beginning = false;
+    const auto found = std::find_if(m_sessions.begin(), m_sessions.end(),
+                                    [&window](const Session& session) { return session.window == window; });
+    if (found != m_sessions.end()) { // Else the window was closed meanwhile.
+        if (auto controller = found->handler->viewControllerForSession(found->session)) {
+            window->showPanel(std::move(controller));
+        } else {
+            window->showPanelFailure(QStringLiteral("The extension has no panel for this window."));
+        }
+    }
+    beginNext();
+}
+
+void ComposeSessions::end(const std::shared_ptr<ComposeWindowState>& window)
+{
+    window->dropPanel();
+    m_waiting.erase(std::remove(m_waiting.begin(), m_waiting.end(), window), m_waiting.end());
+    const auto found = std::find_if(m_sessions.begin(), m_sessions.end(),
+                                    [&window](const Session& session) { return session.window == window; });
+    if (found != m_sessions.end()) {
+        m_thread.start(
+            [handler = found->handler, session = found->session] { handler->mailComposeSessionDidEnd(session); });
+        m_sessions.erase(found);
+    }
+}
+
+} // namespace quillmate

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "platform/mailkit/MEComposeSession.h"
+#include "platform/mailkit/MEComposeSessionHandler.h"
+
+#include <QObject>
+#include <QThreadPool>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace quillmate
+{
+
+class ComposeWindowState;
+
+/// Tells the extension of compose windows as they open and close, and puts its panels into them. One session at a time
+/// is begun and given its panel, since the extension reads the replied-to message when it builds the panel. The
+/// extension's beginning and ending run on a thread of this object's own. Main thread only.
+class ComposeSessions : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// The principal object's question for a handler; called on the main thread.
+    using HandlerFactory = std::function<std::shared_ptr<MEComposeSessionHandler>(const MEComposeSession&)>;
+
+    explicit ComposeSessions(HandlerFactory handlerForComposeSession, QObject* parent = nullptr);
+    /// Waits for what the extension is doing.
+    ~ComposeSessions() override;
+
+    /// From here on sessions are begun, those that wait first.
+    void allow();
+    /// No session is begun any more; the windows without a panel show the sentence.
+    void refuse(const QString& sentence);
+
+    void begin(const std::shared_ptr<ComposeWindowState>& window);
+    /// Drops the window's panel and ends its session, if it was begun.
+    void end(const std::shared_ptr<ComposeWindowState>& window);
+
+    /// Whether every open window has its panel or the sentence in its place.
+    [[nodiscard]] bool isSettled() const { return !m_beginning && m_waiting.empty(); }
+
+private:
+    struct Session {
+        std::shared_ptr<ComposeWindowState> window;
+        std::shared_ptr<MEComposeSessionHandler> handler;
+        MEComposeSession session;
+    };
+
+    void beginNext();
+    void begun(const std::shared_ptr<ComposeWindowState>& window);
+
+    HandlerFactory m_handlerForComposeSession;
+    QThreadPool m_thread;
+    std::deque<std::shared_ptr<ComposeWindowState>> m_waiting;
+    std::vector<Session> m_sessions;
+    bool m_beginning = false;
+    enum class Gate { Closed, Open, Refused } m_gate = Gate::Closed;
+    QString m_refusal;
+};
+
+} // namespace quillmate

@@ -1,0 +1,144 @@
+#include "hosts/preview/LocalService.h"
+
+#include <QUrl>
+#include <chrono>
+#include <csignal>
+#include <sys/prctl.h>
+#include <unistd.h>
+
+namespace quillmate
+{
+namespace
+{
+
+using namespace std::chrono_literals;
+
+// The first start makes keys and certificates, which takes seconds on a slow machine.
+constexpr auto startPatience = 30s;
+constexpr auto stopPatience = 3s;
+
+const auto listeningPrefix = QByteArrayLiteral("quillmate-service listening on ");
+
+} // namespace
+
+SocketEndpoint listeningEndpoint(const QByteArray& line)
+{
+    if (!line.startsWith(listeningPrefix)) {
+        return {};
+    }
+    const QUrl url = QUrl::fromEncoded(line.mid(listeningPrefix.size()).trimmed(), QUrl::StrictMode);
+    if (!url.isValid() || url.scheme() != u"https" || url.host().isEmpty() || url.port() <= 0) {
+        return {};
+    }
+    return {url.host().toStdString(), static_cast<std::uint16_t>(url.port())};
+}
+
+LocalService::LocalService(const QString& program, const QString& dataFolder, QObject* parent)
+    : QObject(parent)
+    , m_dataFolder(dataFolder)
+{
+    m_process.setProgram(program);
+    m_process.setArguments({QStringLiteral("--port"), QStringLiteral("0"), QStringLiteral("--data"), dataFolder});
+    m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    const pid_t ourselves = ::getpid();
+    m_process.setChildProcessModifier([ourselves] {
+        ::prctl(PR_SET_PDEATHSIG, SIGTERM);
+        // We may have ended before the line above took effect.
+        if (::getppid() != ourselves) {
+            ::_exit(1);
+        }
+    });
+    connect(&m_process, &QProcess::readyReadStandardOutput, this, &LocalService::readOutput);
+    connect(&m_process, &QProcess::finished, this, &LocalService::processEnded);
+    connect(&m_process, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
+        if (error == QProcess::FailedToStart) {
+            fail(QStringLiteral("it could not be started (%1)").arg(m_process.errorString()));
+        }
+    });
+    m_patience.setSingleShot(true);
+    connect(&m_patience, &QTimer::timeout, this, [this] {
+        if (m_stage == Stage::Starting) {
+            fail(QStringLiteral("it did not come up within 30 seconds"));
+        }
+        m_process.kill();
+    });
+}
+
+LocalService::~LocalService()
+{
+    m_process.disconnect(this);
+    if (m_process.state() != QProcess::NotRunning) {
+        m_process.kill(); // Reached only when the program is torn down without stop().
+        m_process.waitForFinished(1000);
+    }
+}
+
+std::string LocalService::rootCertificateFile() const
+{
+    return (m_dataFolder + QStringLiteral("/ca.pem")).toStdString();
+}
+
+void LocalService::start()
+{
+    m_stage = Stage::Starting;
+    m_patience.start(startPatience);
+    m_process.start(QIODevice::ReadOnly);
+}
+
+void LocalService::stop()
+{
+    if (m_process.state() == QProcess::NotRunning) {
+        m_stage = Stage::Stopped;
+        QMetaObject::invokeMethod(this, &LocalService::stopped, Qt::QueuedConnection);
+        return;
+    }
+    m_stage = Stage::Stopping;
+    m_process.terminate();
+    m_patience.start(stopPatience);
+}
+
+void LocalService::readOutput()
+{
+    const QByteArray arrived = m_process.readAllStandardOutput();
+    if (m_stage != Stage::Starting) {
+        return;
+    }
+    m_output += arrived;
+    while (m_output.contains('\n')) {
+        const qsizetype length = m_output.indexOf('\n');
+        const SocketEndpoint endpoint = listeningEndpoint(m_output.left(length));
+        m_output.remove(0, length + 1);
+        if (endpoint.port != 0) {
+            m_patience.stop();
+            m_endpoint = endpoint;
+            m_stage = Stage::Ready;
+            m_output.clear();
+            Q_EMIT ready();
+            return;
+        }
+    }
+}
+
+void LocalService::processEnded()
+{
+    m_patience.stop();
+    if (m_stage == Stage::Stopping) {
+        m_stage = Stage::Stopped;
+        Q_EMIT stopped();
+    } else if (m_stage == Stage::Starting || m_stage == Stage::Ready) {
+        fail(m_stage == Stage::Starting ? QStringLiteral("it ended before it was ready")
+                                        : QStringLiteral("it ended unexpectedly"));
+    }
+}
+
+void LocalService::fail(const QString& reason)
+{
+    m_patience.stop();
+    m_stage = Stage::Failed;
+    Q_EMIT failed(
+        QStringLiteral("The assistant service on this machine is not available: %1. Close this window and start "
+                       "quillmate again, or use --service remote.")
+            .arg(reason));
+}
+
+} // namespace quillmate

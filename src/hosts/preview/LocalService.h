@@ -1,0 +1,58 @@
+#pragma once
+
+#include "platform/foundation/NetworkEnvironment.h"
+
+#include <QObject>
+#include <QProcess>
+#include <QTimer>
+#include <cstdint>
+#include <string>
+
+namespace quillmate
+{
+
+/// The assistant service on this machine, as a process that lives as long as this object's program: it is asked to end
+/// with it, and the system ends it when this program crashes. Main thread; nothing here blocks.
+class LocalService : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// `program` and `dataFolder` are paths; nothing is started yet.
+    LocalService(const QString& program, const QString& dataFolder, QObject* parent = nullptr);
+    ~LocalService() override;
+
+    /// Starts the process; `ready` or `failed` follows.
+    void start();
+    /// Asks the process to end and ends it by force after three seconds; `stopped` follows, in a later turn of the
+    /// loop.
+    void stop();
+
+    /// Where it listens and the root it is to be trusted by, once ready.
+    [[nodiscard]] const SocketEndpoint& endpoint() const { return m_endpoint; }
+    [[nodiscard]] std::string rootCertificateFile() const;
+
+Q_SIGNALS:
+    void ready();
+    /// It did not come up, or ended on its own later: one sentence for the user.
+    void failed(const QString& sentence);
+    void stopped();
+
+private:
+    void readOutput();
+    void processEnded();
+    void fail(const QString& reason);
+
+    QProcess m_process;
+    QTimer m_patience;
+    QByteArray m_output;
+    QString m_dataFolder;
+    SocketEndpoint m_endpoint;
+    enum class Stage { Idle, Starting, Ready, Failed, Stopping, Stopped } m_stage = Stage::Idle;
+};
+
+/// The address and port of the line with which the service says that it listens; port 0 when the line says no such
+/// thing.
+[[nodiscard]] SocketEndpoint listeningEndpoint(const QByteArray& line);
+
+} // namespace quillmate

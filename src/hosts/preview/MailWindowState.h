@@ -1,0 +1,84 @@
+#pragma once
+
+#include "hosts/preview/MessageListModel.h"
+
+#include <QObject>
+#include <memory>
+#include <optional>
+#include <qqmlregistration.h>
+
+namespace quillmate
+{
+
+class MessageReader;
+
+/// What the user asks a compose window for.
+enum class ComposeKind { Reply, Forward, NewMessage };
+
+/// What the window with the message list shows: the list, and the chosen message read whole. Main thread only.
+class MailWindowState : public QObject
+{
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("Made by the program")
+
+    Q_PROPERTY(quillmate::MessageListModel* messages READ messages CONSTANT)
+    Q_PROPERTY(bool listing READ isListing NOTIFY listingChanged)
+    Q_PROPERTY(int currentIndex READ currentIndex WRITE setCurrentIndex NOTIFY currentIndexChanged)
+    Q_PROPERTY(bool loaded READ isLoaded NOTIFY messageChanged)
+    Q_PROPERTY(QString subject READ subject NOTIFY messageChanged)
+    Q_PROPERTY(QString sender READ sender NOTIFY messageChanged)
+    Q_PROPERTY(QString recipients READ recipients NOTIFY messageChanged)
+    Q_PROPERTY(QString date READ date NOTIFY messageChanged)
+    Q_PROPERTY(QString text READ text NOTIFY messageChanged)
+    Q_PROPERTY(QString failure READ failure NOTIFY messageChanged)
+
+public:
+    /// `reader` outlives this object.
+    explicit MailWindowState(MessageReader& reader, QObject* parent = nullptr);
+
+    /// Ends the wait for the list and chooses its first message, if there is one.
+    void setEntries(std::vector<MessageEntry> entries);
+    /// Nothing to list, or no more.
+    void endListing();
+
+    [[nodiscard]] MessageListModel* messages() { return &m_messages; }
+    [[nodiscard]] bool isListing() const { return m_listing; }
+    [[nodiscard]] int currentIndex() const { return m_currentIndex; }
+    /// -1 for none; anything else out of range is ignored.
+    void setCurrentIndex(int index);
+
+    [[nodiscard]] bool isLoaded() const { return m_document != nullptr; }
+    [[nodiscard]] bool isLoading() const { return m_currentIndex >= 0 && !m_document && m_failure.isEmpty(); }
+    [[nodiscard]] QString subject() const;
+    [[nodiscard]] QString sender() const;
+    [[nodiscard]] QString recipients() const;
+    [[nodiscard]] QString date() const;
+    [[nodiscard]] QString text() const;
+    /// Why the chosen message cannot be shown, empty when it can.
+    [[nodiscard]] QString failure() const { return m_failure; }
+
+    /// Each asks for a compose window; the first two need a loaded message and do nothing without one.
+    Q_INVOKABLE void reply() { request(ComposeKind::Reply); }
+    Q_INVOKABLE void forward() { request(ComposeKind::Forward); }
+    Q_INVOKABLE void writeNew() { request(ComposeKind::NewMessage); }
+
+Q_SIGNALS:
+    void listingChanged();
+    void currentIndexChanged();
+    void messageChanged();
+    /// `original` is null for a new message.
+    void composeRequested(quillmate::ComposeKind kind, std::shared_ptr<const quillmate::MailDocument> original);
+
+private:
+    void request(ComposeKind kind);
+
+    MessageReader& m_reader;
+    MessageListModel m_messages;
+    std::shared_ptr<const MailDocument> m_document;
+    QString m_failure;
+    int m_currentIndex = -1;
+    bool m_listing = true;
+};
+
+} // namespace quillmate

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "hosts/preview/mail/MessageStore.h"
+
+#include <QObject>
+#include <QThreadPool>
+#include <functional>
+#include <memory>
+#include <stop_token>
+
+namespace quillmate
+{
+
+/// Reads messages on a thread of its own, one task after the other, and hands the results over on the main thread.
+/// Results that come after this object's end are dropped.
+class MessageReader : public QObject
+{
+    Q_OBJECT
+
+public:
+    using Listed = std::function<void(std::shared_ptr<const MessageEntries>)>;
+    using Loaded = std::function<void(std::shared_ptr<const Result<MailDocument, MailFailure>>)>;
+
+    explicit MessageReader(QObject* parent = nullptr);
+    /// Waits for the task that is running, which is told to stop.
+    ~MessageReader() override;
+
+    /// Lists what all the arguments name, in their order; the first failure is the result of the whole.
+    void list(std::vector<std::string> arguments, Listed done);
+    void load(MessageLocation location, Loaded done);
+
+private:
+    QThreadPool m_thread;
+    std::stop_source m_stop;
+};
+
+} // namespace quillmate

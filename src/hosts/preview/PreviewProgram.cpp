@@ -1,0 +1,257 @@
+#include "hosts/preview/PreviewProgram.h"
+
+#include "hosts/preview/ComposeWindowState.h"
+#include "hosts/preview/ServiceRoutes.h"
+#include "hosts/preview/WindowPicture.h"
+#include "platform/appkit/ViewEngine.h"
+#include "platform/foundation/ApplicationFolders.h"
+#include "platform/foundation/URLSession.h"
+#include "views/ViewsModule.h"
+
+#include <QGuiApplication>
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <tuple>
+
+// Written by the build from the types that say QML_ELEMENT.
+void qml_register_types_Quillmate_Preview();
+
+namespace quillmate
+{
+namespace
+{
+
+using namespace std::chrono_literals;
+
+constexpr int misused = 2;
+// Reading that takes longer than this is worth a window that says so.
+constexpr auto readingNotice = 300ms;
+
+void complain(const QString& sentence)
+{
+    std::fprintf(stderr, "quillmate: %s\n", sentence.toUtf8().constData());
+}
+
+std::unique_ptr<QQuickWindow> makeWindow(const QString& name, const QVariantMap& properties)
+{
+    QQmlComponent component(&ViewEngine::shared(),
+                            QUrl(QStringLiteral("qrc:/qt/qml/Quillmate/Preview/%1.qml").arg(name)));
+    std::unique_ptr<QObject> object(component.isReady() ? component.createWithInitialProperties(properties) : nullptr);
+    auto* window = qobject_cast<QQuickWindow*>(object.get());
+    if (window == nullptr) {
+        qFatal("The window %s cannot be made: %s", qUtf8Printable(name), qUtf8Printable(component.errorString()));
+    }
+    QQmlEngine::setObjectOwnership(window, QQmlEngine::CppOwnership);
+    std::ignore = object.release();
+    return std::unique_ptr<QQuickWindow>(window);
+}
+
+void bringForward(QQuickWindow& window)
+{
+    if (window.isVisible()) {
+        window.raise();
+        window.requestActivate();
+    } else {
+        window.show();
+    }
+}
+
+} // namespace
+
+PreviewProgram::PreviewProgram(PreviewOptions options, NetworkEnvironment environment,
+                               ComposeSessions::HandlerFactory handlerForComposeSession)
+    : m_options(std::move(options))
+    , m_environment(std::move(environment))
+    , m_sessions(std::move(handlerForComposeSession))
+    , m_mail(m_reader)
+{
+    registerViews();
+    qml_register_types_Quillmate_Preview();
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    qGuiApp->installEventFilter(this);
+    connect(qGuiApp, &QGuiApplication::lastWindowClosed, this, [this] { end(0); });
+    connect(&m_mail, &MailWindowState::composeRequested, this, &PreviewProgram::openCompose);
+}
+
+PreviewProgram::~PreviewProgram() = default;
+
+bool PreviewProgram::eventFilter(QObject* receiver, QEvent* event)
+{
+    // A termination signal or the end of the desktop session: the local service has to end first.
+    if (event->type() == QEvent::Quit) {
+        end(0);
+        return true;
+    }
+    return QObject::eventFilter(receiver, event);
+}
+
+void PreviewProgram::start()
+{
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            startService();
+            QTimer::singleShot(readingNotice, this, [this] {
+                if (m_mail.isListing() && !m_ending && !m_options.screenshotFile) {
+                    showMailWindow();
+                }
+            });
+            m_reader.list(m_options.messages, [this](const auto& entries) { takeEntries(*entries); });
+        },
+        Qt::QueuedConnection);
+}
+
+void PreviewProgram::startService()
+{
+    if (m_options.service == PreviewOptions::Service::Remote || routesAllServiceHosts(m_environment)) {
+        URLSession::configure(m_environment);
+        m_sessions.allow();
+        return;
+    }
+    const QString folder = QString::fromStdString((applicationDataFolder() / "service").string());
+    m_service = std::make_unique<LocalService>(
+        QCoreApplication::applicationDirPath() + QStringLiteral("/quillmate-service"), folder);
+    connect(m_service.get(), &LocalService::ready, this, &PreviewProgram::connectService);
+    connect(m_service.get(), &LocalService::failed, this, [this](const QString& sentence) {
+        complain(sentence);
+        m_sessions.refuse(sentence);
+    });
+    m_service->start();
+}
+
+void PreviewProgram::connectService()
+{
+    URLSession::configure(withServiceAt(m_environment, m_service->endpoint(), m_service->rootCertificateFile()));
+    m_sessions.allow();
+}
+
+void PreviewProgram::takeEntries(const MessageEntries& entries)
+{
+    if (m_ending) {
+        return;
+    }
+    if (!entries) {
+        end(misused, QString::fromStdString(entries.error().text));
+        return;
+    }
+    const std::size_t count = entries.value().size();
+    if (m_options.reply && static_cast<std::size_t>(*m_options.reply) > count) {
+        end(misused, QStringLiteral("--reply %1 asks for more than the %2 messages there are: give a smaller number.")
+                         .arg(*m_options.reply)
+                         .arg(count));
+        return;
+    }
+    if (count == 1 && !m_options.reply && !m_options.newMessage) {
+        m_options.reply = 1;
+    }
+    m_mail.setEntries(entries.value());
+    if (m_options.reply) {
+        m_mail.setCurrentIndex(*m_options.reply - 1);
+    }
+    openWindows();
+}
+
+void PreviewProgram::openWindows()
+{
+    const bool composesAtOnce = m_options.reply || m_options.newMessage;
+    if (m_options.newMessage) {
+        m_mail.writeNew();
+    }
+    if (m_options.reply) {
+        // The reply opens when its message has been read.
+        connect(
+            &m_mail, &MailWindowState::messageChanged, this,
+            [this] {
+                if (m_mail.isLoaded()) {
+                    m_mail.reply();
+                } else {
+                    end(misused, m_mail.failure());
+                }
+            },
+            Qt::SingleShotConnection);
+    }
+    const bool listIsNeeded = m_mail.messages()->rowCount() != 1 && !m_options.screenshotFile;
+    if (!composesAtOnce || listIsNeeded) {
+        showMailWindow();
+    }
+    if (!composesAtOnce && m_options.screenshotFile) {
+        takePicture(*m_mailWindow);
+    }
+}
+
+void PreviewProgram::showMailWindow()
+{
+    if (!m_mailWindow) {
+        m_mailWindow =
+            makeWindow(QStringLiteral("MailWindow"), {{QStringLiteral("mail"), QVariant::fromValue(&m_mail)}});
+    }
+    bringForward(*m_mailWindow);
+}
+
+void PreviewProgram::openCompose(ComposeKind kind, std::shared_ptr<const MailDocument> original)
+{
+    const auto state = std::make_shared<ComposeWindowState>(kind, std::move(original));
+    // Later, since both come from within the window that is to be hidden or destroyed.
+    connect(
+        state.get(), &ComposeWindowState::closed, this, [this, closing = state.get()] { closeCompose(closing); },
+        Qt::QueuedConnection);
+    connect(state.get(), &ComposeWindowState::messagesRequested, this, &PreviewProgram::showMailWindow,
+            Qt::QueuedConnection);
+    auto window =
+        makeWindow(QStringLiteral("ComposeWindow"), {{QStringLiteral("compose"), QVariant::fromValue(state.get())}});
+    bringForward(*window);
+    QQuickWindow& shown = *window;
+    m_composeWindows.push_back({state, std::move(window)});
+    m_sessions.begin(state);
+    if (m_options.screenshotFile && !m_picture) {
+        takePicture(shown);
+    }
+}
+
+void PreviewProgram::closeCompose(const ComposeWindowState* state)
+{
+    const auto found = std::find_if(m_composeWindows.begin(), m_composeWindows.end(),
+                                    [state](const ComposeWindow& open) { return open.state.get() == state; });
+    if (found != m_composeWindows.end()) {
+        m_sessions.end(found->state);
+        found->window.reset(); // Before its state, which its bindings read.
+        m_composeWindows.erase(found);
+    }
+}
+
+void PreviewProgram::takePicture(QQuickWindow& window)
+{
+    m_picture = std::make_unique<WindowPicture>(window, QString::fromStdString(*m_options.screenshotFile),
+                                                [this] { return m_sessions.isSettled() && !m_mail.isLoading(); });
+    connect(m_picture.get(), &WindowPicture::taken, this,
+            [this](const QString& failure) { end(failure.isEmpty() ? 0 : misused, failure); });
+}
+
+void PreviewProgram::end(int status, const QString& failure)
+{
+    if (m_ending) {
+        return;
+    }
+    m_ending = true;
+    if (!failure.isEmpty()) {
+        complain(failure);
+    }
+    for (const ComposeWindow& open : m_composeWindows) {
+        m_sessions.end(open.state);
+        open.window->hide();
+    }
+    if (m_mailWindow) {
+        m_mailWindow->hide();
+    }
+    if (!m_service) {
+        QCoreApplication::exit(status);
+        return;
+    }
+    connect(m_service.get(), &LocalService::stopped, this, [status] { QCoreApplication::exit(status); });
+    m_service->stop();
+}
+
+} // namespace quillmate

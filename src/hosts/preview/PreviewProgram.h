@@ -1,0 +1,68 @@
+#pragma once
+
+#include "hosts/preview/ComposeSessions.h"
+#include "hosts/preview/LocalService.h"
+#include "hosts/preview/MailWindowState.h"
+#include "hosts/preview/MessageReader.h"
+#include "hosts/preview/PreviewOptions.h"
+#include "platform/foundation/NetworkEnvironment.h"
+#include "platform/foundation/TerminationSignals.h"
+
+#include <QObject>
+#include <QQuickWindow>
+#include <memory>
+#include <vector>
+
+namespace quillmate
+{
+
+class WindowPicture;
+
+/// The preview Mail host from its start to its end: reads the messages, opens the windows, keeps the local service.
+/// Lives within the application object; main thread only.
+class PreviewProgram : public QObject
+{
+    Q_OBJECT
+
+public:
+    PreviewProgram(PreviewOptions options, NetworkEnvironment environment,
+                   ComposeSessions::HandlerFactory handlerForComposeSession);
+    ~PreviewProgram() override;
+
+    /// Begins once the main loop runs. The program ends the loop with its exit status.
+    void start();
+
+protected:
+    bool eventFilter(QObject* receiver, QEvent* event) override;
+
+private:
+    struct ComposeWindow {
+        std::shared_ptr<ComposeWindowState> state;
+        std::unique_ptr<QQuickWindow> window;
+    };
+
+    void startService();
+    void connectService();
+    void takeEntries(const MessageEntries& entries);
+    void openWindows();
+    void showMailWindow();
+    void openCompose(ComposeKind kind, std::shared_ptr<const MailDocument> original);
+    void closeCompose(const ComposeWindowState* state);
+    void takePicture(QQuickWindow& window);
+    /// Tells the failure, if there is one, and ends in order.
+    void end(int status, const QString& failure = {});
+
+    PreviewOptions m_options;
+    NetworkEnvironment m_environment;
+    TerminationSignals m_signals;
+    MessageReader m_reader;
+    ComposeSessions m_sessions;
+    MailWindowState m_mail;
+    std::unique_ptr<LocalService> m_service;
+    std::unique_ptr<QQuickWindow> m_mailWindow;
+    std::vector<ComposeWindow> m_composeWindows;
+    std::unique_ptr<WindowPicture> m_picture;
+    bool m_ending = false;
+};
+
+} // namespace quillmate

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "platform/foundation/NetworkEnvironment.h"
+
+#include <string>
+
+namespace quillmate
+{
+
+/// Whether the environment leads every service host of the build somewhere already.
+[[nodiscard]] bool routesAllServiceHosts(const NetworkEnvironment& environment);
+
+/// The environment with the service hosts it says nothing of led to `endpoint`, and `rootCertificateFile` trusted
+/// besides.
+[[nodiscard]] NetworkEnvironment withServiceAt(NetworkEnvironment environment, const SocketEndpoint& endpoint,
+                                               const std::string& rootCertificateFile);
+
+} // namespace quillmate

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "hosts/preview/mail/MailDocument.h"
+#include "hosts/preview/mail/MailFailure.h"
+#include "platform/foundation/Result.h"
+
+#include <cstdint>
+#include <memory>
+#include <stop_token>
+#include <string>
+#include <vector>
+
+namespace quillmate
+{
+
+/// Where a message's source lies.
+struct MessageLocation {
+    std::string path;                           ///< of the file, also the name in sentences
+    std::uint64_t offset = 0;                   ///< bytes
+    std::uint64_t length = 0;                   ///< bytes
+    bool inMbox = false;                        ///< lines are marked as an mbox marks them
+    std::shared_ptr<const std::string> content; ///< the source itself where there is no file to go back to
+};
+
+/// One message of the list, its text left where it is.
+struct MessageEntry {
+    MessageLocation location;
+    MessageSummary summary;
+};
+
+using MessageEntries = Result<std::vector<MessageEntry>, MailFailure>;
+
+/// Lists what one argument of the command line names: a message file, an mbox, a Maildir, or "-" for one message on
+/// standard input. Mbox messages come in file order, those of a Maildir by date, newest first. One message that cannot
+/// be read fails the whole. Takes memory for the list only, except for input that cannot be read twice. Not on the main
+/// thread; ends with Stopped soon after `stop` was requested.
+MessageEntries listMessages(const std::string& argument, const std::stop_token& stop = {});
+
+/// Reads a listed message whole. Not on the main thread.
+Result<MailDocument, MailFailure> loadMessage(const MessageLocation& location);
+
+} // namespace quillmate
