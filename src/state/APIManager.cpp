@@ -66,7 +66,7 @@ std::string APIManager::baseURL() const
                   "Error: Invalid or missing Base API endpoint in UserDefaults. Falling back to live.");
 }
 
-void APIManager::apiEndpointChanged()
+void APIManager::apiEndpointChanged() const
 {
     print("API Endpoint changed to: " + apiURL());
     print("BASE API Endpoint changed to : " + baseURL());

@@ -45,7 +45,7 @@ public:
 
 private:
     APIManager() = default;
-    void apiEndpointChanged();
+    void apiEndpointChanged() const;
 };
 
 /// The API URL as it was at the first use in this process. Taking it writes one diagnostic line.

@@ -17,6 +17,8 @@ ColumnLayout {
         Layout.fillWidth: true
         Layout.margins: Theme.smallPadding
         text: "Email content cannot be loaded!"
+        Accessible.role: Accessible.StaticText
+        Accessible.name: text
         color: Theme.primary
         font.pixelSize: Theme.title
         wrapMode: Text.Wrap
@@ -25,6 +27,8 @@ ColumnLayout {
         Layout.fillWidth: true
         Layout.margins: Theme.smallPadding
         text: "Please copy the content and send it manually"
+        Accessible.role: Accessible.StaticText
+        Accessible.name: text
         color: Theme.primary
         font.pixelSize: Theme.body
         wrapMode: Text.Wrap
@@ -48,6 +52,8 @@ ColumnLayout {
 
                 objectName: "fallbackInput"
                 text: editor.viewState.textareaInput
+                placeholderText: editor.viewState.textareaHint
+                placeholderTextColor: Theme.secondary
                 textFormat: TextEdit.PlainText
                 wrapMode: TextEdit.Wrap
                 selectByMouse: true

@@ -10,6 +10,13 @@
 
 namespace quillmate
 {
+namespace
+{
+
+// An editor lays out every line of its text before it shows the first; past this that takes longer than a blink.
+constexpr std::size_t longestShown = 256UL * 1024;
+
+} // namespace
 
 SessionModalViewState::SessionModalViewState(std::shared_ptr<ButtonStateManager> buttonStateManager,
                                              std::shared_ptr<SummarizeStateManager> summarizeStateManager,
@@ -29,6 +36,7 @@ void SessionModalViewState::setTextareaInput(const QString& text)
         return;
     }
     m_textareaInput = text;
+    m_hiddenBytes = 0;
     const std::string content = text.toStdString();
     SummarizeManager::shared().fallbackSummarizeContent.set(content);
     storeFallbackContent(content);
@@ -47,11 +55,21 @@ void SessionModalViewState::fallbackEditorAppeared()
 {
     const std::string content = loadFallbackContent().value_or("");
     SummarizeManager::shared().fallbackSummarizeContent.set(content);
-    const QString text = QString::fromStdString(content);
-    if (m_textareaInput != text) {
-        m_textareaInput = text;
-        Q_EMIT textareaInputChanged();
+    // A longer one stays what is sent until the user types something in its place.
+    m_hiddenBytes = content.size() > longestShown ? content.size() : 0;
+    m_textareaInput = m_hiddenBytes > 0 ? QString() : QString::fromStdString(content);
+    Q_EMIT textareaInputChanged();
+}
+
+QString SessionModalViewState::textareaHint() const
+{
+    if (m_hiddenBytes == 0) {
+        return {};
     }
+    return QStringLiteral(
+               "This message is too long to be shown here (%1 MB). \"Summarize\" sends it as it is; what you paste "
+               "here is sent in its place.")
+        .arg(static_cast<double>(m_hiddenBytes) / 1e6, 0, 'f', 1);
 }
 
 void SessionModalViewState::summarizeClicked()

@@ -22,8 +22,11 @@ class SessionModalViewState : public QObject
     Q_PROPERTY(quillmate::DeveloperMenuState* developerMenu READ developerMenu CONSTANT)
     /// Whether there is a message being replied to, and so a summary section.
     Q_PROPERTY(bool hasSummarySection READ hasSummarySection CONSTANT)
-    /// What the fallback editor holds.
+    /// What the fallback editor shows.
     Q_PROPERTY(QString textareaInput READ textareaInput WRITE setTextareaInput NOTIFY textareaInputChanged)
+
+    /// Stands in the empty editor; says so when the kept text is too long to be shown.
+    Q_PROPERTY(QString textareaHint READ textareaHint NOTIFY textareaInputChanged)
 
 public:
     SessionModalViewState(std::shared_ptr<ButtonStateManager> buttonStateManager,
@@ -34,6 +37,7 @@ public:
     [[nodiscard]] DeveloperMenuState* developerMenu() const { return &m_developerMenu; }
     [[nodiscard]] bool hasSummarySection() const { return m_hasSummarySection; }
     [[nodiscard]] QString textareaInput() const { return m_textareaInput; }
+    [[nodiscard]] QString textareaHint() const;
     /// An edit: keeps the text for this message.
     void setTextareaInput(const QString& text);
 
@@ -52,6 +56,7 @@ private:
     DeveloperMenuState& m_developerMenu;
     const bool m_hasSummarySection;
     QString m_textareaInput;
+    std::size_t m_hiddenBytes = 0; // Length of a kept text that is not shown.
 };
 
 } // namespace quillmate

@@ -30,6 +30,7 @@ private Q_SLOTS:
     void summaryArrives();
     void storedSummary();
     void summaryGivesUp();
+    void messageTooLongToShow();
     void replyWithoutSummary();
     void userDetailsFail();
     void anotherSessionBegins();
@@ -246,6 +247,30 @@ void PanelTest::summaryGivesUp()
     m_fixture.show();
     QTRY_VERIFY(m_fixture.item("fallbackInput"));
     QCOMPARE(m_fixture.item("fallbackInput")->property("text").toString(), QStringLiteral("Pasted"));
+}
+
+void PanelTest::messageTooLongToShow()
+{
+    const ManualTime time;
+    const std::string content(3'000'000, 'x');
+    useMessage("m1", content.c_str());
+    UserDefaults::standard().setString("Optional(\"m1\") fallbackContent", content);
+    ReplyEmailManager::shared().update([](ReplyEmail& record) { record.content.reset(); });
+    SummarizeManager::shared().requestFailed = true;
+    SummarizeManager::shared().fallbackSummarizeContent.set(content);
+    m_fixture.server().reply(summarize, "{}");
+    showSignedIn();
+    auto* input = m_fixture.item("fallbackInput");
+    QVERIFY(input);
+    QCOMPARE(input->property("text").toString(), QString());
+    QVERIFY(input->property("placeholderText").toString().contains(QStringLiteral("3.0 MB")));
+    // It is kept and sent all the same.
+    m_fixture.click("summarizeButton");
+    QTRY_COMPARE(m_fixture.log().lines().last(), QStringLiteral("Failed to summarize."));
+    QVERIFY(m_fixture.server().requests().back().body.size() > content.size());
+    QVERIFY(stored("Optional(\"m1\") fallbackContent") == content);
+    input->setProperty("text", QStringLiteral("Only this"));
+    QCOMPARE(stored("Optional(\"m1\") fallbackContent"), std::optional<std::string>("Only this"));
 }
 
 void PanelTest::replyWithoutSummary()

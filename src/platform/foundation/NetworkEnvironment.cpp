@@ -67,7 +67,8 @@ std::string lowered(std::string_view text)
 Read NetworkEnvironment::fromValues(const char* connectTo, const char* rootCertificateFile)
 {
     NetworkEnvironment environment;
-    std::string_view rest = connectTo ? connectTo : "";
+    const std::string map = connectTo ? connectTo : "";
+    std::string_view rest = map;
     while (!rest.empty()) {
         const auto comma = rest.find(',');
         const std::string_view entry = rest.substr(0, comma);
@@ -75,7 +76,7 @@ Read NetworkEnvironment::fromValues(const char* connectTo, const char* rootCerti
         const auto endpoint = equals == std::string_view::npos ? std::nullopt : parseEndpoint(entry.substr(equals + 1));
         if (!endpoint || !isHostName(entry.substr(0, equals)) ||
             (comma != std::string_view::npos && comma + 1 == rest.size())) {
-            return Read::failure("QUILLMATE_CONNECT_TO is \"" + std::string(connectTo) +
+            return Read::failure("QUILLMATE_CONNECT_TO is \"" + map +
                                  "\": write it as HOST=ADDRESS:PORT[,HOST=ADDRESS:PORT...], or unset it");
         }
         environment.connectTo.insert_or_assign(lowered(entry.substr(0, equals)), *endpoint);

@@ -18,11 +18,11 @@ public:
     static NotificationCenter& defaultCenter();
 
     /// Any thread. Runs `selector` on the observer for each notification of that name, as long as the observer lives.
-    template<typename Observer>
-    void addObserver(const std::shared_ptr<Observer>& observer, void (Observer::*selector)(), std::string name)
+    template<typename Observer, typename Selector>
+    void addObserver(const std::shared_ptr<Observer>& observer, Selector selector, const std::string& name)
     {
         add(
-            observer, std::move(name), [selector](void* target) { (static_cast<Observer*>(target)->*selector)(); },
+            observer, name, [selector](void* target) { (static_cast<Observer*>(target)->*selector)(); },
             observer.get());
     }
     /// Any thread. Forgets every registration of the observer; the address suffices, so a destructor may call it.

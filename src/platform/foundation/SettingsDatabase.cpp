@@ -239,7 +239,7 @@ SettingsDatabase::Failure SettingsDatabase::checkpoint(const std::filesystem::pa
         code = sqlite3_wal_checkpoint_v2(connection, nullptr, SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
     }
     const bool done = code == SQLITE_OK || (code & 0xFF) == SQLITE_BUSY || (code & 0xFF) == SQLITE_LOCKED;
-    const auto failure = done ? Failure() : Failure(errorOf(connection, code));
+    auto failure = done ? Failure() : Failure(errorOf(connection, code));
     sqlite3_close(connection);
     return failure;
 }

@@ -17,7 +17,7 @@ Timer::~Timer()
 
 std::shared_ptr<Timer> Timer::schedule(double interval, bool repeats, Fire fire)
 {
-    const std::shared_ptr<Timer> timer(new Timer(interval, repeats, std::move(fire)));
+    std::shared_ptr<Timer> timer(new Timer(interval, repeats, std::move(fire)));
     timer->arm();
     return timer;
 }

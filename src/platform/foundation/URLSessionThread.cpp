@@ -13,13 +13,13 @@ namespace quillmate
 
 std::mutex URLSessionThread::s_sharedMutex;
 NetworkEnvironment URLSessionThread::s_environment;
-std::unique_ptr<URLSessionThread, void (*)(URLSessionThread*)> URLSessionThread::s_shared{nullptr, nullptr};
+std::unique_ptr<URLSessionThread> URLSessionThread::s_shared;
 
 URLSessionThread& URLSessionThread::shared()
 {
     const std::lock_guard lock(s_sharedMutex);
     if (!s_shared) {
-        s_shared = {new URLSessionThread(s_environment), [](URLSessionThread* thread) { delete thread; }};
+        s_shared.reset(new URLSessionThread(s_environment));
         // Network objects must not outlive the application object.
         qAddPostRoutine([] { URLSessionThread::stop(); });
     }
@@ -34,7 +34,7 @@ void URLSessionThread::configure(NetworkEnvironment environment)
 
 void URLSessionThread::stop()
 {
-    decltype(s_shared) ended{nullptr, nullptr};
+    std::unique_ptr<URLSessionThread> ended;
     const std::lock_guard lock(s_sharedMutex);
     ended.swap(s_shared);
 }

@@ -24,6 +24,7 @@ class URLSessionThread : public QObject
 
 public:
     static URLSessionThread& shared();
+    ~URLSessionThread() override;
 
     static void configure(NetworkEnvironment environment);
 
@@ -35,7 +36,6 @@ private:
     using Work = std::function<void()>;
 
     explicit URLSessionThread(NetworkEnvironment environment);
-    ~URLSessionThread() override;
     void add(Work work);
     void runWaiting();
     URLManagers& managers();
@@ -43,7 +43,7 @@ private:
 
     static std::mutex s_sharedMutex;
     static NetworkEnvironment s_environment;
-    static std::unique_ptr<URLSessionThread, void (*)(URLSessionThread*)> s_shared;
+    static std::unique_ptr<URLSessionThread> s_shared;
 
     const NetworkEnvironment m_environment;
     std::mutex m_mutex;
