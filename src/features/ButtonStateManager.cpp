@@ -18,11 +18,6 @@ ButtonStateManager::ButtonStateManager()
 {
 }
 
-QString ButtonStateManager::generateResponseText() const
-{
-    return m_generateResponse ? QString::fromStdString(*m_generateResponse) : QString();
-}
-
 void ButtonStateManager::loadStoredResponses()
 {
     auto stored = UserDefaults::standard().string(m_generateResponseKey);

@@ -13,7 +13,6 @@ namespace quillmate
 class ButtonStateManager : public QObject
 {
     Q_OBJECT
-    Q_PROPERTY(QString generateResponse READ generateResponseText NOTIFY generateResponseChanged)
 
 public:
     /// Fixes the key of the stored reply by the message that is being replied to now.
@@ -31,8 +30,6 @@ Q_SIGNALS:
     void generateResponseChanged();
 
 private:
-    [[nodiscard]] QString generateResponseText() const;
-
     const std::string m_generateResponseKey;
     std::optional<std::string> m_generateResponse;
 };

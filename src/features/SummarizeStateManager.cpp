@@ -23,11 +23,6 @@ SummarizeStateManager::SummarizeStateManager()
     updateSection();
 }
 
-QString SummarizeStateManager::summarizeResponseText() const
-{
-    return m_summarizeResponse ? QString::fromStdString(*m_summarizeResponse) : QString();
-}
-
 void SummarizeStateManager::setSummarizeLoading(bool loading)
 {
     if (m_isSummarizeLoading != loading) {

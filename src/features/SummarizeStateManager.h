@@ -15,14 +15,10 @@ namespace quillmate
 class SummarizeStateManager : public QObject, public std::enable_shared_from_this<SummarizeStateManager>
 {
     Q_OBJECT
-    Q_PROPERTY(bool isSummarizeLoading READ isSummarizeLoading NOTIFY isSummarizeLoadingChanged)
-    Q_PROPERTY(QString summarizeResponse READ summarizeResponseText NOTIFY summarizeResponseChanged)
-    Q_PROPERTY(Section section READ section NOTIFY sectionChanged)
 
 public:
     /// What the summary section shows.
     enum class Section { Nothing, Result, FallbackEditor, Spinner };
-    Q_ENUM(Section)
 
     /// Fixes the key of the stored summary by the message that is being replied to now.
     static std::shared_ptr<SummarizeStateManager> make();
@@ -48,7 +44,6 @@ Q_SIGNALS:
     void sectionChanged();
 
 private:
-    [[nodiscard]] QString summarizeResponseText() const;
     void setSummarizeLoading(bool loading);
     void setSummarizeResponse(std::optional<std::string> response);
     void updateSection();

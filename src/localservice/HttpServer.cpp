@@ -26,14 +26,13 @@ constexpr std::chrono::seconds shutDownLimit{10};
 HttpServer::HttpServer(RequestHandler& handler, QObject* parent)
     : QObject(parent)
     , m_handler(handler)
+    , m_pool(std::make_unique<AnswerPool>(answerThreads))
 {
-    m_pool.setMaxThreadCount(answerThreads);
 }
 
 HttpServer::~HttpServer()
 {
-    m_pool.clear();
-    m_pool.waitForDone();
+    m_pool.reset();
     // While there is still a server for them to count off from.
     qDeleteAll(findChildren<HttpConnection*>(QString(), Qt::FindDirectChildrenOnly));
 }
@@ -129,7 +128,7 @@ void HttpServer::shutDown()
 
 void HttpServer::dispatch(HttpRequest request, QObject* context, std::function<void(HttpResponse)> done)
 {
-    const int priority = request.method == "GET" ? 1 : 0;
+    const auto urgency = request.method == "GET" ? AnswerPool::Urgency::Quick : AnswerPool::Urgency::Ordinary;
     auto shared = std::make_shared<HttpRequest>(std::move(request));
     QPointer<QObject> guard(context);
     auto task = [this, shared, guard, done = std::move(done)]() mutable {
@@ -141,16 +140,29 @@ void HttpServer::dispatch(HttpRequest request, QObject* context, std::function<v
             response = errorResponse(500, "The service could not answer: its log says why.");
         }
         // The server waits for its pool before it goes, so `this` is alive here; the connection may be gone.
-        QMetaObject::invokeMethod(
-            this,
-            [guard, done = std::move(done), response = std::move(response)]() mutable {
+        {
+            const std::lock_guard lock(m_answeredMutex);
+            m_answered.emplace_back([guard, done = std::move(done), response = std::move(response)]() mutable {
                 if (guard) {
                     done(std::move(response));
                 }
-            },
-            Qt::QueuedConnection);
+            });
+        }
+        QMetaObject::invokeMethod(this, &HttpServer::deliver, Qt::QueuedConnection);
     };
-    m_pool.start(std::move(task), priority);
+    m_pool->start(std::move(task), urgency);
+}
+
+void HttpServer::deliver()
+{
+    std::deque<std::function<void()>> answered;
+    {
+        const std::lock_guard lock(m_answeredMutex);
+        answered.swap(m_answered);
+    }
+    for (const auto& answer : answered) {
+        answer();
+    }
 }
 
 bool HttpServer::accountBody(qint64 change)

@@ -1,15 +1,17 @@
 #pragma once
 
+#include "localservice/AnswerPool.h"
 #include "localservice/HttpMessage.h"
 
 #include <QHostAddress>
 #include <QObject>
 #include <QSslConfiguration>
 #include <QString>
-#include <QThreadPool>
 
+#include <deque>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 
 class QSslServer;
@@ -80,11 +82,15 @@ private:
     void acceptFrom(QTcpServer& server, Listener listener);
     void connectionEnded();
     void announceIfDrained();
+    void deliver();
 
     RequestHandler& m_handler;
     std::unique_ptr<QSslServer> m_secure;
     std::unique_ptr<QTcpServer> m_login;
-    QThreadPool m_pool;
+    /// Answers on their way from the pool to this thread.
+    std::mutex m_answeredMutex;
+    std::deque<std::function<void()>> m_answered;
+    std::unique_ptr<AnswerPool> m_pool;
     QString m_errorText;
     qint64 m_bodyBytes = 0;
     int m_connections = 0;

@@ -1,3 +1,5 @@
+pragma ComponentBehavior: Bound
+
 import QtQuick
 import Quillmate.Views
 
@@ -17,21 +19,23 @@ Item {
         model: 8
 
         Rectangle {
+            id: hand
+
             required property int index
             readonly property real side: Math.min(indicator.width, indicator.height)
 
-            x: indicator.width / 2 - width / 2
-            y: indicator.height / 2 - side / 2
+            x: indicator.width / 2 - hand.width / 2
+            y: indicator.height / 2 - hand.side / 2
             width: Math.max(2, side / 12)
             height: side / 3.6
             radius: width / 2
             color: Theme.primary
             // The one at the hand is darkest, those behind it fade.
-            opacity: 0.15 + 0.85 * (((index - ticks.step) % 8 + 8) % 8) / 7
+            opacity: 0.15 + 0.85 * (((hand.index - ticks.step) % 8 + 8) % 8) / 7
             transform: Rotation {
-                origin.x: width / 2
-                origin.y: side / 2
-                angle: index * 45
+                origin.x: hand.width / 2
+                origin.y: hand.side / 2
+                angle: hand.index * 45
             }
         }
     }

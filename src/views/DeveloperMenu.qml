@@ -33,6 +33,8 @@ Item {
 
             Text {
                 text: "Select API endpoint"
+                Accessible.role: Accessible.StaticText
+                Accessible.name: text
                 color: Theme.primary
                 font.pixelSize: Theme.caption
             }
@@ -54,12 +56,16 @@ Item {
                 Layout.margins: Theme.smallPadding
                 Layout.topMargin: 2 * Theme.smallPadding
                 text: "Version"
+                Accessible.role: Accessible.StaticText
+                Accessible.name: text
                 color: Theme.primary
                 font.pixelSize: Theme.caption
             }
             Text {
                 Layout.topMargin: Theme.smallPadding
                 text: menu.menuState.version
+                Accessible.role: Accessible.StaticText
+                Accessible.name: text
                 textFormat: Text.PlainText
                 color: Theme.primary
                 font.pixelSize: Theme.body

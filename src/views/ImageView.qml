@@ -36,6 +36,8 @@ Item {
             anchors.centerIn: parent
             width: parent.width
             text: "Failed to load image"
+            Accessible.role: Accessible.StaticText
+            Accessible.name: text
             color: "white"
             font.pixelSize: Theme.caption
             wrapMode: Text.Wrap

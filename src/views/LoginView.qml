@@ -54,6 +54,8 @@ Item {
                 Text {
                     Layout.fillWidth: true
                     text: "Quillmate"
+                    Accessible.role: Accessible.StaticText
+                    Accessible.name: text
                     color: Theme.primary
                     font.pixelSize: 24
                     font.bold: true
@@ -64,6 +66,8 @@ Item {
                     Layout.leftMargin: 20
                     Layout.rightMargin: 20
                     text: "To use this plugin, you need to authenticate your account. Please log in to verify your subscription and access all the Quillmate features."
+                    Accessible.role: Accessible.StaticText
+                    Accessible.name: text
                     color: Theme.primary
                     font.pixelSize: 14
                     lineHeight: 1.2

@@ -17,6 +17,8 @@ RowLayout {
     }
     Text {
         text: "Quillmate"
+        Accessible.role: Accessible.StaticText
+        Accessible.name: text
         color: Theme.primary
         font.pixelSize: Theme.headline
         font.bold: true

@@ -16,13 +16,25 @@ ColumnLayout {
 
         required property string iconName
 
-        // The longer title gets the wider tab.
-        width: (bar.availableWidth - bar.spacing) * tabWeight
-        property real tabWeight: 0.5
         implicitHeight: 34
         hoverEnabled: true
         focusPolicy: Qt.StrongFocus
         Accessible.name: text
+        Accessible.onPressAction: if (enabled) choose()
+
+        function choose() {
+            T.TabBar.tabBar.setCurrentIndex(T.TabBar.index);
+        }
+        function chooseBeside(step: int) {
+            const tabBar = T.TabBar.tabBar;
+            tabBar.setCurrentIndex(Math.max(0, Math.min(tabBar.count - 1, T.TabBar.index + step)));
+            tabBar.currentItem.forceActiveFocus(Qt.TabFocusReason);
+        }
+
+        Keys.onReturnPressed: choose()
+        Keys.onEnterPressed: choose()
+        Keys.onLeftPressed: chooseBeside(-1)
+        Keys.onRightPressed: chooseBeside(1)
 
         background: ContinuousRectangle {
             radius: 8
@@ -80,12 +92,12 @@ ColumnLayout {
         Tab {
             text: "Quick response"
             iconName: "wand.and.stars"
-            tabWeight: 0.4
+            width: (bar.availableWidth - bar.spacing) * 0.4
         }
         Tab {
             text: "Custom interactive response"
             iconName: "bubble.left.and.text.bubble.right.fill"
-            tabWeight: 0.6
+            width: (bar.availableWidth - bar.spacing) * 0.6 // The longer title gets the wider tab.
         }
     }
     Item {

@@ -14,9 +14,10 @@ T.AbstractButton {
     focusPolicy: Qt.StrongFocus
     opacity: !enabled ? 0.4 : down ? 0.7 : 1
     Accessible.name: text
+    Accessible.onPressAction: if (enabled) clicked()
 
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
 
     HoverHandler {
         cursorShape: Qt.PointingHandCursor

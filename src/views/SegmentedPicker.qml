@@ -33,25 +33,23 @@ Item {
         Repeater {
             model: picker.options
 
-            T.AbstractButton {
+            T.RadioButton {
                 id: segment
 
                 required property var modelData
 
                 text: modelData.name
-                width: Math.max(64, label.implicitWidth + 20)
+                width: Math.max(64, implicitContentWidth + 20)
                 height: row.height
                 checked: picker.selection === modelData.key
                 hoverEnabled: true
                 focusPolicy: Qt.StrongFocus
-                Accessible.role: Accessible.RadioButton
                 Accessible.name: text
-                Accessible.checkable: true
-                Accessible.checked: checked
+                Accessible.onPressAction: if (enabled) clicked()
                 onClicked: picker.chosen(modelData.key)
 
-                Keys.onReturnPressed: click()
-                Keys.onEnterPressed: click()
+                Keys.onReturnPressed: clicked()
+                Keys.onEnterPressed: clicked()
                 Keys.onLeftPressed: nextItemInFocusChain(false).forceActiveFocus(Qt.BacktabFocusReason)
                 Keys.onRightPressed: nextItemInFocusChain(true).forceActiveFocus(Qt.TabFocusReason)
 
@@ -61,8 +59,6 @@ Item {
                     borderColor: segment.checked ? Theme.separator : "transparent"
                 }
                 contentItem: Text {
-                    id: label
-
                     text: segment.text
                     textFormat: Text.PlainText
                     color: segment.checked || segment.hovered ? Theme.primary : Theme.secondary

@@ -36,12 +36,10 @@ PlainButton {
         }
     }
     contentItem: Item {
-        implicitWidth: row.implicitWidth
-        implicitHeight: row.implicitHeight
+        implicitWidth: childrenRect.width
+        implicitHeight: childrenRect.height
 
         Row {
-            id: row
-
             anchors.centerIn: parent
             spacing: Theme.spacing
 

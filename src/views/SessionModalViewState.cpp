@@ -28,6 +28,30 @@ SessionModalViewState::SessionModalViewState(std::shared_ptr<ButtonStateManager>
     , m_hasSummarySection(ReplyEmailManager::shared().hasSubject())
     , m_textareaInput(QString::fromStdString(SummarizeManager::shared().fallbackSummarizeContent.get()))
 {
+    connect(m_summarizeStateManager.get(), &SummarizeStateManager::sectionChanged, this,
+            &SessionModalViewState::summaryChanged);
+    connect(m_summarizeStateManager.get(), &SummarizeStateManager::summarizeResponseChanged, this,
+            &SessionModalViewState::summaryTextChanged);
+}
+
+SessionModalViewState::Summary SessionModalViewState::summary() const
+{
+    switch (m_summarizeStateManager->section()) {
+    case SummarizeStateManager::Section::Result:
+        return Summary::Result;
+    case SummarizeStateManager::Section::FallbackEditor:
+        return Summary::FallbackEditor;
+    case SummarizeStateManager::Section::Spinner:
+        return Summary::Spinner;
+    case SummarizeStateManager::Section::Nothing:
+        break;
+    }
+    return Summary::Nothing;
+}
+
+QString SessionModalViewState::summaryText() const
+{
+    return QString::fromStdString(m_summarizeStateManager->summarizeResponse().value_or(""));
 }
 
 void SessionModalViewState::setTextareaInput(const QString& text)

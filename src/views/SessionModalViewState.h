@@ -18,7 +18,8 @@ class SessionModalViewState : public QObject
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("Made with its panel")
-    Q_PROPERTY(quillmate::SummarizeStateManager* summarizeStateManager READ summarizeStateManager CONSTANT)
+    Q_PROPERTY(Summary summary READ summary NOTIFY summaryChanged)
+    Q_PROPERTY(QString summaryText READ summaryText NOTIFY summaryTextChanged)
     Q_PROPERTY(quillmate::DeveloperMenuState* developerMenu READ developerMenu CONSTANT)
     /// Whether there is a message being replied to, and so a summary section.
     Q_PROPERTY(bool hasSummarySection READ hasSummarySection CONSTANT)
@@ -29,11 +30,16 @@ class SessionModalViewState : public QObject
     Q_PROPERTY(QString textareaHint READ textareaHint NOTIFY textareaInputChanged)
 
 public:
+    /// What the summary section shows.
+    enum class Summary { Nothing, Result, FallbackEditor, Spinner };
+    Q_ENUM(Summary)
+
     SessionModalViewState(std::shared_ptr<ButtonStateManager> buttonStateManager,
                           std::shared_ptr<SummarizeStateManager> summarizeStateManager,
                           DeveloperMenuState& developerMenu, QObject* parent);
 
-    [[nodiscard]] SummarizeStateManager* summarizeStateManager() const { return m_summarizeStateManager.get(); }
+    [[nodiscard]] Summary summary() const;
+    [[nodiscard]] QString summaryText() const;
     [[nodiscard]] DeveloperMenuState* developerMenu() const { return &m_developerMenu; }
     [[nodiscard]] bool hasSummarySection() const { return m_hasSummarySection; }
     [[nodiscard]] QString textareaInput() const { return m_textareaInput; }
@@ -48,6 +54,8 @@ public:
     Q_INVOKABLE void logOutClicked();
 
 Q_SIGNALS:
+    void summaryChanged();
+    void summaryTextChanged();
     void textareaInputChanged();
 
 private:

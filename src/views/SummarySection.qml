@@ -8,9 +8,12 @@ Item {
     required property SessionModalViewState viewState
     property real maximumTextHeight: 220
 
-    readonly property int shown: viewState.summarizeStateManager.section
+    readonly property int shown: viewState.summary
 
     implicitHeight: Math.max(result.implicitHeight, fallbackEditor.implicitHeight, spinner.implicitHeight)
+
+    // Components bound to their context would let the linter follow these names, but this Qt's Loader refuses such ones.
+    // qmllint disable unqualified
 
     // Each is there only while it is shown: the editor takes up the kept text whenever it appears.
     Loader {
@@ -18,9 +21,9 @@ Item {
 
         anchors.left: parent.left
         anchors.right: parent.right
-        active: section.shown === SummarizeStateManager.Result
+        active: section.shown === SessionModalViewState.Result
         sourceComponent: SummaryResult {
-            summary: section.viewState.summarizeStateManager.summarizeResponse
+            summary: section.viewState.summaryText
             maximumTextHeight: section.maximumTextHeight
         }
     }
@@ -29,7 +32,7 @@ Item {
 
         anchors.left: parent.left
         anchors.right: parent.right
-        active: section.shown === SummarizeStateManager.FallbackEditor
+        active: section.shown === SessionModalViewState.FallbackEditor
         sourceComponent: FallbackEditor {
             viewState: section.viewState
         }
@@ -39,7 +42,7 @@ Item {
 
         anchors.left: parent.left
         anchors.right: parent.right
-        active: section.shown === SummarizeStateManager.Spinner
+        active: section.shown === SessionModalViewState.Spinner
         sourceComponent: Item {
             objectName: "summarySpinner"
             implicitHeight: 52

@@ -128,7 +128,8 @@ std::optional<std::string> readRawData(const JSONValue& value, Fields& fields)
     if (value.isNull()) {
         return std::nullopt;
     }
-    // One digit past the groups of four stands for no byte (RFC 4648): something is missing, and the decoder would not say so.
+    // One digit past the groups of four stands for no byte (RFC 4648): something is missing, and the decoder would not
+    // say so.
     if (value.string() && value.string()->size() % 4 != 1) {
         const auto base64 =
             QByteArray::fromRawData(value.string()->data(), static_cast<qsizetype>(value.string()->size()));

@@ -77,21 +77,21 @@ int main(int argc, char** argv)
             return failUsage("the option " + std::string(argument) + " is unknown; --help lists what there is");
         }
     }
-    auto environment = quillmate::NetworkEnvironment::fromProcessEnvironment();
-    if (!environment) {
-        return failUsage(environment.error());
-    }
     if (!hasDisplay()) {
         return failUsage("there is no display to show panels on; set DISPLAY or WAYLAND_DISPLAY");
     }
-    quillmate::URLSession::configure(std::move(environment).value());
-
     quillmate::FrameWriter output(takeStandardOutput());
     // A message of many megabytes passes three times as fast through a pipe of the largest ordinary size.
     ::fcntl(STDIN_FILENO, F_SETPIPE_SZ, 1024 * 1024);
 
     quillmate::ViewEngine::chooseRendering();
     QGuiApplication application(argc, argv);
+    // Not before: reading certificates wants an application object.
+    auto environment = quillmate::NetworkEnvironment::fromProcessEnvironment();
+    if (!environment) {
+        return failUsage(environment.error());
+    }
+    quillmate::URLSession::configure(std::move(environment).value());
     QGuiApplication::setApplicationName(QStringLiteral("quillmate-extension"));
     QGuiApplication::setApplicationVersion(QStringLiteral(QUILLMATE_VERSION));
     QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/quillmate/quillmateLogo.svg")));

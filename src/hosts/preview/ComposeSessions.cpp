@@ -2,7 +2,9 @@
 
 #include "hosts/preview/ComposeWindowState.h"
 #include "platform/appkit/MEExtensionViewController.h"
+#include "platform/foundation/DispatchQueue.h"
 
+#include <QPointer>
 #include <QUuid>
 #include <algorithm>
 
@@ -13,12 +15,11 @@ ComposeSessions::ComposeSessions(HandlerFactory handlerForComposeSession, QObjec
     : QObject(parent)
     , m_handlerForComposeSession(std::move(handlerForComposeSession))
 {
-    m_thread.setMaxThreadCount(1);
 }
 
 ComposeSessions::~ComposeSessions()
 {
-    m_thread.waitForDone();
+    m_queue.finish();
 }
 
 void ComposeSessions::allow()
@@ -58,11 +59,14 @@ void ComposeSessions::beginNext()
     const auto handler = m_handlerForComposeSession(session);
     m_sessions.push_back({window, handler, session});
     m_beginning = true;
-    // `this` is alive in the task, since the destructor waits for it; the queued call goes with the object.
-    m_thread.start([this, window, handler, session] {
+    const QPointer<ComposeSessions> self(this);
+    m_queue.async([self, window, handler, session] {
         handler->mailComposeSessionDidBegin(session);
-        QMetaObject::invokeMethod(
-            this, [this, window] { begun(window); }, Qt::QueuedConnection);
+        DispatchQueue::main().async([self, window] {
+            if (self) {
+                self->begun(window);
+            }
+        });
     });
 }
 
@@ -88,7 +92,7 @@ void ComposeSessions::end(const std::shared_ptr<ComposeWindowState>& window)
     const auto found = std::find_if(m_sessions.begin(), m_sessions.end(),
                                     [&window](const Session& session) { return session.window == window; });
     if (found != m_sessions.end()) {
-        m_thread.start(
+        m_queue.async(
             [handler = found->handler, session = found->session] { handler->mailComposeSessionDidEnd(session); });
         m_sessions.erase(found);
     }

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "platform/foundation/WorkQueue.h"
 #include "platform/mailkit/MEComposeSession.h"
 #include "platform/mailkit/MEComposeSessionHandler.h"
 
 #include <QObject>
-#include <QThreadPool>
 #include <deque>
 #include <functional>
 #include <memory>
@@ -53,12 +53,12 @@ private:
     void begun(const std::shared_ptr<ComposeWindowState>& window);
 
     HandlerFactory m_handlerForComposeSession;
-    QThreadPool m_thread;
     std::deque<std::shared_ptr<ComposeWindowState>> m_waiting;
     std::vector<Session> m_sessions;
     bool m_beginning = false;
     enum class Gate { Closed, Open, Refused } m_gate = Gate::Closed;
     QString m_refusal;
+    WorkQueue m_queue; // Last: its work uses the members above.
 };
 
 } // namespace quillmate

@@ -1,5 +1,8 @@
 #include "hosts/preview/MessageReader.h"
 
+#include "platform/foundation/DispatchQueue.h"
+
+#include <QPointer>
 #include <iterator>
 #include <utility>
 
@@ -22,37 +25,43 @@ MessageEntries listAll(const std::vector<std::string>& arguments, const std::sto
     return entries;
 }
 
+/// Runs the work on the main thread if the reader is there by then.
+void handOver(const QPointer<MessageReader>& reader, std::function<void()> work)
+{
+    DispatchQueue::main().async([reader, work = std::move(work)] {
+        if (reader) {
+            work();
+        }
+    });
+}
+
 } // namespace
 
 MessageReader::MessageReader(QObject* parent)
     : QObject(parent)
 {
-    m_thread.setMaxThreadCount(1);
 }
 
 MessageReader::~MessageReader()
 {
     m_stop.request_stop();
-    m_thread.clear();
-    m_thread.waitForDone();
 }
 
 void MessageReader::list(std::vector<std::string> arguments, Listed done)
 {
-    // `this` is alive in the task, since the destructor waits for it; the queued call goes with the object.
-    m_thread.start([this, arguments = std::move(arguments), done = std::move(done), stop = m_stop.get_token()] {
+    const QPointer<MessageReader> self(this);
+    m_queue.async([self, arguments = std::move(arguments), done = std::move(done), stop = m_stop.get_token()] {
         auto result = std::make_shared<const MessageEntries>(listAll(arguments, stop));
-        QMetaObject::invokeMethod(
-            this, [done, result] { done(result); }, Qt::QueuedConnection);
+        handOver(self, [done, result] { done(result); });
     });
 }
 
 void MessageReader::load(MessageLocation location, Loaded done)
 {
-    m_thread.start([this, location = std::move(location), done = std::move(done)] {
+    const QPointer<MessageReader> self(this);
+    m_queue.async([self, location = std::move(location), done = std::move(done)] {
         auto result = std::make_shared<const Result<MailDocument, MailFailure>>(loadMessage(location));
-        QMetaObject::invokeMethod(
-            this, [done, result] { done(result); }, Qt::QueuedConnection);
+        handOver(self, [done, result] { done(result); });
     });
 }
 

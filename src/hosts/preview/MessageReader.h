@@ -1,9 +1,9 @@
 #pragma once
 
 #include "hosts/preview/mail/MessageStore.h"
+#include "platform/foundation/WorkQueue.h"
 
 #include <QObject>
-#include <QThreadPool>
 #include <functional>
 #include <memory>
 #include <stop_token>
@@ -30,8 +30,8 @@ public:
     void load(MessageLocation location, Loaded done);
 
 private:
-    QThreadPool m_thread;
     std::stop_source m_stop;
+    WorkQueue m_queue; // Last: its work uses the members above.
 };
 
 } // namespace quillmate

@@ -131,7 +131,7 @@ ColumnLayout {
             background: null
             Accessible.name: "Message text"
             // Later, since the text must not be changed while it tells of a change.
-            onTextChanged: Qt.callLater(view.orderParagraphs)
+            onTextChanged: Qt.callLater(view.orderParagraphs) // qmllint disable
             // Tab goes on to the next control, as everywhere else in the window.
             Keys.onTabPressed: nextItemInFocusChain().forceActiveFocus(Qt.TabFocusReason) // qmllint disable
         }

@@ -63,7 +63,8 @@ void NSView::pinEdgesToSuperview()
 {
     QQuickItem* parent = m_item->parentItem();
     QQuickItem* item = m_item.get();
-    // What a host asks the outer view, the view that fills it knows. Telling it may make the host resize the outer view.
+    // What a host asks the outer view, the view that fills it knows. Telling it may make the host resize the outer
+    // view.
     parent->setImplicitWidth(item->implicitWidth());
     parent->setImplicitHeight(item->implicitHeight());
     fitTo(item, parent);

@@ -1,0 +1,54 @@
+#include "localservice/AnswerPool.h"
+
+#include <utility>
+
+namespace quillmate::localservice
+{
+
+AnswerPool::AnswerPool(int threads)
+{
+    for (int i = 0; i < threads; ++i) {
+        m_threads.emplace_back([this] { run(); });
+    }
+}
+
+AnswerPool::~AnswerPool()
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        m_stop = true;
+    }
+    m_changed.notify_all();
+    for (std::thread& thread : m_threads) {
+        thread.join();
+    }
+}
+
+void AnswerPool::start(std::function<void()> work, Urgency urgency)
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        (urgency == Urgency::Quick ? m_quick : m_ordinary).push_back(std::move(work));
+    }
+    m_changed.notify_one();
+}
+
+void AnswerPool::run()
+{
+    std::unique_lock lock(m_mutex);
+    for (;;) {
+        m_changed.wait(lock, [this] { return m_stop || !m_quick.empty() || !m_ordinary.empty(); });
+        if (m_stop) {
+            return;
+        }
+        auto& waiting = m_quick.empty() ? m_ordinary : m_quick;
+        auto work = std::move(waiting.front());
+        waiting.pop_front();
+        lock.unlock();
+        work();
+        work = nullptr; // What the work holds goes outside the lock.
+        lock.lock();
+    }
+}
+
+} // namespace quillmate::localservice

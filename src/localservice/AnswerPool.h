@@ -1,0 +1,39 @@
+#pragma once
+
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace quillmate::localservice
+{
+
+/// A few threads that answer requests, the quick ones first.
+class AnswerPool
+{
+public:
+    enum class Urgency { Ordinary, Quick };
+
+    explicit AnswerPool(int threads);
+    /// Drops what has not begun and waits for what is running.
+    ~AnswerPool();
+    AnswerPool(const AnswerPool&) = delete;
+    AnswerPool& operator=(const AnswerPool&) = delete;
+
+    /// Any thread.
+    void start(std::function<void()> work, Urgency urgency);
+
+private:
+    void run();
+
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::deque<std::function<void()>> m_quick;
+    std::deque<std::function<void()>> m_ordinary;
+    bool m_stop = false;
+    std::vector<std::thread> m_threads; // Last: they use the members above.
+};
+
+} // namespace quillmate::localservice

@@ -1,0 +1,263 @@
+#include "platform/foundation/NotificationCenter.h"
+#include "platform/foundation/URLSession.h"
+#include "platform/foundation/UserDefaults.h"
+#include "state/APIManager.h"
+#include "state/AppVersion.h"
+#include "state/AuthManager.h"
+#include "state/IncommingUpdatesManager.h"
+#include "state/Notifications.h"
+#include "state/ReplyEmailManager.h"
+#include "state/SettingsKeys.h"
+#include "state/StartChatManager.h"
+#include "state/SummarizeManager.h"
+#include "state/UserDetailsManager.h"
+#include "support/LogCapture.h"
+#include "support/TestEnvironment.h"
+#include "support/TestServer.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+#include <barrier>
+#include <set>
+#include <thread>
+
+using namespace quillmate;
+
+class StateTest : public QObject
+{
+    Q_OBJECT
+
+public:
+    StateTest() { TestEnvironment::connectTo(m_server); }
+
+private Q_SLOTS:
+    // First, while nothing has been made yet.
+    void firstUse();
+    void init();
+    void everythingStartsEmpty();
+    void snapshotsStay();
+    void selectEndpoint();
+    void logout();
+    void logoutEmptiesTheCache();
+    void observableFieldsAnnounce();
+    void version();
+
+private:
+    TestEnvironment m_environment;
+    TestServer m_server;
+    LogCapture m_log;
+};
+
+namespace
+{
+
+const auto live = QStringLiteral("https://quillmate.example");
+const auto staging = QStringLiteral("https://staging.quillmate.example");
+const auto dev = QStringLiteral("https://quillmate-dev.test");
+const auto api = QStringLiteral("/api/v1");
+const auto apiFallback =
+    QStringLiteral("Error: Invalid or missing API endpoint in UserDefaults. Falling back to live.");
+
+UserDefaults& defaults()
+{
+    return UserDefaults::standard();
+}
+
+/// What one thread got when it asked for everything.
+struct Seen {
+    std::set<const void*> objects;
+    std::string apiURL;
+    std::string baseURL;
+};
+
+Seen askForEverything()
+{
+    return {{&AuthManager::shared(), &ReplyEmailManager::shared(), &UserDetailsManager::shared(),
+             &SummarizeManager::shared(), &IncommingUpdatesManager::shared(), &StartChatManager::shared(),
+             &APIManager::shared(), &UserDefaults::standard(), &currentApiURL(), &currentBaseURL(), &appVersion()},
+            currentApiURL(),
+            currentBaseURL()};
+}
+
+/// Writes down what was posted, with what others can see at that moment.
+class Witness
+{
+public:
+    Witness()
+        : m_self(this, [](Witness*) {})
+    {
+        NotificationCenter::defaultCenter().addObserver(m_self, &Witness::loggedOut, userDidLogout);
+        NotificationCenter::defaultCenter().addObserver(m_self, &Witness::changed, apiEndpointChanged);
+    }
+
+    [[nodiscard]] const QStringList& seen() const { return m_seen; }
+
+private:
+    void loggedOut() { note("UserDidLogout"); }
+    void changed() { note("apiEndpointChanged"); }
+    void note(const char* name)
+    {
+        const bool token = AuthManager::shared().accessToken.get().has_value();
+        const auto keys = defaults().dictionaryRepresentation().size();
+        m_seen.append(QStringLiteral("%1: %2, %3 stored, endpoint %4")
+                          .arg(QLatin1String(name), token ? QStringLiteral("token") : QStringLiteral("no token"))
+                          .arg(keys)
+                          .arg(QString::fromStdString(defaults().string("selectedApiEndpoint").value_or("none"))));
+    }
+
+    QStringList m_seen;
+    std::shared_ptr<Witness> m_self;
+};
+
+} // namespace
+
+void StateTest::firstUse()
+{
+    defaults().setString("selectedApiEndpoint", "staging");
+    constexpr std::size_t threads = 8;
+    std::vector<Seen> seen(threads);
+    std::barrier together(static_cast<std::ptrdiff_t>(threads));
+    {
+        std::vector<std::jthread> asking;
+        asking.reserve(threads);
+        for (Seen& each : seen) {
+            asking.emplace_back([&each, &together] {
+                together.arrive_and_wait();
+                each = askForEverything();
+            });
+        }
+    }
+    for (const Seen& each : seen) {
+        QCOMPARE(each.objects.size(), std::size_t(11));
+        QCOMPARE(each.objects, seen.front().objects);
+        QCOMPARE(QString::fromStdString(each.apiURL), staging + api);
+        QCOMPARE(QString::fromStdString(each.baseURL), staging);
+    }
+    QCOMPARE(m_log.take(), (QStringList{"CURRENT API URL IN API MANAGER " + staging + api,
+                                        "CURRENT BASE API URL IN API MANAGER " + staging}));
+    // Made on some other thread; what is announced belongs here.
+    QCOMPARE(UserDetailsManager::shared().thread(), thread());
+    QCOMPARE(IncommingUpdatesManager::shared().thread(), thread());
+}
+
+void StateTest::init()
+{
+    if (QTest::currentTestFunction() == QLatin1String("firstUse")) {
+        return;
+    }
+    AuthManager::shared().accessToken.set(std::nullopt);
+    for (const auto& [key, value] : defaults().dictionaryRepresentation()) {
+        defaults().removeObject(key);
+    }
+    m_log.take();
+}
+
+void StateTest::everythingStartsEmpty()
+{
+    QVERIFY(!AuthManager::shared().accessToken.get());
+    QCOMPARE(ReplyEmailManager::shared().record(), ReplyEmail());
+    QVERIFY(!ReplyEmailManager::shared().hasSubject());
+    QCOMPARE(UserDetailsManager::shared().email(), std::string());
+    QVERIFY(!UserDetailsManager::shared().name.get());
+    QVERIFY(SummarizeManager::shared().responses.get().empty());
+    QVERIFY(!SummarizeManager::shared().requestFailed);
+    QCOMPARE(SummarizeManager::shared().fallbackSummarizeContent.get(), std::string());
+    QVERIFY(!IncommingUpdatesManager::shared().newVersion.get());
+    QVERIFY(!IncommingUpdatesManager::shared().updateUrl.get());
+    QVERIFY(!IncommingUpdatesManager::shared().incommingUpdatesAvailable());
+    QVERIFY(!StartChatManager::shared().assistantId.get());
+    QVERIFY(!StartChatManager::shared().threadId.get());
+}
+
+void StateTest::snapshotsStay()
+{
+    APIManager::selectApiEndpoint("dev");
+    m_log.take();
+    QCOMPARE(QString::fromStdString(APIManager::shared().apiURL()), dev + api);
+    QCOMPARE(QString::fromStdString(currentApiURL()), staging + api);
+    QCOMPARE(QString::fromStdString(currentBaseURL()), staging);
+    QCOMPARE(m_log.take(), QStringList());
+}
+
+void StateTest::selectEndpoint()
+{
+    AuthManager::shared().accessToken.set("token");
+    defaults().setString("summarizeResponse m1", "kept");
+    const Witness witness;
+    APIManager::selectApiEndpoint("staging");
+    QCOMPARE(witness.seen(), (QStringList{"apiEndpointChanged: token, 2 stored, endpoint staging",
+                                          "UserDidLogout: token, 2 stored, endpoint staging"}));
+    QVERIFY(!AuthManager::shared().accessToken.get());
+    QCOMPARE(defaults().string("summarizeResponse m1"), std::optional<std::string>("kept"));
+    QCOMPARE(m_log.take(),
+             (QStringList{"API Endpoint changed to: " + staging + api, "BASE API Endpoint changed to : " + staging}));
+}
+
+void StateTest::logout()
+{
+    AuthManager::shared().accessToken.set("token");
+    UserDetailsManager::shared().setEmail("a@b.example");
+    ReplyEmailManager::shared().update([](ReplyEmail& record) { record.messageId = "m1"; });
+    defaults().setString("selectedApiEndpoint", "staging");
+    defaults().setBoolean("m1_summarize", true);
+    defaults().setData("reply m1", "[]");
+    defaults().setString("somebody else's", "x");
+    const Witness witness;
+    AuthManager::shared().logout();
+    QCOMPARE(witness.seen(), QStringList{"UserDidLogout: no token, 0 stored, endpoint none"});
+    QVERIFY(!AuthManager::shared().accessToken.get());
+    QCOMPARE(m_log.take(), (QStringList{"UserDefaults cleared", "URLSession cache cleared"}));
+    // The other shared objects stay as they are.
+    QCOMPARE(UserDetailsManager::shared().email(), std::string("a@b.example"));
+    QCOMPARE(ReplyEmailManager::shared().messageId(), std::optional<std::string>("m1"));
+    QCOMPARE(QString::fromStdString(APIManager::shared().apiURL()), live + api);
+    QCOMPARE(m_log.take(), QStringList{apiFallback});
+}
+
+void StateTest::logoutEmptiesTheCache()
+{
+    m_server.reply("GET /x", TestReply{200, "{}", {{"Cache-Control", "max-age=3600"}}});
+    const auto fetch = [] {
+        std::atomic<bool> done = false;
+        URLSession::shared()
+            .dataTask(URLRequest{URL::parseAbsolute("https://quillmate.example/x").value()},
+                      [&done](const auto&, const auto&, const auto&) { done = true; })
+            ->resume();
+        [&] { QTRY_VERIFY(done); }();
+    };
+    fetch();
+    fetch();
+    QCOMPARE(m_server.requests().size(), std::size_t(1));
+    AuthManager::shared().logout();
+    fetch();
+    QCOMPARE(m_server.requests().size(), std::size_t(2));
+}
+
+void StateTest::observableFieldsAnnounce()
+{
+    UserDetailsManager& user = UserDetailsManager::shared();
+    user.setEmail("one@b.example");
+    const QSignalSpy emails(&user, &UserDetailsManager::emailChanged);
+    user.setEmail("one@b.example");
+    QCOMPARE(emails.count(), 0);
+    user.setEmail("two@b.example");
+    QCOMPARE(emails.count(), 1);
+
+    IncommingUpdatesManager& updates = IncommingUpdatesManager::shared();
+    const QSignalSpy notices(&updates, &IncommingUpdatesManager::incommingUpdatesAvailableChanged);
+    updates.setIncommingUpdatesAvailable(true);
+    updates.setIncommingUpdatesAvailable(true);
+    QCOMPARE(notices.count(), 1);
+    QVERIFY(updates.incommingUpdatesAvailable());
+    updates.setIncommingUpdatesAvailable(false);
+    QCOMPARE(notices.count(), 2);
+}
+
+void StateTest::version()
+{
+    QCOMPARE(appVersion(), std::optional<std::string>(QUILLMATE_PROJECT_VERSION));
+}
+
+QTEST_GUILESS_MAIN(StateTest)
+#include "StateTest.moc"

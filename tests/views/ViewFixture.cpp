@@ -1,0 +1,199 @@
+#include "views/ViewFixture.h"
+
+#include "platform/appkit/ViewEngine.h"
+#include "platform/foundation/MainSchedule.h"
+#include "platform/foundation/NotificationCenter.h"
+#include "state/AuthManager.h"
+#include "state/Notifications.h"
+#include "state/ReplyEmailManager.h"
+#include "state/SummarizeManager.h"
+#include "views/ViewsModule.h"
+
+#include <QKeyEvent>
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QRegularExpression>
+#include <QTest>
+
+#include <utility>
+
+namespace quillmate
+{
+namespace
+{
+
+QQuickItem* find(QQuickItem* item, const QString& objectName, bool visibleOnly)
+{
+    if (visibleOnly && !item->isVisible()) {
+        return nullptr;
+    }
+    if (item->objectName() == objectName) {
+        return item;
+    }
+    for (QQuickItem* child : item->childItems()) {
+        if (auto* found = find(child, objectName, visibleOnly)) {
+            return found;
+        }
+    }
+    return nullptr;
+}
+
+QAccessibleInterface* find(QAccessibleInterface* within, QAccessible::Role role, const QString& name)
+{
+    for (int i = 0; within && i < within->childCount(); ++i) {
+        QAccessibleInterface* child = within->child(i);
+        if (child && !child->state().invisible && child->role() == role && child->text(QAccessible::Name) == name) {
+            return child;
+        }
+        if (auto* found = find(child, role, name)) {
+            return found;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace
+
+ViewFixture::ViewFixture()
+{
+    TestEnvironment::connectTo(m_server);
+    registerViews();
+    m_window.resize(460, 640);
+    m_window.installEventFilter(this);
+    m_window.show();
+    m_window.requestActivate();
+    if (!QTest::qWaitForWindowActive(&m_window)) {
+        qFatal("The window does not become active.");
+    }
+}
+
+ViewFixture::~ViewFixture()
+{
+    close();
+}
+
+void ViewFixture::reset()
+{
+    QTest::failOnWarning(QRegularExpression(QStringLiteral(".*")));
+    close();
+    MainSchedule::shared().clear();
+    m_server.reset();
+    m_server.reply("GET /api/v1/apple-version?currentVersion=1.0.0", "{}");
+    AuthManager::shared().accessToken.set(std::nullopt);
+    ReplyEmailManager::shared().update([](ReplyEmail& record) { record = {}; });
+    SummarizeManager::shared().requestFailed = false;
+    SummarizeManager::shared().fallbackSummarizeContent.set("");
+    clearSettingsStore();
+    m_window.resize(460, 640);
+    m_log.take();
+    m_keys = 0;
+}
+
+void ViewFixture::show(HostedView view)
+{
+    close();
+    m_controller = std::make_unique<NSHostingController>(std::move(view));
+    m_shown = m_controller->view()->item();
+    putBack();
+}
+
+void ViewFixture::showText(const QByteArray& qml)
+{
+    close();
+    QQmlComponent component(&ViewEngine::shared());
+    component.setData("import QtQuick\nimport Quillmate.Views\n" + qml, QUrl(QStringLiteral("qrc:/made-by-test.qml")));
+    m_made.reset(qobject_cast<QQuickItem*>(component.create()));
+    QVERIFY2(m_made, qPrintable(component.errorString()));
+    m_shown = m_made.get();
+    m_shown->setParentItem(m_window.contentItem());
+}
+
+void ViewFixture::takeOut()
+{
+    m_shown->setParentItem(nullptr);
+}
+
+void ViewFixture::putBack()
+{
+    m_shown->setParentItem(m_window.contentItem());
+    m_shown->setSize(m_window.size());
+}
+
+void ViewFixture::close()
+{
+    if (m_shown) {
+        takeOut();
+        m_shown = nullptr;
+    }
+    m_made.reset();
+    m_controller.reset();
+}
+
+QQuickItem* ViewFixture::item(const char* objectName) const
+{
+    return find(m_window.contentItem(), QString::fromLatin1(objectName), true);
+}
+
+QQuickItem* ViewFixture::anyItem(const char* objectName) const
+{
+    return find(m_window.contentItem(), QString::fromLatin1(objectName), false);
+}
+
+QAccessibleInterface* ViewFixture::accessible(QAccessible::Role role, const QString& name)
+{
+    return find(QAccessible::queryAccessibleInterface(&m_window), role, name);
+}
+
+bool ViewFixture::pressAccessible(QAccessible::Role role, const QString& name)
+{
+    QAccessibleInterface* found = accessible(role, name);
+    QAccessibleActionInterface* actions = found ? found->actionInterface() : nullptr;
+    if (!actions || !actions->actionNames().contains(QAccessibleActionInterface::pressAction())) {
+        return false;
+    }
+    actions->doAction(QAccessibleActionInterface::pressAction());
+    return true;
+}
+
+void ViewFixture::click(QQuickItem* target)
+{
+    QVERIFY(target);
+    const QPointF centre = target->mapToScene({target->width() / 2, target->height() / 2});
+    QTest::mouseClick(&m_window, Qt::LeftButton, Qt::NoModifier, centre.toPoint());
+}
+
+void ViewFixture::press(Qt::Key key, Qt::KeyboardModifiers modifiers)
+{
+    QTest::keyClick(&m_window, key, modifiers);
+}
+
+bool ViewFixture::eventFilter(QObject* receiver, QEvent* event)
+{
+    if (event->type() == QEvent::KeyPress) {
+        // The modifiers are pressed on the way.
+        const int key = static_cast<QKeyEvent*>(event)->key();
+        m_keys += key < Qt::Key_Shift || key > Qt::Key_Alt ? 1 : 0;
+    }
+    return QObject::eventFilter(receiver, event);
+}
+
+ChoiceWitness::ChoiceWitness()
+    : m_self(this, [](ChoiceWitness*) {})
+{
+    NotificationCenter::defaultCenter().addObserver(m_self, &ChoiceWitness::changed, apiEndpointChanged);
+    NotificationCenter::defaultCenter().addObserver(m_self, &ChoiceWitness::loggedOut, userDidLogout);
+}
+
+void ChoiceWitness::changed()
+{
+    const bool token = AuthManager::shared().accessToken.get().has_value();
+    m_seen << (token ? QStringLiteral("apiEndpointChanged") : QStringLiteral("apiEndpointChanged without token"));
+}
+
+void ChoiceWitness::loggedOut()
+{
+    const bool token = AuthManager::shared().accessToken.get().has_value();
+    m_seen << (token ? QStringLiteral("UserDidLogout") : QStringLiteral("UserDidLogout without token"));
+}
+
+} // namespace quillmate

@@ -1,0 +1,82 @@
+#pragma once
+
+#include "platform/appkit/NSHostingController.h"
+#include "support/LogCapture.h"
+#include "support/TestEnvironment.h"
+#include "support/TestServer.h"
+
+#include <QAccessible>
+#include <QQuickItem>
+#include <QQuickWindow>
+
+#include <memory>
+
+namespace quillmate
+{
+
+/// A window that views are shown in, with a service behind it that offers no update.
+class ViewFixture : public QObject
+{
+public:
+    ViewFixture();
+    ~ViewFixture() override;
+
+    /// Signed out, no message, nothing stored; from here on a warning fails the test.
+    void reset();
+    /// Shows a view in the window, in place of the one before.
+    void show(HostedView view);
+    /// Makes an item of this text, which follows the module's import, and shows it likewise.
+    void showText(const QByteArray& qml);
+    /// Takes what is shown out of the window without letting go of it, and back.
+    void takeOut();
+    void putBack();
+    void close();
+
+    /// The visible item of that name; null when there is none.
+    [[nodiscard]] QQuickItem* item(const char* objectName) const;
+    /// The same, whether it is visible or not.
+    [[nodiscard]] QQuickItem* anyItem(const char* objectName) const;
+    /// What a screen reader finds in the window under that role and name; null when there is none.
+    [[nodiscard]] QAccessibleInterface* accessible(QAccessible::Role role, const QString& name);
+    /// Presses it as a screen reader does; false when it is not there or cannot be pressed.
+    [[nodiscard]] bool pressAccessible(QAccessible::Role role, const QString& name);
+    void click(QQuickItem* target);
+    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+
+    QQuickItem* shown() const { return m_shown; }
+    QQuickWindow& window() { return m_window; }
+    LogCapture& log() { return m_log; }
+    TestServer& server() { return m_server; }
+    /// Keys that the window got since the last call.
+    int takeKeys() { return std::exchange(m_keys, 0); }
+
+protected:
+    bool eventFilter(QObject* receiver, QEvent* event) override;
+
+private:
+    TestEnvironment m_environment;
+    TestServer m_server;
+    LogCapture m_log;
+    QQuickWindow m_window;
+    std::unique_ptr<NSHostingController> m_controller;
+    std::unique_ptr<QQuickItem> m_made;
+    QQuickItem* m_shown = nullptr;
+    int m_keys = 0;
+};
+
+/// Writes down the notifications of an environment's choice, and whether there was a token when each was posted.
+class ChoiceWitness
+{
+public:
+    ChoiceWitness();
+    [[nodiscard]] const QStringList& seen() const { return m_seen; }
+
+private:
+    void changed();
+    void loggedOut();
+
+    QStringList m_seen;
+    std::shared_ptr<ChoiceWitness> m_self;
+};
+
+} // namespace quillmate
