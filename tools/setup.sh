@@ -9,7 +9,7 @@ fail() {
 # What building and running takes.
 base_packages=(
     cmake g++ ninja-build pkg-config
-    qt6-base-dev qt6-declarative-dev qt6-declarative-dev-tools qt6-httpserver-dev qt6-websockets-dev qt6-svg-dev qt6-qpa-plugins
+    qt6-base-dev qt6-declarative-dev qt6-declarative-dev-tools qt6-svg-dev qt6-qpa-plugins
     qml6-module-qtquick qml6-module-qtquick-controls qml6-module-qtquick-layouts qml6-module-qtquick-templates
     qml6-module-qtquick-window qml6-module-qtqml qml6-module-qtqml-models qml6-module-qtqml-workerscript
     libsimdjson-dev nlohmann-json3-dev libsqlite3-dev libgmime-3.0-dev libssl-dev openssl xdg-utils
@@ -52,11 +52,12 @@ configure() {
 
 # build PRESET [TARGET…]
 build() {
-    local preset=$1 log="build/$1.build.log"
+    local preset=$1 log="build/$1.build.log" errors
     shift
     say "building build/$preset"
     cmake --build --preset "$preset" ${1:+--target "$@"} >"$log" 2>&1 || {
-        grep -E -A 5 'error|FAILED' "$log" | head -n 60 >&2
+        errors=$(grep -iE -A 5 'error|FAILED' "$log") || errors=$(tail -n 20 "$log")
+        printf '%s\n' "${errors:0:6000}" >&2
         fail "the build failed; the whole of it is in $log"
     }
 }

@@ -17,26 +17,9 @@ PlainButton {
         radius: control.height / 2
         color: control.hovered ? Qt.lighter(control.backgroundColor, 1.08) : control.backgroundColor
     }
-    contentItem: Item {
-        Row {
-            anchors.centerIn: parent
-            spacing: Theme.spacing
-
-            SvgImage {
-                anchors.verticalCenter: parent.verticalCenter
-                visible: control.iconName !== ""
-                name: control.iconName === "" ? "" : "symbols/" + control.iconName
-                tint: "white"
-                width: 16
-                height: 16
-            }
-            Text {
-                anchors.verticalCenter: parent.verticalCenter
-                text: control.title
-                textFormat: Text.PlainText
-                color: "white"
-                font.pixelSize: Theme.body
-            }
-        }
+    contentItem: IconLabel {
+        text: control.title
+        iconName: control.iconName
+        color: "white"
     }
 }

@@ -41,26 +41,11 @@ ColumnLayout {
             color: tab.checked ? Theme.raised : tab.hovered ? Theme.hover : "transparent"
             borderColor: tab.checked ? Theme.separator : "transparent"
         }
-        contentItem: Item {
-            Row {
-                anchors.centerIn: parent
-                spacing: 6
-
-                SvgImage {
-                    anchors.verticalCenter: parent.verticalCenter
-                    width: 16
-                    height: 16
-                    name: "symbols/" + tab.iconName
-                    tint: tab.checked ? Theme.accentText : Theme.secondary
-                }
-                Text {
-                    anchors.verticalCenter: parent.verticalCenter
-                    text: tab.text
-                    color: tab.checked ? Theme.primary : Theme.secondary
-                    font.pixelSize: Theme.body
-                    font.weight: tab.checked ? Font.DemiBold : Font.Normal
-                }
-            }
+        contentItem: IconLabel {
+            text: tab.text
+            iconName: tab.iconName
+            color: tab.checked ? Theme.primary : Theme.secondary
+            fontWeight: tab.checked ? Font.DemiBold : Font.Normal
         }
 
         FocusRing {

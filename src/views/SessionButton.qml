@@ -35,28 +35,9 @@ PlainButton {
             borderColor: control.borderColor
         }
     }
-    contentItem: Item {
-        implicitWidth: childrenRect.width
-        implicitHeight: childrenRect.height
-
-        Row {
-            anchors.centerIn: parent
-            spacing: Theme.spacing
-
-            SvgImage {
-                anchors.verticalCenter: parent.verticalCenter
-                width: 16
-                height: 16
-                name: "symbols/" + control.iconName
-                tint: control.foreground
-            }
-            Text {
-                anchors.verticalCenter: parent.verticalCenter
-                text: control.label
-                textFormat: Text.PlainText
-                color: control.foreground
-                font.pixelSize: Theme.body
-            }
-        }
+    contentItem: IconLabel {
+        text: control.label
+        iconName: control.iconName
+        color: control.foreground
     }
 }

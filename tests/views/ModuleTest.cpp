@@ -46,6 +46,7 @@ QVariantMap ModuleTest::requiredProperties(const QString& view)
         {"ScrollableText", {{"text", "A text"}}},
         {"SegmentedPicker", {{"options", DeveloperMenuState::environments()}, {"selection", "live"}}},
         {"SessionButton", button},
+        {"IconLabel", {{"text", "Text"}, {"iconName", "wand.and.stars"}, {"color", "black"}}},
         {"SessionModalView", state(m_tabs.modal())},
         {"SessionTabsView", state(&m_tabs)},
         {"SummaryResult", {{"summary", "A summary"}}},
