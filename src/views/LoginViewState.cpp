@@ -1,10 +1,9 @@
 #include "views/LoginViewState.h"
 
-#include "platform/appkit/NSHostingController.h"
 #include "platform/foundation/MainOwned.h"
 #include "platform/foundation/print.h"
+#include "views/HostedViewOf.h"
 #include "views/PanelHeight.h"
-#include "views/ViewsModule.h"
 
 #include <utility>
 
@@ -19,22 +18,7 @@ LoginViewState::LoginViewState(std::function<void()> onLoginButtonTap)
 
 HostedView LoginViewState::makeView(std::function<void()> onLoginButtonTap)
 {
-    registerViews();
-    const auto state = makeMainOwned<LoginViewState>(std::move(onLoginButtonTap));
-    const std::weak_ptr<LoginViewState> weak = state;
-    return {QUrl(QStringLiteral("qrc:/qt/qml/Quillmate/Views/LoginView.qml")),
-            {{QStringLiteral("viewState"), QVariant::fromValue(state.get())}},
-            state,
-            [weak] {
-                if (const auto alive = weak.lock()) {
-                    alive->appeared();
-                }
-            },
-            [weak] {
-                if (const auto alive = weak.lock()) {
-                    alive->disappeared();
-                }
-            }};
+    return hostedViewOf(QStringLiteral("LoginView"), makeMainOwned<LoginViewState>(std::move(onLoginButtonTap)));
 }
 
 void LoginViewState::appeared()

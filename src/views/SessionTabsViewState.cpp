@@ -1,12 +1,11 @@
 #include "views/SessionTabsViewState.h"
 
-#include "platform/appkit/NSHostingController.h"
 #include "platform/foundation/MainOwned.h"
 #include "service/HandleApiRequests.h"
 #include "state/APIManager.h"
 #include "state/AppVersion.h"
+#include "views/HostedViewOf.h"
 #include "views/PanelHeight.h"
-#include "views/ViewsModule.h"
 
 #include <utility>
 
@@ -24,22 +23,7 @@ SessionTabsViewState::SessionTabsViewState(std::shared_ptr<void> coordinator)
 
 HostedView SessionTabsViewState::makeView(std::shared_ptr<void> coordinator)
 {
-    registerViews();
-    const auto state = makeMainOwned<SessionTabsViewState>(std::move(coordinator));
-    const std::weak_ptr<SessionTabsViewState> weak = state;
-    return {QUrl(QStringLiteral("qrc:/qt/qml/Quillmate/Views/SessionTabsView.qml")),
-            {{QStringLiteral("viewState"), QVariant::fromValue(state.get())}},
-            state,
-            [weak] {
-                if (const auto alive = weak.lock()) {
-                    alive->appeared();
-                }
-            },
-            [weak] {
-                if (const auto alive = weak.lock()) {
-                    alive->disappeared();
-                }
-            }};
+    return hostedViewOf(QStringLiteral("SessionTabsView"), makeMainOwned<SessionTabsViewState>(std::move(coordinator)));
 }
 
 void SessionTabsViewState::appeared()
