@@ -83,6 +83,10 @@ void ComposeSessionViewController::showLoginView()
             controller->login();
         }
     }));
+    // What lies below stays, but the keyboard and a screen reader have no business there.
+    for (const auto& covered : view()->subviews()) {
+        covered->setHidden(true);
+    }
     view()->addSubview(host->view());
     host->view()->pinEdgesToSuperview();
     // Not a child controller, so nobody else would keep it.

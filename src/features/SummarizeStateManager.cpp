@@ -18,7 +18,8 @@ std::shared_ptr<SummarizeStateManager> SummarizeStateManager::make()
 }
 
 SummarizeStateManager::SummarizeStateManager()
-    : m_summarizeResponseKey(SettingsKeys::summarizeResponse(ReplyEmailManager::shared().messageId()))
+    : m_messageId(ReplyEmailManager::shared().messageId())
+    , m_summarizeResponseKey(SettingsKeys::summarizeResponse(m_messageId))
 {
     updateSection();
 }
@@ -67,7 +68,7 @@ void SummarizeStateManager::summarize()
     if (m_summarizeResponse || m_isSummarizeLoading) {
         return;
     }
-    requestSummary([weak = weak_from_this()](std::optional<SummarizedResponse> record) {
+    requestSummary(m_messageId, [weak = weak_from_this()](std::optional<SummarizedResponse> record) {
         DispatchQueue::main().async([weak, record = std::move(record)] {
             if (const auto manager = weak.lock()) {
                 manager->receiveAutomatic(record);
@@ -82,7 +83,7 @@ void SummarizeStateManager::receiveAutomatic(const std::optional<SummarizedRespo
     if (record) {
         setSummarizeResponse(record->response);
         UserDefaults& defaults = UserDefaults::standard();
-        defaults.setBoolean(SettingsKeys::summarizeFlag(ReplyEmailManager::shared().messageId()), true);
+        defaults.setBoolean(SettingsKeys::summarizeFlag(m_messageId), true);
         defaults.setString(m_summarizeResponseKey, record->response);
         loadStoredSummary();
     }
@@ -92,7 +93,7 @@ void SummarizeStateManager::receiveAutomatic(const std::optional<SummarizedRespo
 void SummarizeStateManager::summarizeFallback()
 {
     setSummarizeLoading(true);
-    requestSummary([self = shared_from_this()](std::optional<SummarizedResponse> record) {
+    requestSummary(m_messageId, [self = shared_from_this()](std::optional<SummarizedResponse> record) {
         DispatchQueue::main().async([self, record = std::move(record)] { self->receiveFallback(record); });
     });
 }

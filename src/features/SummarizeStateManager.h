@@ -28,6 +28,8 @@ public:
     [[nodiscard]] bool isSummarizeLoading() const { return m_isSummarizeLoading; }
     /// The summary shown, absent while none is known.
     [[nodiscard]] const std::optional<std::string>& summarizeResponse() const { return m_summarizeResponse; }
+    /// The message that this summary is about.
+    [[nodiscard]] const std::optional<std::string>& messageId() const { return m_messageId; }
     [[nodiscard]] const std::string& summarizeResponseKey() const { return m_summarizeResponseKey; }
     [[nodiscard]] Section section() const { return m_section; }
 
@@ -50,6 +52,7 @@ private:
     void receiveAutomatic(const std::optional<SummarizedResponse>& record);
     void receiveFallback(const std::optional<SummarizedResponse>& record);
 
+    const std::optional<std::string> m_messageId;
     const std::string m_summarizeResponseKey;
     bool m_isSummarizeLoading = false;
     std::optional<std::string> m_summarizeResponse;

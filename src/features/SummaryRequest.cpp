@@ -28,20 +28,27 @@ void recordResponse(const std::string& messageId, const std::optional<Summarized
     });
 }
 
+std::string contentOf(const std::optional<std::string>& messageId)
+{
+    // Content and id are taken in one look.
+    ReplyEmail current = ReplyEmailManager::shared().record();
+    if (current.messageId != messageId) {
+        return loadFallbackContent(messageId).value_or("");
+    }
+    return current.content ? std::move(*current.content) : SummarizeManager::shared().fallbackSummarizeContent.get();
+}
+
 } // namespace
 
-void requestSummary(std::function<void(std::optional<SummarizedResponse>)> completion)
+void requestSummary(const std::optional<std::string>& messageId,
+                    std::function<void(std::optional<SummarizedResponse>)> completion)
 {
     const auto accessToken = AuthManager::shared().accessToken.get();
-    // Content and id are taken in one look, so that the text of one message never goes under the id of another.
-    ReplyEmail message = ReplyEmailManager::shared().record();
-    const std::string messageId = message.messageId.value_or("");
-
+    const std::string sentId = messageId.value_or("");
     SummarizeRequestBody body;
-    body.content =
-        message.content ? std::move(*message.content) : SummarizeManager::shared().fallbackSummarizeContent.get();
+    body.content = contentOf(messageId);
     body.email = UserDetailsManager::shared().email();
-    UserDefaults::standard().setString(SettingsKeys::fallbackContent(message.messageId), body.content);
+    storeFallbackContent(messageId, body.content);
 
     const auto url = URL::parseAbsolute(currentApiURL() + "/summarize");
     if (!url) {
@@ -54,21 +61,21 @@ void requestSummary(std::function<void(std::optional<SummarizedResponse>)> compl
         return;
     }
     HandleApiRequests::sendSummarizeRequest(
-        *url, *accessToken, std::move(body), messageId,
-        [messageId, completion = std::move(completion)](std::optional<SummarizedResponse> record) {
-            recordResponse(messageId, record);
+        *url, *accessToken, std::move(body), sentId,
+        [sentId, completion = std::move(completion)](std::optional<SummarizedResponse> record) {
+            recordResponse(sentId, record);
             completion(std::move(record));
         });
 }
 
-void storeFallbackContent(const std::string& text)
+void storeFallbackContent(const std::optional<std::string>& messageId, const std::string& text)
 {
-    UserDefaults::standard().setString(SettingsKeys::fallbackContent(ReplyEmailManager::shared().messageId()), text);
+    UserDefaults::standard().setString(SettingsKeys::fallbackContent(messageId), text);
 }
 
-std::optional<std::string> loadFallbackContent()
+std::optional<std::string> loadFallbackContent(const std::optional<std::string>& messageId)
 {
-    return UserDefaults::standard().string(SettingsKeys::fallbackContent(ReplyEmailManager::shared().messageId()));
+    return UserDefaults::standard().string(SettingsKeys::fallbackContent(messageId));
 }
 
 } // namespace quillmate

@@ -9,15 +9,18 @@
 namespace quillmate
 {
 
-/// Sends one summary request for the message being replied to, or for the pasted text when its content is unknown. The
-/// completion runs at most once, on any thread; never when the refresh of the user's details that goes before the
-/// request fails. What was received stands in `SummarizeManager.responses` by then. Main thread.
-void requestSummary(std::function<void(std::optional<SummarizedResponse>)> completion);
+/// Sends one summary request for a message: for its content as long as it is the one being replied to and its content
+/// is known, else for the text kept for it. The id is the one that the asking panel was made for; another message may
+/// be the current one by now, and neither's text goes under the other's id. The completion runs at most once, on any
+/// thread; never when the refresh of the user's details that goes before the request fails. What was received stands in
+/// `SummarizeManager.responses` by then. Main thread.
+void requestSummary(const std::optional<std::string>& messageId,
+                    std::function<void(std::optional<SummarizedResponse>)> completion);
 
-/// Keeps the text for the message being replied to, in the settings store.
-void storeFallbackContent(const std::string& text);
+/// Keeps the text for the message, in the settings store.
+void storeFallbackContent(const std::optional<std::string>& messageId, const std::string& text);
 
-/// The text kept for the message being replied to.
-[[nodiscard]] std::optional<std::string> loadFallbackContent();
+/// The text kept for the message.
+[[nodiscard]] std::optional<std::string> loadFallbackContent(const std::optional<std::string>& messageId);
 
 } // namespace quillmate

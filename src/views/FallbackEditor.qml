@@ -11,7 +11,27 @@ ColumnLayout {
 
     spacing: Theme.spacing
 
+    // Setting the text is no edit. The control also writes some characters otherwise than it got them (it knows no
+    // non-breaking space), and what is kept must not change for having been looked at.
+    property bool loading: false
+
+    function load() {
+        if (input.text !== viewState.textareaInput) {
+            loading = true;
+            input.text = viewState.textareaInput;
+            loading = false;
+        }
+    }
+
     Component.onCompleted: viewState.fallbackEditorAppeared()
+
+    Connections {
+        target: editor.viewState
+
+        function onTextareaInputChanged() {
+            editor.load();
+        }
+    }
 
     Text {
         Layout.fillWidth: true
@@ -51,7 +71,6 @@ ColumnLayout {
                 id: input
 
                 objectName: "fallbackInput"
-                text: editor.viewState.textareaInput
                 placeholderText: editor.viewState.textareaHint
                 placeholderTextColor: Theme.secondary
                 textFormat: TextEdit.PlainText
@@ -65,7 +84,7 @@ ColumnLayout {
                 Accessible.name: "Email content"
                 KeyNavigation.priority: KeyNavigation.BeforeItem
                 KeyNavigation.tab: summarizeButton
-                onTextChanged: editor.viewState.textareaInput = text
+                onTextChanged: if (!editor.loading) editor.viewState.textareaInput = text
             }
         }
     }

@@ -13,8 +13,8 @@
 namespace quillmate
 {
 
-/// A view of this module with its state: the state goes into the property "viewState", and is told as the view appears and
-/// disappears.
+/// A view of this module with its state: the state goes into the property "viewState", and is told as the view appears
+/// and disappears.
 template<typename State>
 HostedView hostedViewOf(const QString& name, std::shared_ptr<State> state)
 {

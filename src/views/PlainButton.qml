@@ -16,8 +16,14 @@ T.AbstractButton {
     Accessible.name: text
     Accessible.onPressAction: if (enabled) clicked()
 
-    Keys.onReturnPressed: clicked()
-    Keys.onEnterPressed: clicked()
+    Keys.onReturnPressed: event => {
+        if (!event.isAutoRepeat)
+            clicked();
+    }
+    Keys.onEnterPressed: event => {
+        if (!event.isAutoRepeat)
+            clicked();
+    }
 
     HoverHandler {
         cursorShape: Qt.PointingHandCursor

@@ -14,6 +14,10 @@ Item {
     // The user has chosen.
     signal chosen(string key)
 
+    function focusSegment(index: int) {
+        segments.itemAt(Math.max(0, Math.min(segments.count - 1, index))).forceActiveFocus(Qt.TabFocusReason);
+    }
+
     implicitWidth: row.implicitWidth + 4
     implicitHeight: Theme.controlHeight
     Accessible.role: Accessible.Grouping
@@ -31,11 +35,14 @@ Item {
         height: parent.height - 4
 
         Repeater {
+            id: segments
+
             model: picker.options
 
             T.RadioButton {
                 id: segment
 
+                required property int index
                 required property var modelData
 
                 text: modelData.name
@@ -50,8 +57,8 @@ Item {
 
                 Keys.onReturnPressed: clicked()
                 Keys.onEnterPressed: clicked()
-                Keys.onLeftPressed: nextItemInFocusChain(false).forceActiveFocus(Qt.BacktabFocusReason)
-                Keys.onRightPressed: nextItemInFocusChain(true).forceActiveFocus(Qt.TabFocusReason)
+                Keys.onLeftPressed: picker.focusSegment(index - 1)
+                Keys.onRightPressed: picker.focusSegment(index + 1)
 
                 background: ContinuousRectangle {
                     radius: 6

@@ -26,8 +26,8 @@ SessionModalViewState::SessionModalViewState(std::shared_ptr<ButtonStateManager>
     , m_summarizeStateManager(std::move(summarizeStateManager))
     , m_developerMenu(developerMenu)
     , m_hasSummarySection(ReplyEmailManager::shared().hasSubject())
-    , m_textareaInput(QString::fromStdString(SummarizeManager::shared().fallbackSummarizeContent.get()))
 {
+    take(SummarizeManager::shared().fallbackSummarizeContent.get());
     connect(m_summarizeStateManager.get(), &SummarizeStateManager::sectionChanged, this,
             &SessionModalViewState::summaryChanged);
     connect(m_summarizeStateManager.get(), &SummarizeStateManager::summarizeResponseChanged, this,
@@ -63,7 +63,7 @@ void SessionModalViewState::setTextareaInput(const QString& text)
     m_hiddenBytes = 0;
     const std::string content = text.toStdString();
     SummarizeManager::shared().fallbackSummarizeContent.set(content);
-    storeFallbackContent(content);
+    storeFallbackContent(m_summarizeStateManager->messageId(), content);
     Q_EMIT textareaInputChanged();
 }
 
@@ -77,12 +77,17 @@ void SessionModalViewState::summarySectionAppeared()
 
 void SessionModalViewState::fallbackEditorAppeared()
 {
-    const std::string content = loadFallbackContent().value_or("");
+    const std::string content = loadFallbackContent(m_summarizeStateManager->messageId()).value_or("");
     SummarizeManager::shared().fallbackSummarizeContent.set(content);
+    take(content);
+    Q_EMIT textareaInputChanged();
+}
+
+void SessionModalViewState::take(const std::string& content)
+{
     // A longer one stays what is sent until the user types something in its place.
     m_hiddenBytes = content.size() > longestShown ? content.size() : 0;
     m_textareaInput = m_hiddenBytes > 0 ? QString() : QString::fromStdString(content);
-    Q_EMIT textareaInputChanged();
 }
 
 QString SessionModalViewState::textareaHint() const

@@ -59,6 +59,9 @@ Q_SIGNALS:
     void textareaInputChanged();
 
 private:
+    /// What the editor is to show of a kept text.
+    void take(const std::string& content);
+
     std::shared_ptr<ButtonStateManager> m_buttonStateManager;
     std::shared_ptr<SummarizeStateManager> m_summarizeStateManager;
     DeveloperMenuState& m_developerMenu;

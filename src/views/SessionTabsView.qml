@@ -16,8 +16,8 @@ Item {
     SessionModalView {
         objectName: "sessionModalView"
         anchors.centerIn: parent
-        width: Math.max(Theme.panelMinimumWidth, Math.min(Theme.panelMaximumWidth, root.width)) - 2 * Theme.padding
-        height: Math.max(root.viewState.customHeight, Math.min(Theme.panelMaximumHeight, root.height)) - 2 * Theme.padding
+        width: Math.max(Theme.panelMinimumWidth, Math.min(Theme.panelMaximumWidth, root.width))
+        height: Math.max(root.viewState.customHeight, Math.min(Theme.panelMaximumHeight, root.height))
         viewState: root.viewState.modal
     }
 }

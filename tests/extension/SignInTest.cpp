@@ -240,8 +240,8 @@ void SignInTest::closedPanelStopsPolling()
     }
     QTRY_COMPARE(ManualTime::pendingDelays().size(), std::size_t(2));
     m_fixture.close();
-    // The poll that waits keeps the panel; it is sent, and its reply finds nobody. Should the reply come in the very instant
-    // in which the step that sent it ends, there is one poll more.
+    // The poll that waits keeps the panel; it is sent, and its reply finds nobody. Should the reply come in the very
+    // instant in which the step that sent it ends, there is one poll more.
     QVERIFY(!panel.expired());
     qsizetype polls = 1;
     while (!panel.expired() && polls < 4) {

@@ -21,10 +21,14 @@ void LinkPanels::show(const std::string& session, std::shared_ptr<MEExtensionVie
     if (compose) {
         window->placeBeside(*compose);
     }
-    connect(window.get(), &PanelWindow::closedByUser, this, [this, session] {
-        // The window is in the middle of its own event.
-        DispatchQueue::main().async([self = QPointer<LinkPanels>(this), session] {
-            if (self) {
+    connect(window.get(), &PanelWindow::closedByUser, this, [this, session, closed = window.get()] {
+        // The window is in the middle of its own event. By the time that is over, another may stand in its place.
+        DispatchQueue::main().async([self = QPointer<LinkPanels>(this), session, closed] {
+            if (!self) {
+                return;
+            }
+            const auto shown = self->m_windows.find(session);
+            if (shown != self->m_windows.end() && shown->second.get() == closed) {
                 self->close(session);
                 if (self->m_windows.empty()) {
                     Q_EMIT self->lastClosedByUser();

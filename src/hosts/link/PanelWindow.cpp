@@ -40,7 +40,14 @@ PanelWindow::PanelWindow(std::shared_ptr<MEExtensionViewController> controller)
 {
     setTitle(QStringLiteral("Quillmate"));
     QQuickItem* panel = m_controller->view()->item();
-    setMinimumSize({static_cast<int>(panel->implicitWidth()), static_cast<int>(panel->implicitHeight())});
+    // The panel may ask for more once a message is known.
+    const auto bound = [this, panel] {
+        setMinimumSize({static_cast<int>(panel->implicitWidth()), static_cast<int>(panel->implicitHeight())});
+        resize(size().expandedTo(minimumSize()));
+    };
+    connect(panel, &QQuickItem::implicitWidthChanged, this, bound);
+    connect(panel, &QQuickItem::implicitHeightChanged, this, bound);
+    bound();
     resize(std::max(minimumWidth(), preferredWidth), std::max(minimumHeight(), 600));
     panel->setParentItem(contentItem());
     fit();
@@ -62,8 +69,10 @@ void PanelWindow::placeBeside(const WindowFrame& compose)
 {
     const QRect frame(qRound(compose.left), qRound(compose.top), qRound(compose.width), qRound(compose.height));
     const QScreen* composeScreen = QGuiApplication::screenAt(frame.center());
-    const QRect available = (composeScreen ? composeScreen : QGuiApplication::primaryScreen())->availableGeometry();
-    setGeometry(panelGeometry(frame, minimumSize(), available));
+    const QScreen* shownOn = composeScreen ? composeScreen : QGuiApplication::primaryScreen();
+    if (shownOn) { // There is none while the last one is being plugged in again.
+        setGeometry(panelGeometry(frame, minimumSize(), shownOn->availableGeometry()));
+    }
 }
 
 void PanelWindow::fit()

@@ -59,6 +59,11 @@ void NSView::removeFromSuperview()
     }
 }
 
+void NSView::setHidden(bool hidden)
+{
+    m_item->setVisible(!hidden);
+}
+
 void NSView::pinEdgesToSuperview()
 {
     QQuickItem* parent = m_item->parentItem();

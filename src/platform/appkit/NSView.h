@@ -3,8 +3,6 @@
 #include <memory>
 #include <vector>
 
-#include <QPointer>
-
 class QQuickItem;
 
 namespace quillmate
@@ -29,6 +27,9 @@ public:
     void addSubview(const std::shared_ptr<NSView>& view);
     void removeFromSuperview();
     [[nodiscard]] const std::vector<std::shared_ptr<NSView>>& subviews() const { return m_subviews; }
+
+    /// A hidden view stays where it is; nothing of it is seen or can be reached.
+    void setHidden(bool hidden);
 
     /// Keeps the four edges equal to those of the view it was added to.
     void pinEdgesToSuperview();

@@ -13,6 +13,8 @@ namespace
 
 // The platform's own limit; a deeper text is an attack or an accident.
 constexpr std::size_t deepestNesting = 512;
+// A value takes some 50 bytes where its text may take two; far more than any message or reply has.
+constexpr std::size_t mostValues = 1'000'000;
 
 /// Builds the values from the parser's events. The parser itself keeps no stack of calls, so depth costs it nothing.
 class Builder final : public nlohmann::json_sax<nlohmann::json>
@@ -46,6 +48,10 @@ public:
 private:
     bool add(JSONValue value)
     {
+        if (++m_count > mostValues) {
+            m_error = "the text holds more than " + std::to_string(mostValues) + " values";
+            return false;
+        }
         if (m_open.empty()) {
             m_root = std::move(value);
         } else if (auto* object = std::get_if<JSONObject>(&m_open.back().content())) {
@@ -73,6 +79,7 @@ private:
         return add(std::move(closed));
     }
 
+    std::size_t m_count = 0;
     JSONValue m_root;
     std::vector<JSONValue> m_open;
     std::vector<std::string> m_keys; // One per open container; used by objects.

@@ -2,10 +2,10 @@
 
 #include "platform/foundation/Result.h"
 
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -19,7 +19,8 @@ class JSONValue;
 using JSONObject = std::vector<std::pair<std::string, JSONValue>>;
 using JSONArray = std::vector<JSONValue>;
 
-/// A number as it was written, so that it keeps its value whatever its size.
+/// A number as it was written, so that it keeps its value as long as it is within the range of a double (RFC 8259,
+/// section 6).
 struct JSONNumber {
     std::string text;
     bool operator==(const JSONNumber&) const = default;
@@ -89,7 +90,8 @@ class JSONSerialization
 public:
     enum class Fragments { Refused, Allowed };
 
-    /// Reads the whole text. Bytes that are not UTF-8, nesting past 512 levels and, where fragments are refused, a bare
+    /// Reads the whole text. Bytes that are not UTF-8, nesting past 512 levels, more than a
+    /// million values and, where fragments are refused, a bare
     /// scalar at the top are failures.
     static Result<JSONValue, JSONError> jsonObject(std::string_view bytes, Fragments fragments);
 };

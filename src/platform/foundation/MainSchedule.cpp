@@ -183,6 +183,7 @@ void MainSchedule::clear()
     const std::lock_guard lock(m_mutex);
     posted.swap(m_posted);
     delayed.swap(m_delayed);
+    m_wakePending = false; // A wake that was on its way may go with the application object.
 }
 
 } // namespace quillmate

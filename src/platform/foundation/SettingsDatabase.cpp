@@ -77,6 +77,28 @@ int openConnection(const std::string& name, int flags, sqlite3** connection)
     return code;
 }
 
+/// For a file: URI.
+std::string percentEncodedPath(const std::filesystem::path& file)
+{
+    std::string encoded;
+    for (const char c : file.string()) {
+        switch (c) {
+        case '%':
+            encoded += "%25";
+            break;
+        case '?':
+            encoded += "%3f";
+            break;
+        case '#':
+            encoded += "%23";
+            break;
+        default:
+            encoded += c;
+        }
+    }
+    return encoded;
+}
+
 int execute(sqlite3* connection, const char* text)
 {
     return sqlite3_exec(connection, text, nullptr, nullptr, nullptr);
@@ -90,11 +112,13 @@ Result<std::unique_ptr<SettingsDatabase>, SettingsError> SettingsDatabase::open(
     std::unique_ptr<SettingsDatabase> database(new SettingsDatabase);
     // The log files that SQLite makes beside it take over the file's mode.
     if (makePrivateFolder(file.parent_path())) {
-        if (const int descriptor = ::open(file.c_str(), O_CREAT | O_RDWR | O_CLOEXEC, S_IRUSR | S_IWUSR);
-            descriptor >= 0) {
-            ::fchmod(descriptor, S_IRUSR | S_IWUSR);
-            ::close(descriptor);
+        // Only a file of our own making is opened here: closing a descriptor drops the locks that this process has on
+        // it.
+        if (const int made = ::open(file.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, S_IRUSR | S_IWUSR);
+            made >= 0) {
+            ::close(made);
         }
+        ::chmod(file.c_str(), S_IRUSR | S_IWUSR);
     }
     int code = openConnection(file.string(), SQLITE_OPEN_READWRITE, &database->m_connection);
     // The checkpoints belong to a thread of their own.
@@ -106,12 +130,16 @@ Result<std::unique_ptr<SettingsDatabase>, SettingsError> SettingsDatabase::open(
         return Opened(std::move(database));
     }
     SettingsError error = errorOf(database->m_connection, code);
-    if (error.kind == SettingsError::Kind::Unavailable && std::filesystem::exists(file)) {
+    // One that is only busy will be free again.
+    if (error.kind == SettingsError::Kind::Unavailable && (code & 0xFF) != SQLITE_BUSY &&
+        std::filesystem::exists(file)) {
         // No log can be made beside the file: what it holds can still be read, as it is.
         sqlite3_close(std::exchange(database->m_connection, nullptr));
         const int flags = SQLITE_OPEN_READONLY | SQLITE_OPEN_URI;
-        if (openConnection("file:" + file.string() + "?immutable=1", flags, &database->m_connection) == SQLITE_OK &&
+        if (openConnection("file:" + percentEncodedPath(file) + "?immutable=1", flags, &database->m_connection) ==
+                SQLITE_OK &&
             execute(database->m_connection, "SELECT 1 FROM settings LIMIT 1") == SQLITE_OK) {
+            database->m_readOnly = true;
             return Opened(std::move(database));
         }
     }

@@ -50,6 +50,8 @@ public:
     SettingsDatabase(const SettingsDatabase&) = delete;
     SettingsDatabase& operator=(const SettingsDatabase&) = delete;
 
+    /// Whether the file was opened for reading because it could not be opened otherwise.
+    [[nodiscard]] bool isReadOnly() const { return m_readOnly; }
     [[nodiscard]] Result<std::optional<SettingsValue>, SettingsError> read(const std::string& key);
     [[nodiscard]] Result<std::map<std::string, SettingsValue>, SettingsError> readAll();
     [[nodiscard]] Failure write(const std::string& key, const SettingsValue& value);
@@ -68,6 +70,7 @@ private:
     [[nodiscard]] SettingsError lastError() const;
 
     sqlite3* m_connection = nullptr;
+    bool m_readOnly = false;
     sqlite3_stmt* m_select = nullptr;
     sqlite3_stmt* m_upsert = nullptr;
     sqlite3_stmt* m_delete = nullptr;

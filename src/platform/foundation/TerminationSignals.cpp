@@ -18,8 +18,16 @@ namespace
 // A signal handler may do little more than write to a descriptor.
 std::atomic<int> writeEnd = -1;
 
+constexpr unsigned secondsToEnd = 5;
+
+void overdue(int)
+{
+    ::_exit(0);
+}
+
 void signalled(int)
 {
+    ::alarm(secondsToEnd);
     const int saved = errno;
     const char byte = 1;
     [[maybe_unused]] const auto written = ::write(writeEnd.load(), &byte, 1);
@@ -49,10 +57,12 @@ TerminationSignals::TerminationSignals(QObject* parent)
     for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
         ::sigaction(number, &action, nullptr);
     }
+    std::signal(SIGALRM, overdue);
 }
 
 TerminationSignals::~TerminationSignals()
 {
+    ::alarm(0);
     for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
         std::signal(number, SIG_DFL);
     }

@@ -176,6 +176,9 @@ std::optional<SettingsValue> UserDefaults::value(const std::string& key)
 void UserDefaults::store(const std::string& key, std::optional<SettingsValue> value)
 {
     const std::lock_guard lock(m_mutex);
+    if (m_database && m_database->isReadOnly()) {
+        m_database.reset(); // Perhaps it can be written by now.
+    }
     const bool stored = withDatabase(
         [&](SettingsDatabase& database) { return value ? database.write(key, *value) : database.remove(key); });
     if (!stored) {

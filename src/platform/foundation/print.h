@@ -10,7 +10,8 @@ namespace quillmate
 
 /// Writes the items, joined by one blank and ended by one newline, as one line on standard output. Any thread: the
 /// lines of two threads never mix. The bytes of an item are handed to the system without a copy, so a text of many
-/// megabytes costs no memory here. A closed or full output loses the line and nothing else.
+/// megabytes costs no memory here. A closed output loses the line
+/// and nothing else; one that is full makes the caller wait.
 void printLine(std::span<const std::string_view> items);
 
 template<typename... Items>
