@@ -85,10 +85,9 @@ void SessionTabsViewTest::sizes()
     m_fixture.shown()->setSize(window);
     const auto* body = m_fixture.item("sessionModalView");
     QVERIFY(body);
-    // The body keeps 16 points from each edge of the panel.
     QCOMPARE(body->size().toSize(), panel);
     QCOMPARE(body->mapToItem(m_fixture.shown(), {0, 0}),
-             QPointF((window.width() - panel.width()) / 2.0 + 16, (window.height() - panel.height()) / 2.0 + 16));
+             QPointF((window.width() - panel.width()) / 2.0, (window.height() - panel.height()) / 2.0));
     QCOMPARE(m_fixture.shown()->implicitWidth(), 400.0);
     QCOMPARE(m_fixture.shown()->implicitHeight(), message ? 550.0 : 400.0);
 }

@@ -128,7 +128,7 @@ void LinkThread::answerError(const LinkError& error)
 
 void LinkThread::onMainThread(std::function<void()> work)
 {
-    const auto done = std::make_shared<std::promise<void>>();
+    auto done = std::make_shared<std::promise<void>>(); // Owned by the work alone, so that it ends with it.
     std::future<void> finished = done->get_future();
     {
         const std::lock_guard lock(m_stopMutex);

@@ -1,6 +1,7 @@
 #include "hosts/preview/DisplayChoice.h"
 
 #include <QByteArray>
+#include <QString>
 #include <QtGlobal>
 #include <cstdio>
 #include <unistd.h>
@@ -21,14 +22,21 @@ bool isSet(const char* variable)
 void tellAndEnd(QtMsgType type, const QMessageLogContext& context, const QString& text)
 {
     if (type == QtFatalMsg) {
-        std::fputs(
-            "quillmate: the display cannot be opened: check DISPLAY or WAYLAND_DISPLAY, or use --screenshot FILE, "
-            "which needs no display.\n",
-            stderr);
+        const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
+        if (platform.isEmpty()) {
+            std::fputs("quillmate: the display cannot be opened: check DISPLAY or WAYLAND_DISPLAY, or use "
+                       "--screenshot FILE, which needs no display.\n",
+                       stderr);
+        } else {
+            std::fprintf(stderr,
+                         "quillmate: no window can be opened with QT_QPA_PLATFORM=\"%s\": unset QT_QPA_PLATFORM, or "
+                         "name a platform in it that is there.\n",
+                         platform.constData());
+        }
         ::_exit(misused);
     }
-    // The warnings that lead up to it would only repeat it.
-    if (type != QtWarningMsg && otherHandler != nullptr) {
+    // What leads up to it would only repeat it; details are there only when asked for.
+    if (type == QtDebugMsg && otherHandler != nullptr) {
         otherHandler(type, context, text);
     }
 }
@@ -46,8 +54,7 @@ std::string chooseDisplay(bool pictureOnly)
     }
     if (!isSet("DISPLAY") && !isSet("WAYLAND_DISPLAY")) {
         return "there is no display (DISPLAY and WAYLAND_DISPLAY are not set): start quillmate within a desktop "
-               "session, or "
-               "use --screenshot FILE, which needs no display.";
+               "session, or use --screenshot FILE, which needs no display.";
     }
     return {};
 }

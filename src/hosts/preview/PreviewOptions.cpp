@@ -1,5 +1,6 @@
 #include "hosts/preview/PreviewOptions.h"
 
+#include <algorithm>
 #include <charconv>
 
 namespace quillmate
@@ -50,13 +51,22 @@ bool takesValue(std::string_view name)
     return name == "--service" || name == "--reply" || name == "--screenshot";
 }
 
+/// Whether the next word is this option's value; one that looks like an option is taken for a forgotten value.
+bool isValue(std::string_view word)
+{
+    return !word.starts_with("--");
+}
+
 std::string contradiction(const PreviewOptions& options)
 {
     if (options.reply && options.newMessage) {
         return "--reply and --new cannot both open the compose window: give one of them.";
     }
     if (options.reply && options.messages.empty()) {
-        return "--reply needs a message to reply to: name an .eml file, an mbox or a Maildir.";
+        return replyRefusal(*options.reply, 0);
+    }
+    if (std::find(options.messages.begin(), options.messages.end(), "") != options.messages.end()) {
+        return "the name of a message is empty: name an .eml file, an mbox or a Maildir.";
     }
     return {};
 }
@@ -84,7 +94,7 @@ Parsing PreviewOptions::parse(std::span<const std::string_view> arguments)
             options.newMessage = true;
         } else if (takesValue(name)) {
             const bool hasValue = equals != std::string_view::npos;
-            if (!hasValue && i + 1 == arguments.size()) {
+            if (!hasValue && (i + 1 == arguments.size() || !isValue(arguments[i + 1]))) {
                 return Parsing::failure(std::string(name) + " needs a value behind it; --help shows how.");
             }
             const std::string_view value = hasValue ? argument.substr(equals + 1) : arguments[++i];
@@ -101,6 +111,20 @@ Parsing PreviewOptions::parse(std::span<const std::string_view> arguments)
     return options;
 }
 
+std::string replyRefusal(int reply, std::size_t count)
+{
+    if (count == 0) {
+        return "--reply needs a message to reply to: name an .eml file, an mbox or a Maildir.";
+    }
+    if (static_cast<std::size_t>(reply) <= count) {
+        return {};
+    }
+    const std::string asked = "--reply " + std::to_string(reply) + " asks for more than the ";
+    return count == 1 ? asked + "one message there is: give 1."
+                      : asked + std::to_string(count) + " messages there are: give a number from 1 to " +
+                            std::to_string(count) + ".";
+}
+
 std::string_view previewHelp()
 {
     return R"(Usage: quillmate [OPTIONS] [MESSAGE...]
@@ -114,11 +138,19 @@ standard input. With exactly one message, the reply to it opens at once.
 Options:
   --reply N             open the reply to the N-th message at once
   --new                 open a new message at once
-  --service local       start an assistant service on this machine (default)
+  --service local       start an assistant service on this machine and use no
+                        other, whatever QUILLMATE_CONNECT_TO says
   --service remote      use the assistant service that this build was made for
   --screenshot FILE     write the window as a PNG file and end; needs no display
   --help                show this help
   --version             show the version
+
+Without --service an assistant service is started on this machine for the
+service hosts that QUILLMATE_CONNECT_TO does not name.
+
+Environment:
+  QUILLMATE_CONNECT_TO  HOST=ADDRESS:PORT[,...]: connect there in HOST's place
+  QUILLMATE_CA_FILE     a PEM file with further roots to trust
 )";
 }
 

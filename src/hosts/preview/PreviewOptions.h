@@ -2,6 +2,7 @@
 
 #include "platform/foundation/Result.h"
 
+#include <cstddef>
 #include <optional>
 #include <span>
 #include <string>
@@ -17,7 +18,8 @@ struct PreviewOptions {
     enum class Service { Local, Remote };
 
     Task task = Task::Run;
-    Service service = Service::Local;
+    /// Unset when the command line leaves it to the surroundings.
+    std::optional<Service> service = std::nullopt;
     std::optional<int> reply = std::nullopt; ///< number of the message to reply to at once, from 1
     bool newMessage = false;
     std::optional<std::string> screenshotFile = std::nullopt;
@@ -28,6 +30,9 @@ struct PreviewOptions {
 
     bool operator==(const PreviewOptions&) const = default;
 };
+
+/// What is wrong with asking for the reply to that message among `count`, one sentence; empty when nothing is.
+[[nodiscard]] std::string replyRefusal(int reply, std::size_t count);
 
 /// What --help prints.
 [[nodiscard]] std::string_view previewHelp();

@@ -106,6 +106,9 @@ void PreviewProgram::start()
 
 void PreviewProgram::startService()
 {
+    if (m_options.service == PreviewOptions::Service::Local) {
+        m_environment = withoutServiceRoutes(std::move(m_environment)); // The command line stands above it.
+    }
     if (m_options.service == PreviewOptions::Service::Remote || routesAllServiceHosts(m_environment)) {
         URLSession::configure(m_environment);
         m_sessions.allow();
@@ -138,10 +141,9 @@ void PreviewProgram::takeEntries(const MessageEntries& entries)
         return;
     }
     const std::size_t count = entries.value().size();
-    if (m_options.reply && static_cast<std::size_t>(*m_options.reply) > count) {
-        end(misused, QStringLiteral("--reply %1 asks for more than the %2 messages there are: give a smaller number.")
-                         .arg(*m_options.reply)
-                         .arg(count));
+    const std::string refusal = m_options.reply ? replyRefusal(*m_options.reply, count) : std::string();
+    if (!refusal.empty()) {
+        end(misused, QString::fromStdString(refusal));
         return;
     }
     if (count == 1 && !m_options.reply && !m_options.newMessage) {

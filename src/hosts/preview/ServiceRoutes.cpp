@@ -30,6 +30,14 @@ bool routesAllServiceHosts(const NetworkEnvironment& environment)
     });
 }
 
+NetworkEnvironment withoutServiceRoutes(NetworkEnvironment environment)
+{
+    for (const ServiceEnvironment& service : serviceEnvironments()) {
+        environment.connectTo.erase(hostOf(service));
+    }
+    return environment;
+}
+
 NetworkEnvironment withServiceAt(NetworkEnvironment environment, const SocketEndpoint& endpoint,
                                  const std::string& rootCertificateFile)
 {

@@ -37,10 +37,6 @@ int main(int argc, char** argv)
         std::puts("quillmate " QUILLMATE_VERSION);
         return 0;
     }
-    const auto environment = NetworkEnvironment::fromProcessEnvironment();
-    if (!environment) {
-        return complain(environment.error());
-    }
     if (const std::string problem = chooseDisplay(options.value().screenshotFile.has_value()); !problem.empty()) {
         return complain(problem);
     }
@@ -50,6 +46,11 @@ int main(int argc, char** argv)
     int noArguments = 1; // Ours are read; Qt's own are given in its environment variables.
     QGuiApplication application(noArguments, argv);
     endDisplayWatch();
+    // Not before: reading certificates wants an application object.
+    const auto environment = NetworkEnvironment::fromProcessEnvironment();
+    if (!environment) {
+        return complain(environment.error());
+    }
     QGuiApplication::setApplicationName(QStringLiteral("quillmate"));
     QGuiApplication::setApplicationVersion(QStringLiteral(QUILLMATE_VERSION));
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Quillmate"));

@@ -116,6 +116,14 @@ private Q_SLOTS:
             << "xy";
         QTest::newRow("hidden, never closed") << "x<style>y"
                                               << "x";
+        QTest::newRow("head never closed") << "<html><head><meta><title>t</title><style>p{}</style><body><p>x</p>"
+                                           << "x";
+        QTest::newRow("neither head closed nor body opened") << "<HEAD><title>t</title><p>x"
+                                                             << "x";
+        QTest::newRow("title never closed") << "<head><title>t</head><BODY>x<title>y</body>z"
+                                            << "x";
+        QTest::newRow("hidden by style, never closed") << "<p style=\"display:none\">x<p>y"
+                                                       << "x\n\ny";
         QTest::newRow("references") << "a &amp; b &lt;c&gt; &#233;&#xe9; &euro; &rdquo;"
                                     << "a & b <c> éé € ”";
         QTest::newRow("no-break space") << "7&nbsp;km"

@@ -6,7 +6,6 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
-#include <sys/stat.h>
 
 using namespace quillmate;
 
@@ -179,36 +178,6 @@ private Q_SLOTS:
         const MessageEntries entries = listMessages(path);
         QVERIFY(!entries);
         QVERIFY(entries.error().text.starts_with(broken));
-    }
-
-    void pipe()
-    {
-        const QByteArray path = m_folder.filePath("pipe").toLocal8Bit();
-        QCOMPARE(::mkfifo(path.constData(), 0600), 0);
-        const QScopedPointer<QThread> writer(QThread::create([path] {
-            QFile file(QString::fromLocal8Bit(path));
-            if (file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
-                file.write(small);
-            }
-        }));
-        writer->start();
-        const MessageEntries entries = listMessages(path.toStdString());
-        writer->wait();
-        QVERIFY(entries.hasValue());
-        QCOMPARE(loaded(entries.value().front()), small);
-    }
-
-    void silentPipeCanBeStopped()
-    {
-        const QByteArray path = m_folder.filePath("silent").toLocal8Bit();
-        QCOMPARE(::mkfifo(path.constData(), 0600), 0);
-        QFile holder(QString::fromLocal8Bit(path)); // Keeps a writer there, so that no end of input comes.
-        QVERIFY(holder.open(QIODevice::ReadWrite | QIODevice::Unbuffered));
-        std::stop_source stop;
-        stop.request_stop();
-        const MessageEntries entries = listMessages(path.toStdString(), stop.get_token());
-        QVERIFY(!entries);
-        QCOMPARE(entries.error().kind, MailFailure::Kind::Stopped);
     }
 
     void largeMessage()

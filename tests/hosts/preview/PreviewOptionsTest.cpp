@@ -34,7 +34,8 @@ private Q_SLOTS:
             {"", {}},
             {"a.eml -", {.messages = {"a.eml", "-"}}},
             {"--service remote a.eml", {.service = Service::Remote, .messages = {"a.eml"}}},
-            {"--service=local", {}},
+            {"--service=local", {.service = Service::Local}},
+            {"--screenshot=--x.png", {.screenshotFile = "--x.png"}},
             {"--reply 2 box", {.reply = 2, .messages = {"box"}}},
             {"box --reply=12", {.reply = 12, .messages = {"box"}}},
             {"--new", {.newMessage = true}},
@@ -65,6 +66,12 @@ private Q_SLOTS:
         row("--service", "--service");
         row("--screenshot", "--screenshot");
         row("--screenshot=", "--screenshot");
+        row("--screenshot --new", "--screenshot needs a value");
+        row("--service --new", "--service needs a value");
+        row("--reply", "--reply needs a value");
+        row("--reply --new", "--reply needs a value");
+        row("--reply= a.eml", "\"\"");
+        row("a.eml  b.eml", "empty");
         row("--reply x a.eml", "\"x\"");
         row("--reply 0 a.eml", "\"0\"");
         row("--reply 2x a.eml", "\"2x\"");
@@ -116,6 +123,10 @@ private Q_SLOTS:
         QVERIFY(!routesAllServiceHosts(environment));
         QVERIFY(mixed.connectTo.at(host) == (SocketEndpoint{"192.0.2.1", 443}));
         QCOMPARE(mixed.connectTo.size(), whole.connectTo.size());
+
+        environment.connectTo["elsewhere.example"] = {"192.0.2.2", 443};
+        const NetworkEnvironment freed = withoutServiceRoutes(environment);
+        QVERIFY(freed.connectTo == (std::map<std::string, SocketEndpoint>{{"elsewhere.example", {"192.0.2.2", 443}}}));
     }
 };
 

@@ -1,105 +1,26 @@
+#include "hosts/preview/ProgramRun.h"
+
 #include <QDir>
 #include <QFile>
 #include <QImage>
-#include <QProcess>
-#include <QTemporaryDir>
 #include <QTest>
-#include <csignal>
-
-namespace
-{
-
-struct Run {
-    int status = -1;
-    QByteArray output;
-    QByteArray errors;
-};
-
-/// Whether a process still runs; one that has ended and that nobody has asked about does not.
-bool isRunning(qint64 process)
-{
-    QFile file(QStringLiteral("/proc/%1/stat").arg(process));
-    if (!file.open(QIODevice::ReadOnly)) {
-        return false;
-    }
-    const QByteArray line = file.readAll();
-    return !line.mid(line.lastIndexOf(')') + 1).trimmed().startsWith('Z');
-}
-
-QList<qint64> childrenOf(qint64 process)
-{
-    QList<qint64> children;
-    QFile file(QStringLiteral("/proc/%1/task/%1/children").arg(process));
-    if (file.open(QIODevice::ReadOnly)) {
-        for (const QByteArray& number : file.readAll().simplified().split(' ')) {
-            if (!number.isEmpty()) {
-                children.append(number.toLongLong());
-            }
-        }
-    }
-    return children;
-}
-
-QString sample(const char* name)
-{
-    return QStringLiteral(QUILLMATE_SAMPLES "/%1.eml").arg(QLatin1String(name));
-}
-
-} // namespace
 
 class PreviewProgramTest : public QObject
 {
     Q_OBJECT
 
 private:
-    /// An environment of its own: settings in the test's folder, no display, every service host at a closed port.
-    QProcessEnvironment environment() const
-    {
-        QProcessEnvironment values = QProcessEnvironment::systemEnvironment();
-        values.insert(QStringLiteral("XDG_DATA_HOME"), m_folder.filePath(QStringLiteral("data")));
-        values.insert(QStringLiteral("XDG_CACHE_HOME"), m_folder.filePath(QStringLiteral("cache")));
-        values.insert(QStringLiteral("QUILLMATE_CONNECT_TO"), QStringLiteral(QUILLMATE_CLOSED_HOSTS));
-        values.insert(QStringLiteral("QUILLMATE_APPEARANCE"), QStringLiteral("light"));
-        for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "QUILLMATE_CA_FILE"}) {
-            values.remove(QLatin1String(name));
-        }
-        return values;
-    }
-
-    static QProcessEnvironment offscreen(QProcessEnvironment values)
-    {
-        values.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-        return values;
-    }
-
-    static void begin(QProcess& process, const QStringList& arguments, const QProcessEnvironment& values)
-    {
-        process.setProcessEnvironment(values);
-        process.start(QStringLiteral(QUILLMATE_PROGRAM), arguments);
-    }
-
-    static Run run(const QStringList& arguments, const QProcessEnvironment& values, const QByteArray& input = {})
-    {
-        QProcess process;
-        begin(process, arguments, values);
-        process.write(input);
-        process.closeWriteChannel();
-        if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit) {
-            return {-1, process.readAllStandardOutput(), process.readAllStandardError()};
-        }
-        return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
-    }
-
-    QTemporaryDir m_folder;
+    ProgramRunner m_runner;
 
 private Q_SLOTS:
     void helpAndVersion()
     {
-        const Run help = run({QStringLiteral("--help")}, environment());
+        const ProgramRun help = ProgramRunner::run({QStringLiteral("--help")}, m_runner.environment());
         QCOMPARE(help.status, 0);
         QVERIFY(help.output.startsWith("Usage: quillmate [OPTIONS] [MESSAGE"));
         QVERIFY(help.output.contains("--screenshot FILE"));
-        const Run version = run({QStringLiteral("--version")}, environment());
+        QVERIFY(help.output.contains("QUILLMATE_CONNECT_TO"));
+        const ProgramRun version = ProgramRunner::run({QStringLiteral("--version")}, m_runner.environment());
         QCOMPARE(version.status, 0);
         QCOMPARE(version.output, "quillmate " QUILLMATE_VERSION "\n");
     }
@@ -109,16 +30,24 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<QByteArray>("named");
 
-        const QString prose = m_folder.filePath(QStringLiteral("prose.eml"));
+        const QString prose = m_runner.file("prose.eml");
         QFile file(prose);
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write("This is no mail.\n");
+        const QString maildir = m_runner.file("maildir");
+        QVERIFY(QDir().mkpath(maildir + "/cur"));
         QTest::newRow("unknown option") << QStringList{"--nonsense"} << QByteArray("--nonsense");
         QTest::newRow("missing message") << QStringList{"missing.eml"} << QByteArray("missing.eml");
+        QTest::newRow("empty name") << QStringList{""} << QByteArray("the name of a message is empty");
         QTest::newRow("no mail") << QStringList{prose} << prose.toUtf8();
         QTest::newRow("second message is none") << QStringList{sample("plain"), prose} << prose.toUtf8();
-        QTest::newRow("too high a number")
-            << QStringList{"--reply", "3", sample("plain"), sample("arabic")} << QByteArray("--reply 3");
+        QTest::newRow("too high a number") << QStringList{"--reply", "3", sample("plain"), sample("arabic")}
+                                           << QByteArray("--reply 3 asks for more than the 2 messages there are");
+        QTest::newRow("too high a number for one message")
+            << QStringList{"--reply", "2", sample("plain")} << QByteArray("the one message there is");
+        QTest::newRow("no message in the Maildir")
+            << QStringList{"--reply", "1", maildir} << QByteArray("--reply needs a message");
+        QTest::newRow("no file to write") << QStringList{"--new", "--screenshot"} << QByteArray("--screenshot");
         QTest::newRow("empty standard input") << QStringList{"-"} << QByteArray("standard input");
         QTest::newRow("picture in no folder")
             << QStringList{"--screenshot", "/nonexistent/x.png"} << QByteArray("/nonexistent/x.png");
@@ -128,38 +57,49 @@ private Q_SLOTS:
     {
         QFETCH(QStringList, arguments);
         QFETCH(QByteArray, named);
-        const Run refusal = run(arguments, offscreen(environment()));
+        const ProgramRun refusal = ProgramRunner::run(arguments, m_runner.offscreen());
         QCOMPARE(refusal.status, 2);
         QVERIFY2(refusal.errors.contains(named), refusal.errors.constData());
         QVERIFY(refusal.errors.startsWith("quillmate: "));
         QCOMPARE(refusal.errors.count('\n'), 1);
     }
 
-    void malformedEnvironment()
+    void refusedEnvironment_data()
     {
-        QProcessEnvironment values = offscreen(environment());
-        values.insert(QStringLiteral("QUILLMATE_CONNECT_TO"), QStringLiteral("nonsense"));
-        const Run refusal = run({QStringLiteral("--new")}, values);
-        QCOMPARE(refusal.status, 2);
-        QVERIFY2(refusal.errors.contains("QUILLMATE_CONNECT_TO"), refusal.errors.constData());
-        QCOMPARE(refusal.errors.count('\n'), 1);
+        QTest::addColumn<QString>("variable");
+        QTest::addColumn<QString>("value");
+        QTest::addColumn<QByteArray>("named");
+        QTest::addColumn<QByteArray>("unnamed");
+
+        const QByteArray none("\a");
+        QTest::newRow("no route") << "QUILLMATE_CONNECT_TO"
+                                  << "nonsense" << QByteArray("QUILLMATE_CONNECT_TO") << none;
+        QTest::newRow("no certificate") << "QUILLMATE_CA_FILE" << sample("plain") << QByteArray("QUILLMATE_CA_FILE")
+                                        << none;
+        QTest::newRow("no display that is there") << "DISPLAY"
+                                                  << ":987" << QByteArray("check DISPLAY") << none;
+        QTest::newRow("no platform that is there")
+            << "QT_QPA_PLATFORM"
+            << "bogus" << QByteArray("QT_QPA_PLATFORM=\"bogus\"") << QByteArray("DISPLAY");
+        QTest::newRow("no display at all") << "DISPLAY"
+                                           << "" << QByteArray("--screenshot") << none;
     }
 
-    void noDisplay()
+    void refusedEnvironment()
     {
-        const Run refusal = run({sample("plain")}, environment());
+        QFETCH(QString, variable);
+        QFETCH(QString, value);
+        QFETCH(QByteArray, named);
+        QFETCH(QByteArray, unnamed);
+        const bool isDisplay = variable == "DISPLAY" || variable == "QT_QPA_PLATFORM";
+        QProcessEnvironment values = isDisplay ? m_runner.environment() : m_runner.offscreen();
+        values.insert(variable, value);
+        const ProgramRun refusal = ProgramRunner::run({QStringLiteral("--new")}, values);
         QCOMPARE(refusal.status, 2);
-        QVERIFY2(refusal.errors.contains("--screenshot"), refusal.errors.constData());
+        QVERIFY2(refusal.errors.contains(named), refusal.errors.constData());
+        QVERIFY2(!refusal.errors.contains(unnamed), refusal.errors.constData());
+        QVERIFY(refusal.errors.startsWith("quillmate: "));
         QCOMPARE(refusal.errors.count('\n'), 1);
-    }
-
-    void displayThatIsNone()
-    {
-        QProcessEnvironment values = environment();
-        values.insert(QStringLiteral("DISPLAY"), QStringLiteral(":987"));
-        const Run refusal = run({sample("plain")}, values);
-        QCOMPARE(refusal.status, 2);
-        QVERIFY2(refusal.errors.contains("DISPLAY"), refusal.errors.constData());
     }
 
     void pictures_data()
@@ -183,9 +123,10 @@ private Q_SLOTS:
     {
         QFETCH(QStringList, arguments);
         QFETCH(QByteArray, printed);
-        const QString file = m_folder.filePath(QStringLiteral("picture.png"));
+        const QString file = m_runner.file("picture.png");
         QFile::remove(file);
-        const Run taken = run(QStringList{QStringLiteral("--screenshot"), file} + arguments, environment());
+        const ProgramRun taken =
+            ProgramRunner::run(QStringList{QStringLiteral("--screenshot"), file} + arguments, m_runner.environment());
         QVERIFY2(taken.status == 0, taken.errors.constData());
         QVERIFY2(taken.output.contains(printed), taken.output.constData());
         const QImage picture(file);
@@ -204,96 +145,12 @@ private Q_SLOTS:
     {
         QFile message(sample("crlf"));
         QVERIFY(message.open(QIODevice::ReadOnly));
-        const QString file = m_folder.filePath(QStringLiteral("input.png"));
-        const Run taken =
-            run({QStringLiteral("--screenshot"), file, QStringLiteral("-")}, environment(), message.readAll());
+        const QString file = m_runner.file("input.png");
+        const ProgramRun taken = ProgramRunner::run({QStringLiteral("--screenshot"), file, QStringLiteral("-")},
+                                                    m_runner.environment(), message.readAll());
         QCOMPARE(taken.status, 0);
         QVERIFY(taken.output.contains("SESSSION FROM CONTENT EMAIL Dear Mr Balogun,\n"));
         QVERIFY(QFile::exists(file));
-    }
-
-    void terminationEndsInOrder_data()
-    {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<bool>("localService");
-
-        QTest::newRow("compose window") << QStringList{"--new"} << false;
-        QTest::newRow("local service") << QStringList{"--new"} << true;
-        QTest::newRow("waiting for standard input") << QStringList{"--new", "-"} << true;
-    }
-
-    void terminationEndsInOrder()
-    {
-        QFETCH(QStringList, arguments);
-        QFETCH(bool, localService);
-        QProcessEnvironment values = offscreen(environment());
-        if (localService) {
-            values.remove(QStringLiteral("QUILLMATE_CONNECT_TO"));
-        }
-        QProcess process;
-        begin(process, arguments, values);
-        QList<qint64> children;
-        if (localService) {
-            QTRY_VERIFY_WITH_TIMEOUT(!childrenOf(process.processId()).isEmpty(), 30000);
-            children = childrenOf(process.processId());
-        } else {
-            QByteArray output;
-            QTRY_VERIFY_WITH_TIMEOUT((output += process.readAllStandardOutput()).contains("Acess token is empty"),
-                                     30000);
-        }
-        process.terminate();
-        QVERIFY(process.waitForFinished(30000));
-        QCOMPARE(process.exitStatus(), QProcess::NormalExit);
-        QCOMPARE(process.exitCode(), 0);
-        for (const qint64 child : children) {
-            QVERIFY(!isRunning(child));
-        }
-    }
-
-    void localServiceServesAndEnds()
-    {
-        QProcessEnvironment values = environment();
-        values.remove(QStringLiteral("QUILLMATE_CONNECT_TO"));
-        const QString file = m_folder.filePath(QStringLiteral("local.png"));
-        const Run taken = run({QStringLiteral("--screenshot"), file, sample("plain")}, values);
-        QVERIFY2(taken.status == 0, taken.errors.constData());
-        QCOMPARE(taken.errors, QByteArray());
-        QVERIFY(taken.output.contains("getting email address from apple"));
-        QVERIFY(QFile::exists(m_folder.filePath(QStringLiteral("data/quillmate/service/ca.pem"))));
-    }
-
-    void localServiceThatCannotStart()
-    {
-        // A file where the service wants its folder.
-        QTemporaryDir blocked;
-        QVERIFY(QDir(blocked.path()).mkpath(QStringLiteral("quillmate")));
-        QFile obstacle(blocked.filePath(QStringLiteral("quillmate/service")));
-        QVERIFY(obstacle.open(QIODevice::WriteOnly));
-        QProcessEnvironment values = environment();
-        values.remove(QStringLiteral("QUILLMATE_CONNECT_TO"));
-        values.insert(QStringLiteral("XDG_DATA_HOME"), blocked.path());
-        const QString file = m_folder.filePath(QStringLiteral("failed.png"));
-        const Run taken = run({QStringLiteral("--screenshot"), file, sample("plain")}, values);
-        QCOMPARE(taken.status, 0);
-        QVERIFY2(taken.errors.contains("The assistant service on this machine is not available"),
-                 taken.errors.constData());
-        QVERIFY(!QImage(file).isNull());
-        QVERIFY(!taken.output.contains("getting email address from apple"));
-    }
-
-    void localServiceEndsWithACrash()
-    {
-        QProcessEnvironment values = offscreen(environment());
-        values.remove(QStringLiteral("QUILLMATE_CONNECT_TO"));
-        QProcess process;
-        begin(process, {QStringLiteral("--new")}, values);
-        QByteArray output;
-        QTRY_VERIFY_WITH_TIMEOUT((output += process.readAllStandardOutput()).contains("Acess token is empty"), 30000);
-        const QList<qint64> children = childrenOf(process.processId());
-        QCOMPARE(children.size(), 1);
-        process.kill();
-        QVERIFY(process.waitForFinished(30000));
-        QTRY_VERIFY_WITH_TIMEOUT(!isRunning(children.front()), 30000);
     }
 };
 

@@ -17,7 +17,8 @@ constexpr std::array<std::string_view, 10> paragraphTags = {"p",  "h1", "h2", "h
                                                             "h5", "h6", "hr", "blockquote", "pre"};
 constexpr std::array<std::string_view, 13> lineTags = {"br", "div", "tr",      "li",      "ul",      "ol",  "table",
                                                        "dt", "dd",  "section", "article", "address", "body"};
-constexpr std::array<std::string_view, 4> hiddenTags = {"script", "style", "head", "title"};
+// The head itself is not among them: its end tag, even its body's start tag, may be left out.
+constexpr std::array<std::string_view, 3> hiddenTags = {"script", "style", "title"};
 
 template<std::size_t Count>
 bool contains(const std::array<std::string_view, Count>& names, std::string_view name)
@@ -28,6 +29,14 @@ bool contains(const std::array<std::string_view, Count>& names, std::string_view
 char lower(char letter)
 {
     return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+}
+
+/// Where the ASCII letters of `part` first stand in `text`, whatever their case; `part` is in lower case.
+std::size_t findAnyCase(std::string_view text, std::string_view part)
+{
+    const auto found = std::search(text.begin(), text.end(), part.begin(), part.end(),
+                                   [](char left, char right) { return lower(left) == right; });
+    return found == text.end() ? std::string_view::npos : static_cast<std::size_t>(found - text.begin());
 }
 
 /// Collects lines: blanks collapse, line ends are held back until text follows, quotation marks begin each line.
@@ -170,6 +179,7 @@ private:
 
     void applyTag(const std::string& name, bool closing)
     {
+        m_inBody = m_inBody || name == "body";
         if (!closing && contains(hiddenTags, name)) {
             skipHidden(name);
         } else if (name == "br") {
@@ -188,18 +198,18 @@ private:
         }
     }
 
-    /// Drops everything up to the end tag; without one, the rest.
+    /// Drops everything up to the end tag; without one, up to the body, and within the body the rest.
     void skipHidden(const std::string& name)
     {
-        while (!m_rest.empty()) {
-            skipPast("</");
-            const std::string_view tag = m_rest.substr(0, name.size());
-            if (std::equal(tag.begin(), tag.end(), name.begin(), name.end(),
-                           [](char left, char right) { return lower(left) == right; })) {
-                skipPast(">");
-                return;
-            }
+        std::size_t end = findAnyCase(m_rest, "</" + name);
+        if (end != std::string_view::npos) {
+            m_rest.remove_prefix(end);
+            skipPast(">");
+            return;
         }
+        end = m_inBody ? std::string_view::npos : findAnyCase(m_rest, "<body");
+        m_rest.remove_prefix(std::min(end, m_rest.size()));
+        m_inBody = true; // Looked for once only, so that no text takes time by the square of its length.
     }
 
     void skipPast(std::string_view end)
@@ -211,6 +221,7 @@ private:
     std::string_view m_rest;
     LineWriter m_writer;
     int m_preformatted = 0;
+    bool m_inBody = false;
 };
 
 } // namespace

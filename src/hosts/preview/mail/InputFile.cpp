@@ -82,7 +82,8 @@ InputFile InputFile::standardInput()
 
 Result<InputFile, MailFailure> InputFile::open(const std::string& path)
 {
-    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
+    // Opening a named pipe would otherwise wait for its first writer, deaf to any request to stop.
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
     if (descriptor < 0) {
         return Result<InputFile, MailFailure>::failure(systemFailure(path, errno));
     }
@@ -121,6 +122,7 @@ Result<std::string, MailFailure> InputFile::readAll(const std::stop_token& stop)
         if (stop.stop_requested()) {
             return Reading::failure(stopped(m_name));
         }
+        // Before a named pipe's first writer a read gives 0 bytes, as at the end; only poll() tells the two apart.
         pollfd waiting{m_descriptor, POLLIN, 0};
         const int ready = ::poll(&waiting, 1, pollMilliseconds);
         if (ready == 0 || (ready < 0 && errno == EINTR)) {

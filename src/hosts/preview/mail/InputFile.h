@@ -22,6 +22,7 @@ class InputFile
 public:
     /// Standard input, which is left open afterwards.
     static InputFile standardInput();
+    /// Does not wait for the first writer of a named pipe; readAll does.
     static Result<InputFile, MailFailure> open(const std::string& path);
 
     InputFile(InputFile&& other) noexcept;
