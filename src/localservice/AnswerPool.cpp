@@ -24,6 +24,14 @@ AnswerPool::~AnswerPool()
     }
 }
 
+bool AnswerPool::stop(std::chrono::milliseconds limit)
+{
+    std::unique_lock lock(m_mutex);
+    m_stop = true;
+    m_changed.notify_all();
+    return m_changed.wait_for(lock, limit, [this] { return m_running == 0; });
+}
+
 void AnswerPool::start(std::function<void()> work, Urgency urgency)
 {
     {
@@ -44,10 +52,14 @@ void AnswerPool::run()
         auto& waiting = m_quick.empty() ? m_ordinary : m_quick;
         auto work = std::move(waiting.front());
         waiting.pop_front();
+        ++m_running;
         lock.unlock();
         work();
         work = nullptr; // What the work holds goes outside the lock.
         lock.lock();
+        if (--m_running == 0 && m_stop) {
+            m_changed.notify_all();
+        }
     }
 }
 

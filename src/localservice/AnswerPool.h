@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <functional>
@@ -22,6 +23,9 @@ public:
     AnswerPool(const AnswerPool&) = delete;
     AnswerPool& operator=(const AnswerPool&) = delete;
 
+    /// Drops what has not begun; whether what is running ended within the limit.
+    bool stop(std::chrono::milliseconds limit);
+
     /// Any thread.
     void start(std::function<void()> work, Urgency urgency);
 
@@ -32,6 +36,7 @@ private:
     std::condition_variable m_changed;
     std::deque<std::function<void()>> m_quick;
     std::deque<std::function<void()>> m_ordinary;
+    int m_running = 0;
     bool m_stop = false;
     std::vector<std::thread> m_threads; // Last: they use the members above.
 };

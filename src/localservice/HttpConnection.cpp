@@ -124,7 +124,8 @@ void HttpConnection::advance()
         case HttpParser::Event::NeedMore:
             return;
         case HttpParser::Event::Failed:
-            reply(m_refusal.value_or(m_parser.failure()), m_headOnly, false);
+            reply(m_refusal.value_or(m_server.handler().refusal(m_parser.request(), m_parser.failure())), m_headOnly,
+                  false);
             return;
         case HttpParser::Event::HeadReady:
             if (!admitHead()) {

@@ -41,6 +41,8 @@ bool HttpServer::listenSecurely(const QHostAddress& address, quint16 port, const
 {
     m_secure = std::make_unique<QSslServer>();
     m_secure->setSslConfiguration(configuration);
+    // Qt's own 30 counts those that have not finished their handshake: idle ones would keep everybody out.
+    m_secure->setMaxPendingConnections(connectionLimit);
     connect(m_secure.get(), &QTcpServer::pendingConnectionAvailable, this,
             [this] { acceptFrom(*m_secure, Listener::Service); });
     if (!m_secure->listen(address, port)) {
@@ -53,6 +55,7 @@ bool HttpServer::listenSecurely(const QHostAddress& address, quint16 port, const
 bool HttpServer::listenForLoginPages()
 {
     m_login = std::make_unique<QTcpServer>();
+    m_login->setMaxPendingConnections(connectionLimit);
     connect(m_login.get(), &QTcpServer::pendingConnectionAvailable, this,
             [this] { acceptFrom(*m_login, Listener::LoginPages); });
     if (!m_login->listen(QHostAddress(QHostAddress::LocalHost), 0)) {
@@ -113,6 +116,7 @@ void HttpServer::shutDown()
         return;
     }
     m_shuttingDown = true;
+    m_end.setRemainingTime(shutDownLimit);
     for (QTcpServer* server : {static_cast<QTcpServer*>(m_secure.get()), m_login.get()}) {
         if (server != nullptr) {
             server->close();
@@ -124,6 +128,11 @@ void HttpServer::shutDown()
     // A client that does not read its answer must not keep the program.
     QTimer::singleShot(shutDownLimit, this, &HttpServer::drained);
     QTimer::singleShot(0, this, &HttpServer::announceIfDrained);
+}
+
+bool HttpServer::waitForAnswers()
+{
+    return m_pool->stop(std::chrono::milliseconds(m_end.remainingTime()));
 }
 
 void HttpServer::dispatch(HttpRequest request, QObject* context, std::function<void(HttpResponse)> done)

@@ -3,6 +3,7 @@
 #include "localservice/AnswerPool.h"
 #include "localservice/HttpMessage.h"
 
+#include <QDeadlineTimer>
 #include <QHostAddress>
 #include <QObject>
 #include <QSslConfiguration>
@@ -36,6 +37,9 @@ public:
     };
     /// Called on the server's thread; must not block.
     [[nodiscard]] virtual Admission admit(const HttpRequest& head) const = 0;
+    /// The server's own refusal of a request, as this request's sender should see it. Called on the server's thread;
+    /// must not block.
+    [[nodiscard]] virtual HttpResponse refusal(const HttpRequest& head, const HttpResponse& failure) const = 0;
     /// Called on a pool thread, on several at once.
     virtual HttpResponse handle(const HttpRequest& request) = 0;
 };
@@ -43,7 +47,7 @@ public:
 /// A small HTTP/1.1 server: one thread for the sockets, a pool for the answers, so that work on one message never keeps
 /// another request waiting. (The interface of Qt 6.4's own HTTP server has no limit on a body's size and none on idle
 /// time, and a handler sees a request only once its body is in memory; hence this one.)
-/// Bounds: 256 connections, 512 MiB of bodies at any one time.
+/// Bounds: 256 connections, as many in their handshake, 512 MiB of bodies at any one time.
 class HttpServer : public QObject
 {
     Q_OBJECT
@@ -64,8 +68,12 @@ public:
     [[nodiscard]] quint16 loginPort() const;
     [[nodiscard]] QString errorText() const { return m_errorText; }
 
-    /// Accepts nothing more, lets requests that are being answered finish, then emits `drained`.
+    /// Accepts nothing more, lets requests that are being answered finish, then emits `drained`, after ten seconds in
+    /// any case.
     void shutDown();
+    /// After `drained`: waits for the answers that still run, until ten seconds after `shutDown`. False when some run
+    /// on; then the server cannot be destroyed without waiting for them.
+    bool waitForAnswers();
 
     /// Runs the handler on the pool and `done` with its response on the server's thread, unless `context` is gone by
     /// then.
@@ -92,6 +100,7 @@ private:
     std::deque<std::function<void()>> m_answered;
     std::unique_ptr<AnswerPool> m_pool;
     QString m_errorText;
+    QDeadlineTimer m_end;
     qint64 m_bodyBytes = 0;
     int m_connections = 0;
     bool m_shuttingDown = false;

@@ -70,6 +70,23 @@ bool LoginPages::isForOwnHost(const HttpRequest& request) const
     return request.listener == Listener::Service || (host != nullptr && *host == m_loginHost);
 }
 
+HttpResponse LoginPages::refusal(const HttpResponse& failure)
+{
+    const char* sentence = failure.status == 405 ? "This page only takes its own form."
+                           : failure.status == 413
+                               ? "The form is longer than it can be: enter a shorter name or address."
+                               : "The browser's request could not be understood.";
+    HttpResponse response =
+        htmlResponse(failure.status, noticePage("Not signed in", std::string(sentence) + " Go back to your mail and "
+                                                                                         "press “Login” there again."));
+    for (const auto& header : failure.headers) {
+        if (header.first == "Allow") {
+            response.headers.push_back(header);
+        }
+    }
+    return response;
+}
+
 HttpResponse LoginPages::handle(const HttpRequest& request) const
 {
     if (!isForOwnHost(request)) {

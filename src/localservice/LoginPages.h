@@ -30,6 +30,8 @@ public:
     /// a foreign name that was made to point here (DNS rebinding) gets nothing. Set before the first request.
     void setLoginPort(unsigned port) { m_loginHost = "127.0.0.1:" + std::to_string(port); }
 
+    /// A refusal with its status as a page instead of JSON.
+    [[nodiscard]] static HttpResponse refusal(const HttpResponse& failure);
     /// Answers a request whose path begins with `path`.
     [[nodiscard]] HttpResponse handle(const HttpRequest& request) const;
 

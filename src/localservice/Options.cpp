@@ -159,9 +159,10 @@ An assistant service on this machine for the Quillmate panel.
   --port N               port to listen on; 0 takes any free one (8443)
   --data DIR             folder for certificates and data
                          (${XDG_DATA_HOME:-~/.local/share}/quillmate/service)
-  --engine NAME          builtin, or openai for a language model (builtin)
-  --openai-url URL       where the language model is
-  --openai-model NAME    which model to use
+  --engine NAME          builtin; openai, for a language model, is not
+                         available in this version (builtin)
+  --openai-url URL       where the language model is; not used yet
+  --openai-model NAME    which model to use; not used yet
   --update-version V     newest version that the version check offers
   --update-url URL       where that version can be had
   --help                 show this text

@@ -115,9 +115,15 @@ RequestHandler::Admission ServiceApi::admit(const HttpRequest& head) const
     const bool takesGet = login || !takesPost;
     const std::size_t limit = login ? LoginPages::bodyLimit : takesPost ? bodyLimit : 0;
     if (!(takesGet && head.method == "GET") && !(takesPost && head.method == "POST")) {
-        return {methodNotAllowed(!takesPost ? "GET, HEAD" : takesGet ? "GET, HEAD, POST" : "POST"), 0};
+        const char* allowed = !takesPost ? "GET, HEAD" : takesGet ? "GET, HEAD, POST" : "POST";
+        return {refusal(head, methodNotAllowed(allowed)), 0};
     }
     return {std::nullopt, limit};
+}
+
+HttpResponse ServiceApi::refusal(const HttpRequest& head, const HttpResponse& failure) const
+{
+    return startsWith(head.path, LoginPages::path) ? LoginPages::refusal(failure) : failure;
 }
 
 HttpResponse ServiceApi::handle(const HttpRequest& request)

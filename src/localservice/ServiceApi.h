@@ -30,6 +30,7 @@ public:
     void setLoginPort(unsigned port) { m_pages.setLoginPort(port); }
 
     [[nodiscard]] Admission admit(const HttpRequest& head) const override;
+    [[nodiscard]] HttpResponse refusal(const HttpRequest& head, const HttpResponse& failure) const override;
     HttpResponse handle(const HttpRequest& request) override;
 
 private:

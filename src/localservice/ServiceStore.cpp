@@ -6,7 +6,9 @@
 #include <ctime>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
+#include <utility>
 
 namespace quillmate::localservice
 {
@@ -97,6 +99,20 @@ std::variant<std::unique_ptr<ServiceStore>, std::string> ServiceStore::open(cons
 ServiceStore::~ServiceStore()
 {
     sqlite3_close(m_database);
+}
+
+bool ServiceStore::closeEarly(std::chrono::milliseconds limit)
+{
+    constexpr std::chrono::milliseconds pause{10};
+    for (auto waited = std::chrono::milliseconds::zero(); !m_mutex.try_lock(); waited += pause) {
+        if (waited >= limit) {
+            return false;
+        }
+        std::this_thread::sleep_for(pause);
+    }
+    const std::lock_guard lock(m_mutex, std::adopt_lock);
+    sqlite3_close(std::exchange(m_database, nullptr));
+    return true;
 }
 
 void ServiceStore::prepare()

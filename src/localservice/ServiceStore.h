@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -58,6 +59,10 @@ public:
     void addMessages(const std::string& thread, const std::vector<ThreadMessage>& messages);
 
     void addTrainingData(std::int64_t user, const std::string& question, const std::string& answer);
+
+    /// Closes the database although other threads may still want it: their later calls throw. False when one of them
+    /// used it for longer than the limit; then it stays open.
+    bool closeEarly(std::chrono::milliseconds limit);
 
 private:
     explicit ServiceStore(sqlite3* database)

@@ -14,7 +14,7 @@ class SqliteError : public std::runtime_error
 {
 public:
     explicit SqliteError(sqlite3* database)
-        : std::runtime_error(sqlite3_errmsg(database))
+        : std::runtime_error(database == nullptr ? "the database is closed" : sqlite3_errmsg(database))
     {
     }
 };

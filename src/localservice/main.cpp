@@ -15,6 +15,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <optional>
 #include <sys/signalfd.h>
 #include <sys/stat.h>
@@ -149,7 +150,16 @@ int serve(const Options& options, int signalDescriptor)
 
     std::printf("quillmate-service listening on %s\n", origin.c_str());
     std::fflush(stdout);
-    return QCoreApplication::exec();
+    const int status = QCoreApplication::exec();
+    if (!server.waitForAnswers()) {
+        // An answer that takes longer must not keep the program; its thread cannot be ended by itself.
+        constexpr std::chrono::milliseconds closeLimit{500};
+        if (!store->closeEarly(closeLimit)) {
+            complain("ended while the database was in use; its log is read at the next start", status);
+        }
+        std::_Exit(status);
+    }
+    return status;
 }
 
 } // namespace

@@ -54,6 +54,8 @@ private Q_SLOTS:
             "This paragraph was wrapped by the program that wrote it, as many do, and goes on here.|Next one.");
         row("wrapped Japanese", "これは長い文で、途中で\n改行されています。",
             "これは長い文で、途中で改行されています。");
+        row("hours", "We meet at 7 a.m. A meeting room is free. Come at 5 p.m. Friday or 6 p.m. CET today.",
+            "We meet at 7 a.m.|A meeting room is free.|Come at 5 p.m. Friday or 6 p.m. CET today.");
         row("greeting, list", "Hi Anna,\nplease bring:\n- the keys\n- the map\n1. first\nThanks",
             "Hi Anna,|please bring:|- the keys|- the map|1. first|Thanks");
     }
@@ -220,6 +222,10 @@ private Q_SLOTS:
                                               QByteArray(QByteArray(76, 'A') + "\n").repeated(330'000)});
         QTest::newRow("25 MB of one word") << QByteArray(25'000'000, 'x');
         QTest::newRow("HTML tags never closed") << "<html></p>" + QByteArray("<div><style><!-- <").repeated(400'000);
+        QTest::newRow("HTML tag starts, one end")
+            << "<html><p>Text</p>" + QByteArray("<").repeated(2'000'000) + ">" + QByteArray("</p>");
+        QTest::newRow("HTML blocks never closed") << "<html></p>" + QByteArray("<div>x").repeated(400'000);
+        QTest::newRow("HTML attributes") << "<html></p><div " + QByteArray("a = b ").repeated(300'000) + ">x";
         QTest::newRow("ampersands") << "<html></p>" + QByteArray(2'000'000, '&');
         QTest::newRow("dashes") << QByteArray("--x\n\n").repeated(400'000);
         QTest::newRow("quote marks") << QByteArray("> \nwrote:\n").repeated(300'000);

@@ -120,6 +120,12 @@ QByteArray HttpExchange::receiveAll()
     return all + m_socket->readAll();
 }
 
+bool HttpExchange::hasEnded()
+{
+    m_socket->waitForReadyRead(0);
+    return m_socket->state() != QAbstractSocket::ConnectedState;
+}
+
 bool HttpExchange::waitForEnd()
 {
     return m_socket->state() == QAbstractSocket::UnconnectedState || m_socket->waitForDisconnected(waitMilliseconds);

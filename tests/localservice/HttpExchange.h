@@ -44,6 +44,8 @@ public:
     Reply request(const QByteArray& head, const QByteArray& body = {});
     /// Everything until the other side ends the connection.
     QByteArray receiveAll();
+    /// Whether the other side has ended the connection by now.
+    bool hasEnded();
     /// Whether the other side ends the connection.
     bool waitForEnd();
 

@@ -41,6 +41,8 @@ private Q_SLOTS:
         row("HTML first", multipart("b", {htmlPart, plainPart}), "The plain text.");
         row("preamble", "This is a multi-part message in MIME format.\n" + multipart("b", {plainPart}),
             "The plain text.");
+        row("dashes before a text about content", "--x--\nContent-wise: all is well.\nBye.",
+            "--x--\nContent-wise: all is well.\nBye.");
         row("no end of parts", "--b\n" + plainPart + "--b\nContent-Type: image/png\n\nxx", "The plain text.");
         row("HTML part only", multipart("b", {htmlPart}), "The marked text.");
         row("empty plain part", multipart("b", {"Content-Type: text/plain\n\n \n", htmlPart}), "The marked text.");
@@ -85,6 +87,28 @@ private Q_SLOTS:
             "<script>if (a < b) x();</script><div style='display: none'>hidden</div><ul><li>four</li></ul>&#8364;&#x41;"
             "<!-- no > --> 1 < 2</body></html>",
             "One – two\nthree\n\n- four\n\n€A 1 < 2");
+        row("HTML without the head's end", "<html><head><title>Offer</title><body><p>Ten pens</p></body></html>",
+            "Ten pens");
+        row("HTML without the head's end and body", "<html><head><title>Offer</title><p>Ten pens</p></html>",
+            "Ten pens");
+        row("HTML that only looks hidden",
+            "<div style=\"overflow:hidden !important\">One</div><p title=\"Our hidden gems\">two</p>"
+            "<p data-x=\"hidden costs\">three</p><p class=hidden title='display:none'>four</p>",
+            "One\n\ntwo\n\nthree\n\nfour");
+        row("HTML that is hidden",
+            "<p>One</p><div HIDDEN>a</div><div hidden=''>b</div><div style='color:red;Visibility : hidden'>c</div>"
+            "<span style=display:none>d</span><p>two</p>",
+            "One\n\ntwo");
+        row("HTML hidden paragraph without its end", "<p style=\"display:none\">pre<p>text</p>", "text");
+        row("HTML hidden cell without its end",
+            "<table><tr><td style=\"display:none\">pre<td>text<tr><td hidden>x<tr><td>more</table>", "text\nmore");
+        row("HTML hidden item without its end", "<p>List</p><ul><li hidden>pre<li>text</ul>", "List\n\n- text");
+        row("HTML table in a hidden cell",
+            "<table><tr><td hidden><table><tr><td>in<td>side</table>still</td><td>text</table>", "text");
+        row("HTML drawing", "<p>One <svg width=\"1\" height=\"1\"/> two <svg><text>x</text></svg>three</p>",
+            "One two three");
+        row("HTML with everything hidden", "<html><div style='display:none'>All <p>of it</p></div></html>",
+            "All\n\nof it");
         row("HTML quote", "<div>Mine.</div><blockquote type=cite><p>Theirs.</p></blockquote>", "Mine.\n\n> Theirs.");
         row("HTML cut in a tag", "<p>Whole</p><p>cut</p><a hre", "Whole\n\ncut");
         row("nothing", "", "");
@@ -110,6 +134,8 @@ private Q_SLOTS:
             "Mine: one.\n\nOn Mon, 3 Mar 2025 at 10:00, Tom <t@b.org> wrote:\n> Old.\n>> Older.\n\nMine two.");
         row("attribution on two lines",
             "Mine: one.\nMine two.\n\nOn Mon, 3 Mar 2025 at 10:00, Tom Smith\n<t@b.org> wrote:\n> Old.");
+        row("bars as quote marks",
+            "Mine: one.\n\nOn Mon, 3 Mar 2025 at 10:00, Tom <t@b.org> wrote:\n| Old.\n| | Older.\n\nMine two.");
         row("signature", "Mine: one.\nMine two.\n-- \nTom\nACME");
         row("phone", "Mine: one.\nMine two.\n\nSent from my iPhone");
         row("German", "Mine: one.\nMine two.\n\nAm 03.03.25 um 10:00 schrieb Tom <t@b.org>:\n> Alt.\n\nVon meinem "
@@ -132,6 +158,13 @@ private Q_SLOTS:
     {
         QFETCH(QString, text);
         QCOMPARE(ownText(text).simplified(), QStringLiteral("Mine: one. Mine two."));
+    }
+
+    void linesThatBeginWithABarAreNotAlwaysQuotes()
+    {
+        for (const char* text : {"Prices on 3.4.:\n| pens | 3 |\n| caps | 4 |\nBye.", "The set is\n|x < 3\nas said."}) {
+            QCOMPARE(ownText(QString::fromUtf8(text)), QString::fromUtf8(text));
+        }
     }
 
     void aBareForwardGivesTheForwardedText()

@@ -1,3 +1,4 @@
+#include "localservice/AnswerPool.h"
 #include "localservice/LoginForm.h"
 #include "localservice/Secrets.h"
 #include "localservice/ServiceStore.h"
@@ -7,6 +8,10 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <atomic>
+#include <chrono>
+#include <future>
 
 using namespace quillmate::localservice;
 using Outcome = SignInSessions::Outcome;
@@ -151,6 +156,40 @@ private Q_SLOTS:
         QCOMPARE(store->thread(anna.id, thread)->text, std::string("text '\"; --"));
         QVERIFY(store->thread(anna.id, thread)->messages == turns);
         QVERIFY(!store->thread(ben.id, thread));
+    }
+
+    void aPoolStopsWithoutWaitingForEver()
+    {
+        std::promise<void> begun;
+        std::promise<void> release;
+        std::atomic<bool> laterRan = false;
+        AnswerPool pool(1);
+        pool.start(
+            [&] {
+                begun.set_value();
+                release.get_future().wait();
+            },
+            AnswerPool::Urgency::Ordinary);
+        begun.get_future().wait();
+        pool.start([&] { laterRan = true; }, AnswerPool::Urgency::Quick);
+        QVERIFY(!pool.stop(std::chrono::milliseconds(0)));
+        release.set_value();
+        QVERIFY(pool.stop(std::chrono::seconds(30)));
+        QVERIFY(!laterRan);
+    }
+
+    void aStoreClosedEarlyRefusesLaterCalls()
+    {
+        const QTemporaryDir folder;
+        auto opened = ServiceStore::open(folder.path().toStdString());
+        const auto store = std::get<std::unique_ptr<ServiceStore>>(std::move(opened));
+        store->signIn("anna@example.org", "Anna");
+        const QString log = folder.filePath(QStringLiteral("service.db-wal"));
+        QVERIFY(QFile::exists(log));
+        QVERIFY(store->closeEarly(std::chrono::milliseconds(0)));
+        QVERIFY(!QFile::exists(log));
+        QVERIFY_THROWS_EXCEPTION(std::runtime_error, store->signIn("ben@example.org", "Ben"));
+        QVERIFY_THROWS_EXCEPTION(std::runtime_error, store->userOfToken("x"));
     }
 
     void aStoreThatCannotBeUsedIsSaid()

@@ -4,6 +4,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <algorithm>
+#include <vector>
+
 using namespace quillmate::localservice;
 
 /// How the program understands its command line, starts and refuses to start.
@@ -48,6 +51,20 @@ private Q_SLOTS:
         QCOMPARE(service.stop(), 0);
     }
 
+    void clientsThatNeverSpeakKeepNobodyOut()
+    {
+        ServiceProcess service(m_data);
+        QVERIFY(service.start());
+        std::vector<HttpExchange> silent;
+        for (int count = 0; count < 60; ++count) {
+            silent.push_back(HttpExchange::plain(service.port()));
+            QVERIFY(silent.back().isConnected());
+        }
+        QCOMPARE(service.get("/apple-version").status, 200);
+        // Still there: it was not their end that made room.
+        QVERIFY(std::all_of(silent.begin(), silent.end(), [](HttpExchange& one) { return !one.hasEnded(); }));
+    }
+
     void aWrongCommandLineIsNamed_data()
     {
         QTest::addColumn<QStringList>("arguments");
@@ -75,7 +92,13 @@ private Q_SLOTS:
 
     void helpAndVersionEndWell()
     {
-        QCOMPARE(run({QStringLiteral("--help")}).first, 0);
+        QProcess help;
+        help.start(QStringLiteral(QUILLMATE_SERVICE_PROGRAM), {QStringLiteral("--help")});
+        QVERIFY(help.waitForFinished());
+        QCOMPARE(help.exitCode(), 0);
+        const QString usage = QString::fromUtf8(help.readAllStandardOutput()).simplified();
+        QVERIFY2(usage.contains(QStringLiteral("openai, for a language model, is not available in this version")),
+                 qPrintable(usage));
         QProcess version;
         version.start(QStringLiteral(QUILLMATE_SERVICE_PROGRAM), {QStringLiteral("--version")});
         QVERIFY(version.waitForFinished());

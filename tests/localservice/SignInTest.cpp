@@ -162,6 +162,21 @@ private Q_SLOTS:
         QCOMPARE(postForm(mine, form).status, 403);
     }
 
+    void whatTheServerItselfRefusesIsAPageToo()
+    {
+        const BegunSession session = beginSession(*m_service);
+        const Reply tooLong = postForm(session, "name=" + QByteArray(17 * 1024, 'x'));
+        const Reply wrongMethod =
+            HttpExchange::plain(session.loginPort).request("DELETE " + session.loginPath + " HTTP/1.1\r\nHost: x\r\n");
+        QCOMPARE(tooLong.status, 413);
+        QCOMPARE(wrongMethod.status, 405);
+        QCOMPARE(wrongMethod.header("Allow"), "GET, HEAD, POST");
+        for (const Reply& reply : {tooLong, wrongMethod}) {
+            QVERIFY(reply.header("Content-Type").startsWith("text/html"));
+            QVERIFY2(reply.body.contains("Not signed in"), reply.body.constData());
+        }
+    }
+
     void thePlainListenerServesNothingButSignInPages()
     {
         const BegunSession session = beginSession(*m_service);

@@ -5,6 +5,7 @@
 #include "localservice/engine/Phrases.h"
 #include "localservice/engine/QuotedText.h"
 #include "localservice/engine/Relevance.h"
+#include "localservice/engine/SentenceSigns.h"
 #include "localservice/engine/Sentences.h"
 #include "localservice/engine/TextRank.h"
 #include "localservice/engine/Words.h"
@@ -43,15 +44,45 @@ QStringList contentSentences(const QString& text)
     return kept.isEmpty() ? all : kept;
 }
 
+/// What a summary is chosen from: the sentences that say something, a list with the line that leads it in as one.
+/// Lists that would fill the summary are left out.
+QStringList summaryCandidates(const QString& text)
+{
+    constexpr qsizetype longestList = 5;
+    const QStringList all = sentences(text, consideredSentences);
+    QStringList candidates;
+    for (qsizetype index = 0; index < all.size(); ++index) {
+        const bool leadsIn = index + 1 < all.size() && isListItem(all[index + 1]) && all[index].endsWith(u':');
+        qsizetype end = leadsIn ? index + 1 : index;
+        // An item may go on with a second sentence.
+        while (end < all.size() && (isListItem(all[end]) || (end > index && end + 1 < all.size() &&
+                                                             isListItem(all[end - 1]) && isListItem(all[end + 1])))) {
+            ++end;
+        }
+        if (end <= index + 1) {
+            if (hasContent(all[index])) {
+                candidates.append(all[index]);
+            }
+            continue;
+        }
+        if (end - index <= longestList) {
+            candidates.append(all.mid(index, end - index).join(u'\n'));
+        }
+        index = end - 1;
+    }
+    return candidates.isEmpty() ? all : candidates;
+}
+
 QStringList ranked(const QStringList& candidates, std::size_t count)
 {
     std::vector<QStringList> words;
-    words.reserve(static_cast<std::size_t>(candidates.size()));
+    std::vector<double> weights;
     for (const QString& sentence : candidates) {
         words.push_back(contentWords(sentence));
+        weights.push_back(weightOfSigns(sentence));
     }
     QStringList chosen;
-    for (const std::size_t index : bestSentences(words, count)) {
+    for (const std::size_t index : bestSentences(words, count, weights)) {
         chosen.append(candidates[static_cast<qsizetype>(index)]);
     }
     return chosen;
@@ -75,7 +106,7 @@ std::string BuiltinEngine::summarize(const std::string& mail) const
     if (sentences(text, consideredSentences).size() <= static_cast<qsizetype>(wholeMessageSentences)) {
         return text.toStdString();
     }
-    const QStringList candidates = contentSentences(text);
+    const QStringList candidates = summaryCandidates(text);
     return ranked(candidates, summaryLength(candidates.size())).join(u'\n').toStdString();
 }
 

@@ -1,6 +1,7 @@
 #include "localservice/engine/HtmlText.h"
 
 #include "localservice/engine/HtmlEntities.h"
+#include "localservice/engine/HtmlTag.h"
 
 #include <QList>
 #include <QRegularExpression>
@@ -12,65 +13,20 @@ namespace quillmate::localservice
 namespace
 {
 
-struct Tag {
-    QString name;
-    QStringView attributes;
-    bool closing = false;
-};
-
-bool isVoid(const QString& name)
-{
-    static const QSet<QString> names = {QStringLiteral("area"),   QStringLiteral("base"), QStringLiteral("br"),
-                                        QStringLiteral("col"),    QStringLiteral("hr"),   QStringLiteral("img"),
-                                        QStringLiteral("input"),  QStringLiteral("link"), QStringLiteral("meta"),
-                                        QStringLiteral("source"), QStringLiteral("wbr"),  QStringLiteral("o:p")};
-    return names.contains(name);
-}
-
-bool isBlock(const QString& name)
-{
-    static const QSet<QString> names = {
-        QStringLiteral("address"), QStringLiteral("article"), QStringLiteral("blockquote"), QStringLiteral("body"),
-        QStringLiteral("br"),      QStringLiteral("center"),  QStringLiteral("dd"),         QStringLiteral("div"),
-        QStringLiteral("dl"),      QStringLiteral("dt"),      QStringLiteral("footer"),     QStringLiteral("form"),
-        QStringLiteral("h1"),      QStringLiteral("h2"),      QStringLiteral("h3"),         QStringLiteral("h4"),
-        QStringLiteral("h5"),      QStringLiteral("h6"),      QStringLiteral("header"),     QStringLiteral("hr"),
-        QStringLiteral("li"),      QStringLiteral("ol"),      QStringLiteral("p"),          QStringLiteral("pre"),
-        QStringLiteral("section"), QStringLiteral("table"),   QStringLiteral("td"),         QStringLiteral("th"),
-        QStringLiteral("tr"),      QStringLiteral("ul")};
-    return names.contains(name);
-}
-
-bool isParagraph(const QString& name)
-{
-    return name == QStringLiteral("p") || name == QStringLiteral("table") || name == QStringLiteral("ul") ||
-           name == QStringLiteral("ol") || (name.size() == 2 && name[0] == u'h' && name[1].isDigit());
-}
-
-bool isUnseen(const Tag& tag)
+bool isUnseenElement(const QString& name)
 {
     static const QSet<QString> names = {QStringLiteral("head"),   QStringLiteral("style"),    QStringLiteral("script"),
                                         QStringLiteral("title"),  QStringLiteral("template"), QStringLiteral("svg"),
                                         QStringLiteral("object"), QStringLiteral("select")};
-    static const QRegularExpression hidden(
-        QStringLiteral("display\\s*:\\s*none|visibility\\s*:\\s*hidden|\\bhidden(?=[\\s/]|$)"),
-        QRegularExpression::CaseInsensitiveOption);
-    return names.contains(tag.name) || hidden.match(tag.attributes.toString()).hasMatch();
-}
-
-bool isQuote(const Tag& tag)
-{
-    return tag.name == QStringLiteral("blockquote") ||
-           (tag.name == QStringLiteral("div") &&
-            (tag.attributes.contains(u"gmail_quote") || tag.attributes.contains(u"yahoo_quoted") ||
-             tag.attributes.contains(u"moz-cite-prefix")));
+    return names.contains(name);
 }
 
 class Reader
 {
 public:
-    explicit Reader(const QString& html)
+    Reader(const QString& html, bool hides)
         : m_html(html)
+        , m_hides(hides)
     {
     }
 
@@ -92,6 +48,7 @@ public:
 private:
     struct Open {
         QString name;
+        ElementKind kind = ElementKind::Inline;
         bool unseen = false;
         bool quote = false;
     };
@@ -103,50 +60,42 @@ private:
             const qsizetype end = m_html.indexOf(u"-->", start + 4);
             return end < 0 ? m_html.size() : end + 3;
         }
-        const qsizetype end = m_html.indexOf(u'>', start);
-        if (end < 0) {
-            return m_html.size();
-        }
-        QStringView inside = m_html.mid(start + 1, end - start - 1);
-        Tag tag;
-        tag.closing = inside.startsWith(u'/');
-        inside = tag.closing ? inside.mid(1) : inside;
-        qsizetype length = 0;
-        while (length < inside.size() && (inside[length].isLetterOrNumber() || inside[length] == u':')) {
-            ++length;
-        }
-        if (length == 0 && !inside.startsWith(u'!') && !inside.startsWith(u'?') && !tag.closing) {
+        const HtmlTag tag = readHtmlTag(m_html, start);
+        if (tag.end == start) {
             addText(m_html.mid(start, 1));
             return start + 1;
         }
-        tag.name = inside.first(length).toString().toLower();
-        tag.attributes = inside.mid(length);
         apply(tag);
         const bool raw = !tag.closing && (tag.name == QStringLiteral("style") || tag.name == QStringLiteral("script"));
         if (!raw) {
-            return end + 1;
+            return tag.end;
         }
-        const qsizetype close = m_html.indexOf(QString(QStringLiteral("</") + tag.name), end, Qt::CaseInsensitive);
+        const qsizetype close = m_html.indexOf(QString(QStringLiteral("</") + tag.name), tag.end, Qt::CaseInsensitive);
         return close >= 0 ? close : m_html.size();
     }
 
-    void apply(const Tag& tag)
+    void apply(const HtmlTag& tag)
     {
-        if (isBlock(tag.name)) {
-            breakLine(isParagraph(tag.name));
+        if (isBlockElement(tag.name)) {
+            breakLine(isParagraphElement(tag.name));
         }
-        if (tag.name == QStringLiteral("li") && !tag.closing) {
-            addText(u"- ");
+        const ElementKind kind = elementKind(tag.name);
+        if (!tag.closing && kind != ElementKind::Inline) {
+            endImplied(kind);
         }
-        if (isVoid(tag.name) || tag.name.isEmpty()) {
+        if (isVoidElement(tag) || tag.name.isEmpty()) {
             return;
         }
         if (!tag.closing) {
             constexpr qsizetype depthLimit = 512;
             if (m_open.size() < depthLimit) {
-                m_open.append({tag.name, isUnseen(tag), isQuote(tag)});
+                const bool unseen = m_hides && (isUnseenElement(tag.name) || isHiddenByAttributes(tag));
+                m_open.append({tag.name, kind, unseen, isQuoteElement(tag)});
                 m_unseen += m_open.last().unseen ? 1 : 0;
                 m_quotes += m_open.last().quote ? 1 : 0;
+            }
+            if (tag.name == QStringLiteral("li")) {
+                addText(u"- ");
             }
             return;
         }
@@ -154,7 +103,24 @@ private:
         while (index >= 0 && m_open[index].name != tag.name) {
             --index;
         }
-        while (index >= 0 && m_open.size() > index) {
+        if (index >= 0) {
+            closeTo(index);
+        }
+    }
+
+    /// Ends the open elements whose end tags may be left out before such an element.
+    void endImplied(ElementKind started)
+    {
+        for (qsizetype index = m_open.size() - 1; index >= 0 && !shieldsFromEnd(started, m_open[index].kind); --index) {
+            if (endsElement(started, m_open[index].kind)) {
+                closeTo(index);
+            }
+        }
+    }
+
+    void closeTo(qsizetype index)
+    {
+        while (m_open.size() > index) {
             m_unseen -= m_open.last().unseen ? 1 : 0;
             m_quotes -= m_open.last().quote ? 1 : 0;
             m_open.removeLast();
@@ -181,6 +147,7 @@ private:
     }
 
     QStringView m_html;
+    bool m_hides;
     QString m_text;
     QString m_line;
     QList<Open> m_open;
@@ -203,7 +170,9 @@ bool looksLikeHtml(const QString& text)
 
 QString htmlText(const QString& html)
 {
-    return Reader(html).read();
+    const QString shown = Reader(html, true).read();
+    // A message that seems to hide everything was misread: better a line too many than no text.
+    return shown.isEmpty() ? Reader(html, false).read() : shown;
 }
 
 } // namespace quillmate::localservice

@@ -89,10 +89,37 @@ bool isPhoneFooter(const QString& line)
     return line.size() < 80 && matches(expression, line);
 }
 
-bool isQuoted(const QString& line)
+bool isBarred(const QString& line)
 {
-    const QString text = line.trimmed();
-    return text.startsWith(u'>') || text.startsWith(u'|');
+    return line.trimmed().startsWith(u'|');
+}
+
+/// Whether the lines that begin with "|" are quotes: none of them has a "|" further on, as the rows of a table have,
+/// and the line above the first names a sender or a time.
+bool quotesWithBars(const QStringList& lines)
+{
+    static const QRegularExpression row(QStringLiteral("^\\s*[|\\s]*[^|\\s].*\\|"));
+    static const QRegularExpression introduction(QStringLiteral("(\\d{1,4}[.:/年-]|\\S@\\S).*[:：]\\s*$"));
+    QString above;
+    bool found = false;
+    bool introduced = false;
+    for (const QString& line : lines) {
+        if (isBarred(line)) {
+            introduced = introduced || (!found && (isAttribution(above) || matches(introduction, above)));
+            found = true;
+            if (row.match(line.left(400)).hasMatch()) {
+                return false;
+            }
+        } else if (!line.trimmed().isEmpty()) {
+            above = line;
+        }
+    }
+    return introduced;
+}
+
+bool isQuoted(const QString& line, bool bars)
+{
+    return line.trimmed().startsWith(u'>') || (bars && isBarred(line));
 }
 
 /// Takes away the lines that introduce a quote, where they stand directly above it.
@@ -130,10 +157,11 @@ void dropAttribution(QStringList& kept)
 
 QStringList ownLines(const QStringList& lines)
 {
+    const bool bars = quotesWithBars(lines);
     QStringList kept;
     for (qsizetype index = 0; index < lines.size(); ++index) {
         const QString& line = lines[index];
-        if (isQuoted(line)) {
+        if (isQuoted(line, bars)) {
             dropAttribution(kept);
             continue;
         }
@@ -143,7 +171,7 @@ QStringList ownLines(const QStringList& lines)
                                     isAttribution(line.trimmed() + u' ' + lines[index + 1].trimmed()));
         const bool quoteFollows =
             std::any_of(lines.begin() + index + 1, lines.begin() + std::min(lines.size(), index + 5),
-                        [](const QString& next) { return isQuoted(next); });
+                        [bars](const QString& next) { return isQuoted(next, bars); });
         if (isSignatureStart(line) || isSeparator(line) || isHeaderBlock(lines, index) ||
             (attribution && !quoteFollows)) {
             break;
@@ -157,7 +185,9 @@ QStringList ownLines(const QStringList& lines)
 
 QString unquoted(const QStringList& lines)
 {
-    static const QRegularExpression marks(QStringLiteral("^\\s*([>|]\\s?)+"));
+    static const QRegularExpression angles(QStringLiteral("^\\s*(>\\s?)+"));
+    static const QRegularExpression anglesAndBars(QStringLiteral("^\\s*([>|]\\s?)+"));
+    const QRegularExpression& marks = quotesWithBars(lines) ? anglesAndBars : angles;
     QStringList texts;
     for (const QString& line : lines) {
         if (!isSeparator(line) && !isHeaderField(line, true) && !isHeaderField(line, false) &&

@@ -1,5 +1,6 @@
 #include "localservice/engine/Sentences.h"
 
+#include "localservice/engine/SentenceSigns.h"
 #include "localservice/engine/Words.h"
 
 #include <QRegularExpression>
@@ -70,6 +71,20 @@ bool isBeforeDay(const QString& text, qsizetype end)
     return end > 0 && words.contains(wordBefore(text, end - 1).toLower());
 }
 
+/// Whether the full stop at `index` belongs to "a.m." or "p.m." and what follows begins a sentence: a day or a time
+/// zone goes on with the hour.
+bool endsHour(const QString& text, qsizetype index, qsizetype after)
+{
+    static const QRegularExpression goesOn(
+        QStringLiteral(
+            "^\\s+((mon|tues|wednes|thurs|fri|satur|sun)day|(january|february|march|april|may|june|july|august|"
+            "september|october|november|december) \\d|(?-i)[A-Z]{2,4}\\b)"),
+        QRegularExpression::CaseInsensitiveOption);
+    const QString word = wordBefore(text, index).toLower();
+    return (word == QStringLiteral("a.m") || word == QStringLiteral("p.m")) && text[after + 1].isUpper() &&
+           !goesOn.match(text.mid(after, longestSentence)).hasMatch();
+}
+
 /// Whether the full stop at `index` ends a sentence; `after` is the first character behind it and its closing marks.
 bool endsSentence(const QString& text, qsizetype index, qsizetype after)
 {
@@ -87,6 +102,9 @@ bool endsSentence(const QString& text, qsizetype index, qsizetype after)
     const bool number = !word.isEmpty() && std::all_of(word.begin(), word.end(), [](QChar c) { return c.isDigit(); });
     const bool ordinal = number && word.size() <= 2 &&
                          (word.size() == index || next.isLower() || isBeforeDay(text, index - word.size()));
+    if (endsHour(text, index, after)) {
+        return true;
+    }
     const bool letters = !word.isEmpty() && !number;
     return !next.isLower() && !ordinal && !(letters && isAbbreviation(word));
 }
@@ -131,10 +149,9 @@ void splitParagraph(const QString& paragraph, QStringList& found, qsizetype limi
 /// greeting or heading does, or the next one begins a list item.
 bool endsParagraph(const QString& line, const QString& next, qsizetype width, bool first)
 {
-    static const QRegularExpression item(QStringLiteral("^\\s*([-*•–·▪]|\\d{1,2}[.)]|[a-z]\\))\\s+\\S"));
     const QString text = line.trimmed();
     const QString following = next.trimmed();
-    if (text.isEmpty() || following.isEmpty() || item.match(next).hasMatch()) {
+    if (text.isEmpty() || following.isEmpty() || isListItem(next)) {
         return true;
     }
     const QChar last = text.back();
@@ -193,7 +210,7 @@ bool hasContent(const QString& sentence)
         letters += character.isLetter() ? 1 : 0;
         unspaced += isUnspaced(character) ? 1 : 0;
     }
-    if (letters * 3 < sentence.size() || link.match(sentence).hasMatch()) {
+    if (letters * 3 < sentence.size() || isClosingFormula(sentence) || link.match(sentence).hasMatch()) {
         return false;
     }
     const QChar last = sentence.back();

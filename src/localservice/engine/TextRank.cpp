@@ -104,12 +104,16 @@ std::vector<double> textRank(const std::vector<QStringList>& sentenceWords)
     return ranks;
 }
 
-std::vector<std::size_t> bestSentences(const std::vector<QStringList>& sentenceWords, std::size_t count)
+std::vector<std::size_t> bestSentences(const std::vector<QStringList>& sentenceWords, std::size_t count,
+                                       const std::vector<double>& ownWeights)
 {
     std::vector<double> scores = textRank(sentenceWords);
     for (std::size_t index = 0; index < scores.size(); ++index) {
         const double late = static_cast<double>(index) / static_cast<double>(scores.size());
         scores[index] *= 1 + leadWeight * (1 - late);
+        // The root, so that a few sentences that are all about one thing do not outweigh every sign.
+        scores[index] = std::sqrt(scores[index]);
+        scores[index] += index < ownWeights.size() ? ownWeights[index] : 0;
     }
     std::vector<std::size_t> order(scores.size());
     std::iota(order.begin(), order.end(), std::size_t(0));

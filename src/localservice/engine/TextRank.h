@@ -12,8 +12,10 @@ namespace quillmate::localservice
 /// than 1e-6. Time and memory grow with the square of the count: bound it before.
 std::vector<double> textRank(const std::vector<QStringList>& sentenceWords);
 
-/// The indices, in order, of the `count` best sentences: TextRank weighted by position (an early sentence of a message
-/// says more), a sentence that repeats a chosen one left out.
-std::vector<std::size_t> bestSentences(const std::vector<QStringList>& sentenceWords, std::size_t count);
+/// The indices, in order, of the `count` best sentences: the root of TextRank weighted by position (an early sentence
+/// of a message says more), plus the sentence's own weight (none counts 0), a sentence that repeats a chosen one left
+/// out.
+std::vector<std::size_t> bestSentences(const std::vector<QStringList>& sentenceWords, std::size_t count,
+                                       const std::vector<double>& ownWeights = {});
 
 } // namespace quillmate::localservice

@@ -4,6 +4,7 @@
 #include <QStringDecoder>
 
 #include <algorithm>
+#include <array>
 #include <vector>
 
 namespace quillmate::localservice
@@ -30,13 +31,20 @@ std::string_view takeLine(std::string_view& rest)
     return line;
 }
 
+/// Whether a header field of a MIME part (RFC 2045, 2183, 2557, 3282, 1864) stands here; any other "Content-…:" is
+/// somebody's text.
 bool isContentHeader(std::string_view line)
 {
-    constexpr std::string_view start = "content-";
-    return line.size() > start.size() && line.find(':') != std::string_view::npos &&
-           std::equal(start.begin(), start.end(), line.begin(), [](char wanted, char given) {
-               return wanted == (given >= 'A' && given <= 'Z' ? static_cast<char>(given | 0x20) : given);
-           });
+    static constexpr std::array<std::string_view, 10> known = {
+        "content-type",     "content-transfer-encoding", "content-disposition", "content-id",   "content-description",
+        "content-location", "content-language",          "content-md5",         "content-base", "content-class"};
+    std::string name(line.substr(0, line.find(':')));
+    if (name.size() == line.size()) {
+        return false;
+    }
+    std::transform(name.begin(), name.end(), name.begin(),
+                   [](char given) { return given >= 'A' && given <= 'Z' ? static_cast<char>(given | 0x20) : given; });
+    return std::find(known.begin(), known.end(), name) != known.end();
 }
 
 bool isHex(char c)
