@@ -30,7 +30,7 @@ std::variant<Options, std::string> readOptions(const std::vector<std::string>& a
                                                const std::string& defaultData);
 
 /// ${XDG_DATA_HOME:-~/.local/share}/quillmate/service; a relative XDG_DATA_HOME counts as unset, as the XDG Base
-/// Directory Specification wants it.
+/// Directory rules want it.
 std::string defaultDataFolder();
 
 /// The text of --help.

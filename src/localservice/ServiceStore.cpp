@@ -6,7 +6,6 @@
 #include <ctime>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <thread>
 #include <unistd.h>
 #include <utility>
 
@@ -103,14 +102,10 @@ ServiceStore::~ServiceStore()
 
 bool ServiceStore::closeEarly(std::chrono::milliseconds limit)
 {
-    constexpr std::chrono::milliseconds pause{10};
-    for (auto waited = std::chrono::milliseconds::zero(); !m_mutex.try_lock(); waited += pause) {
-        if (waited >= limit) {
-            return false;
-        }
-        std::this_thread::sleep_for(pause);
+    const std::unique_lock lock(m_mutex, limit);
+    if (!lock) {
+        return false;
     }
-    const std::lock_guard lock(m_mutex, std::adopt_lock);
     sqlite3_close(std::exchange(m_database, nullptr));
     return true;
 }

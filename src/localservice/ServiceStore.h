@@ -71,7 +71,7 @@ private:
     }
     void prepare();
 
-    std::mutex m_mutex;
+    std::timed_mutex m_mutex;
     sqlite3* m_database;
 };
 
