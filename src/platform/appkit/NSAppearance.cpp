@@ -6,6 +6,7 @@
 #include <QDBusPendingReply>
 #include <QDBusVariant>
 #include <QEvent>
+#include <QFile>
 #include <QGuiApplication>
 #include <QPalette>
 #include <QPointer>
@@ -21,6 +22,14 @@ const auto path = QStringLiteral("/org/freedesktop/portal/desktop");
 const auto interfaceName = QStringLiteral("org.freedesktop.portal.Settings");
 const auto appearanceGroup = QStringLiteral("org.freedesktop.appearance");
 const auto colorSchemeKey = QStringLiteral("color-scheme");
+
+/// Asking for a session bus where there is none makes the bus library start one, which nobody asked for.
+bool hasSessionBus()
+{
+    const QString runtimeFolder = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    return !qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS") ||
+           (!runtimeFolder.isEmpty() && QFile::exists(runtimeFolder + QStringLiteral("/bus")));
+}
 
 } // namespace
 
@@ -50,6 +59,9 @@ NSAppearance::NSAppearance(QObject* parent)
 
 void NSAppearance::askPortal()
 {
+    if (!hasSessionBus()) {
+        return;
+    }
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected()) {
         return;
