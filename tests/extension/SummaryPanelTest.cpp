@@ -135,7 +135,7 @@ void SummaryPanelTest::summaryGivesUp()
     m_fixture.server().reply(summarize, shortSummary);
     m_fixture.log().take();
     m_fixture.click("summarizeButton");
-    QTRY_COMPARE(m_fixture.log().lines().last(), QStringLiteral("Failed to summarize."));
+    QTRY_VERIFY(m_fixture.log().lines().contains(QStringLiteral("Failed to summarize.")));
     m_fixture.click("summarizeButton");
     QTRY_COMPARE(shownSummary(), QStringLiteral("Short."));
     QCOMPARE(m_fixture.log().lines().filter(QStringLiteral("Summarization successful: ")).size(), 1);
@@ -166,7 +166,7 @@ void SummaryPanelTest::messageTooLongToShow()
     QVERIFY(input->property("placeholderText").toString().contains(QStringLiteral("3.0 MB")));
     // It is kept and sent all the same.
     m_fixture.click("summarizeButton");
-    QTRY_COMPARE(m_fixture.log().lines().last(), QStringLiteral("Failed to summarize."));
+    QTRY_VERIFY(m_fixture.log().lines().contains(QStringLiteral("Failed to summarize.")));
     QVERIFY(m_fixture.server().requests().back().body.size() > content.size());
     QVERIFY(stored("Optional(\"m1\") fallbackContent") == content);
     input->setProperty("text", QStringLiteral("Only this"));
@@ -279,7 +279,7 @@ void SummaryPanelTest::editorOfAnEarlierMessage()
     m_fixture.server().reply(me, R"({"email":"a@b.example","name":"A"})");
     m_fixture.server().reply(summarize, "{}");
     m_fixture.click("summarizeButton");
-    QTRY_COMPARE(m_fixture.log().lines().last(), QStringLiteral("Failed to summarize."));
+    QTRY_VERIFY(m_fixture.log().lines().contains(QStringLiteral("Failed to summarize.")));
     QVERIFY(m_fixture.server().requests().back().body.find("Pasted for m1") != std::string::npos);
     QCOMPARE(loadFallbackContent("m1"), std::optional<std::string>("Pasted for m1"));
     QCOMPARE(loadFallbackContent("m2"), std::optional<std::string>("kept for m2"));
