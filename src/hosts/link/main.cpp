@@ -2,6 +2,7 @@
 #include "hosts/link/Frame.h"
 #include "hosts/link/LinkPanels.h"
 #include "hosts/link/LinkThread.h"
+#include "platform/appkit/DisplayWatch.h"
 #include "platform/appkit/ViewEngine.h"
 #include "platform/foundation/NetworkEnvironment.h"
 #include "platform/foundation/TerminationSignals.h"
@@ -13,8 +14,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
+#include <optional>
 #include <string_view>
 #include <unistd.h>
+#include <utility>
 
 namespace
 {
@@ -85,7 +88,10 @@ int main(int argc, char** argv)
     ::fcntl(STDIN_FILENO, F_SETPIPE_SZ, 1024 * 1024);
 
     quillmate::ViewEngine::chooseRendering();
+    std::optional<quillmate::DisplayWatch> watch(std::in_place, "quillmate-extension",
+                                                 "check DISPLAY or WAYLAND_DISPLAY.");
     QGuiApplication application(argc, argv);
+    watch.reset();
     // Not before: reading certificates wants an application object.
     auto environment = quillmate::NetworkEnvironment::fromProcessEnvironment();
     if (!environment) {

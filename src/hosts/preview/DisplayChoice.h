@@ -10,9 +10,4 @@ namespace quillmate
 /// display and what to do.
 [[nodiscard]] std::string chooseDisplay(bool pictureOnly);
 
-/// Between these two calls a display that cannot be connected to ends the program with one sentence on standard error
-/// and status 2, and not with an abort. Qt's own warnings of that time are dropped.
-void watchDisplayConnection();
-void endDisplayWatch();
-
 } // namespace quillmate

@@ -1,11 +1,14 @@
 #include "extension/MailExtension.h"
 #include "hosts/preview/DisplayChoice.h"
 #include "hosts/preview/PreviewProgram.h"
+#include "platform/appkit/DisplayWatch.h"
 #include "platform/appkit/ViewEngine.h"
 
 #include <QGuiApplication>
 #include <QIcon>
 #include <cstdio>
+#include <optional>
+#include <utility>
 
 namespace
 {
@@ -42,10 +45,12 @@ int main(int argc, char** argv)
     }
 
     ViewEngine::chooseRendering();
-    watchDisplayConnection();
+    std::optional<DisplayWatch> watch(
+        std::in_place, "quillmate",
+        "check DISPLAY or WAYLAND_DISPLAY, or use --screenshot FILE, which needs no display.");
     int noArguments = 1; // Ours are read; Qt's own are given in its environment variables.
-    QGuiApplication application(noArguments, argv);
-    endDisplayWatch();
+    const QGuiApplication application(noArguments, argv);
+    watch.reset();
     // Not before: reading certificates wants an application object.
     const auto environment = NetworkEnvironment::fromProcessEnvironment();
     if (!environment) {

@@ -71,6 +71,8 @@ void LinkStartTest::environment_data()
                                           << "QUILLMATE_CA_FILE";
     QTest::newRow("no display") << QStringList{"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"} << QString()
                                 << "DISPLAY";
+    QTest::newRow("a platform that is none") << QStringList{"QT_QPA_PLATFORM"} << "bogus"
+                                             << "QT_QPA_PLATFORM";
 }
 
 void LinkStartTest::environment()
