@@ -6,6 +6,7 @@
 #include <QCoreApplication>
 #include <QThread>
 
+#include <semaphore>
 #include <utility>
 
 namespace quillmate
@@ -50,10 +51,15 @@ URLSessionThread::URLSessionThread(NetworkEnvironment environment)
 
 URLSessionThread::~URLSessionThread()
 {
-    add([this] {
+    // What the thread wrote last is handed over here, and not by the end of the thread, which Qt waits for in a way of
+    // its own.
+    std::binary_semaphore ended(0);
+    add([this, &ended] {
         m_managers.reset();
         m_thread->quit();
+        ended.release();
     });
+    ended.acquire();
     m_thread->wait();
 }
 
