@@ -84,10 +84,18 @@ Failure setModel(Options& options, const std::string& value)
 
 Failure setUpdateVersion(Options& options, const std::string& value)
 {
-    const bool dotted = !value.empty() && value.front() >= '0' && value.front() <= '9' &&
-                        std::all_of(value.begin(), value.end(), [](char c) { return c > 0x20 && c < 0x7F; });
     options.update.version = value;
-    return dotted ? Failure() : "give a version that begins with a number, such as 1.2.0";
+    return isVersion(value) ? Failure() : "give a version, such as 1.2.0 or 1.2.0-rc.1";
+}
+
+/// What was given, as it can stand in one line.
+std::string shown(const std::string& argument)
+{
+    constexpr std::size_t longest = 100;
+    std::string text = argument.substr(0, longest);
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return (c >= 0 && c < 0x20) || c == 0x7F; }, '?');
+    return argument.size() > longest ? text + "..." : text;
 }
 
 const std::map<std::string, Setter>& setters()
@@ -125,7 +133,7 @@ std::variant<Options, std::string> readOptions(const std::vector<std::string>& a
         }
         const auto setter = setters().find(name);
         if (setter == setters().end()) {
-            return "unknown option " + argument + ": see quillmate-service --help";
+            return "unknown option " + shown(argument) + ": see quillmate-service --help";
         }
         if (equals == std::string::npos && index + 1 == arguments.size()) {
             return name + " needs a value: see quillmate-service --help";
@@ -133,7 +141,7 @@ std::variant<Options, std::string> readOptions(const std::vector<std::string>& a
         const std::string value = equals == std::string::npos ? arguments[++index] : argument.substr(equals + 1);
         const Failure failure = setter->second(options, value);
         if (!failure.empty()) {
-            return std::string(name).append(" cannot be \"").append(value).append("\": ").append(failure);
+            return std::string(name).append(" cannot be \"").append(shown(value)).append("\": ").append(failure);
         }
     }
     if (options.update.version.empty() != options.update.url.empty()) {

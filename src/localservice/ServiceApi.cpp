@@ -16,6 +16,8 @@ using Json = nlohmann::ordered_json;
 
 constexpr std::string_view sessionPath = "/plugin-auth/session-request/";
 constexpr std::string_view assistantId = "builtin";
+/// What the panel sends for the text of a message when there is none.
+constexpr std::string_view noMessage = "Compose session";
 
 bool startsWith(std::string_view text, std::string_view start)
 {
@@ -80,10 +82,11 @@ void ServiceApi::addRoutes()
         true,
         [this](const User&, const Fields& fields) { return textReply(m_engine.summarize(fields.at("content"))); },
         {"content", "email", "plugin_source", "plugin_version"}};
-    m_routes["/api/v1/response"] = {
-        true,
-        [this](const User&, const Fields& fields) { return textReply(m_engine.reply(fields.at("content"))); },
-        {"messageId", "content", "email", "plugin_source", "plugin_version"}};
+    m_routes["/api/v1/response"] = {true,
+                                    [this](const User& user, const Fields& fields) {
+                                        return textReply(m_engine.reply(fields.at("content"), user.name));
+                                    },
+                                    {"messageId", "content", "email", "plugin_source", "plugin_version"}};
     m_routes["/api/v1/create-training-data"] = {
         true,
         [this](const User& user, const Fields& fields) {
@@ -199,7 +202,9 @@ std::string ServiceApi::loginUrl(const HttpRequest& request, const std::string& 
 HttpResponse ServiceApi::startChat(const User& user, const Fields& fields)
 {
     // What is kept is the readable text, not the source with its attachments.
-    const std::string thread = m_store.startThread(user.id, m_engine.readableText(fields.at("email_content")));
+    const std::string& mail = fields.at("email_content");
+    const std::string text = mail == noMessage ? std::string() : m_engine.readableText(mail);
+    const std::string thread = m_store.startThread(user.id, text);
     return json({{"response", {{"assistantId", assistantId}, {"threadId", thread}}}});
 }
 
@@ -211,7 +216,7 @@ HttpResponse ServiceApi::sendChat(const User& user, const Fields& fields)
         return errorResponse(404, "There is no such chat: start a new one.");
     }
     const std::string& question = fields.at("content");
-    std::string answer = m_engine.answer(thread->text, question);
+    std::string answer = m_engine.answer(thread->text, thread->messages, question);
     m_store.addMessages(id, {{ThreadMessage::Role::User, question}, {ThreadMessage::Role::Assistant, answer}});
     return textReply(answer);
 }

@@ -3,6 +3,7 @@
 #include "localservice/Secrets.h"
 #include "localservice/Sqlite.h"
 
+#include <algorithm>
 #include <ctime>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -186,12 +187,14 @@ std::optional<ChatThread> ServiceStore::thread(std::int64_t user, const std::str
         return std::nullopt;
     }
     ChatThread thread{statement.textAt(0), {}};
-    SqliteStatement messages(m_database, "SELECT role, text FROM messages WHERE thread = ? ORDER BY id");
-    messages.text(id);
+    SqliteStatement messages(m_database, "SELECT role, substr(text, 1, ?) FROM messages WHERE thread = ? "
+                                         "ORDER BY id DESC LIMIT ?");
+    messages.number(turnLength).text(id).number(latestTurns);
     while (messages.step()) {
         const auto role = messages.textAt(0) == "user" ? ThreadMessage::Role::User : ThreadMessage::Role::Assistant;
         thread.messages.push_back({role, messages.textAt(1)});
     }
+    std::reverse(thread.messages.begin(), thread.messages.end());
     return thread;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "localservice/ThreadMessage.h"
+
 #include <chrono>
 #include <cstdint>
 #include <memory>
@@ -22,15 +24,7 @@ struct User {
     bool operator==(const User&) const = default;
 };
 
-/// One turn of a chat.
-struct ThreadMessage {
-    enum class Role { User, Assistant };
-    Role role = Role::User;
-    std::string text;
-    bool operator==(const ThreadMessage&) const = default;
-};
-
-/// A chat: the text it is about and its turns in order.
+/// A chat: the text it is about and its latest turns in order.
 struct ChatThread {
     std::string text;
     std::vector<ThreadMessage> messages;
@@ -54,7 +48,10 @@ public:
 
     /// Returns the id of a new chat about the text.
     std::string startThread(std::int64_t user, const std::string& text);
-    /// Nothing when there is no such chat of this user.
+    /// Nothing when there is no such chat of this user. Of a long chat the last `latestTurns` come back, and of a long
+    /// turn its first `turnLength` characters; all of it stays stored.
+    static constexpr int latestTurns = 40;
+    static constexpr int turnLength = 8000;
     [[nodiscard]] std::optional<ChatThread> thread(std::int64_t user, const std::string& id);
     void addMessages(const std::string& thread, const std::vector<ThreadMessage>& messages);
 

@@ -1,3 +1,4 @@
+#include "localservice/MailFixtures.h"
 #include "localservice/engine/BuiltinEngine.h"
 #include "localservice/engine/Sentences.h"
 #include "localservice/engine/TextRank.h"
@@ -8,23 +9,6 @@
 #include <numeric>
 
 using namespace quillmate::localservice;
-
-namespace
-{
-
-QByteArray multipart(const QByteArray& boundary, const QList<QByteArray>& parts)
-{
-    QByteArray text;
-    for (const QByteArray& part : parts) {
-        text += "--" + boundary + "\n" + part + "\n";
-    }
-    return text + "--" + boundary + "--\n";
-}
-
-const QByteArray plainPart = "Content-Type: text/plain; charset=utf-8\n\nThe plain text.\n";
-const QByteArray htmlPart = "Content-Type: text/html; charset=utf-8\n\n<p>The <b>marked</b> text.</p>\n";
-
-} // namespace
 
 class EngineTest : public QObject
 {
@@ -147,67 +131,9 @@ private Q_SLOTS:
         QCOMPARE(engine.summarize("Fine. See you."), std::string("Fine. See you."));
         for (const char* unreadable : {"", " \n ", "\x01\x02\x03\x04\x05"}) {
             QVERIFY(engine.summarize(unreadable).find("no text") != std::string::npos);
-            QVERIFY(!engine.reply(unreadable).empty());
+            QVERIFY(!engine.reply(unreadable, {}).empty());
             QVERIFY(engine.readableText(unreadable).empty());
         }
-    }
-
-    void repliesSpeakTheMessagesLanguageAndTakeUpItsQuestions_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QStringList>("contained");
-        const auto row = [](const char* name, const char* text, const char* contained) {
-            QTest::newRow(name) << QString::fromUtf8(text) << QString::fromUtf8(contained).split(u'|');
-        };
-        row("English", "The room is booked. Will you come on Friday?",
-            "thank you for|“Will you come on Friday?”|language model");
-        row("German", "Der Raum ist gebucht. Kommen Sie am Freitag?",
-            "vielen Dank|„Kommen Sie am Freitag?“|Sprachmodell");
-        row("French", "La salle est réservée. Venez-vous avec nous vendredi ?",
-            "merci pour|Venez-vous avec nous vendredi ?|modèle de langage");
-        row("Spanish", "La sala está reservada. ¿Viene usted con nosotros el viernes?",
-            "Gracias|¿Viene usted con nosotros el viernes?|modelo de lenguaje");
-        row("Japanese", "部屋を予約しました。金曜日に来られますか？",
-            "ありがとうございます|金曜日に来られますか？|言語モデル");
-        row("Arabic", "تم حجز القاعة. هل ستأتي يوم الجمعة؟", "شكرًا|هل ستأتي يوم الجمعة؟|نموذج");
-        row("no question", "The room for the meeting is booked and the projector works now.",
-            "You wrote:|the projector works");
-    }
-
-    void repliesSpeakTheMessagesLanguageAndTakeUpItsQuestions()
-    {
-        QFETCH(QString, text);
-        QFETCH(QStringList, contained);
-        const QString reply = QString::fromStdString(BuiltinEngine().reply(text.toStdString()));
-        for (const QString& part : contained) {
-            QVERIFY2(reply.contains(part), qPrintable(reply));
-        }
-    }
-
-    void answersAreTheSentencesThatFitTheQuestion_data()
-    {
-        QTest::addColumn<QString>("question");
-        QTest::addColumn<QString>("found");
-        QTest::newRow("shared word") << QStringLiteral("When is the delivery?")
-                                     << QStringLiteral("The delivery moves to Thursday.");
-        QTest::newRow("other form") << QStringLiteral("Who delivers?")
-                                    << QStringLiteral("The delivery moves to Thursday.");
-        QTest::newRow("rare word wins") << QStringLiteral("Is the invoice for the pumps on its way?")
-                                        << QStringLiteral("The invoice follows by post.");
-        QTest::newRow("nothing fits") << QStringLiteral("What colour has the elephant?") << QString();
-        QTest::newRow("empty") << QString() << QString();
-    }
-
-    void answersAreTheSentencesThatFitTheQuestion()
-    {
-        QFETCH(QString, question);
-        QFETCH(QString, found);
-        const std::string text = "The pumps are ready. The delivery moves to Thursday. The invoice follows by post. "
-                                 "The pumps need oil. Our driver calls you.";
-        const QString answer = QString::fromStdString(BuiltinEngine().answer(text, question.toStdString()));
-        QCOMPARE(answer.contains(QStringLiteral("Nothing in the message fits")), found.isEmpty());
-        QVERIFY2(found.isEmpty() || answer.contains(found), qPrintable(answer));
-        QVERIFY(!answer.contains(QStringLiteral("Our driver")));
     }
 
     /// Each of these once took a way that grows with the square of the size, or a level of stack for each byte: the
@@ -249,8 +175,14 @@ private Q_SLOTS:
         const std::string mail = body.toStdString();
         const std::string summary = engine.summarize(mail);
         QVERIFY(!summary.empty() && summary.size() < 250'000);
-        QVERIFY(!engine.reply(mail).empty());
-        QVERIFY(!engine.answer(engine.readableText(mail), "When is the delivery?").empty());
+        const std::string reply = engine.reply(mail, "Anna");
+        QVERIFY(!reply.empty() && reply.size() < 10'000);
+        // The message as a question, too, and as what was said before.
+        const std::string text = engine.readableText(mail);
+        const std::string answer = engine.answer(text, {}, mail);
+        const std::vector<ThreadMessage> earlier(40, {ThreadMessage::Role::User, text.substr(0, 8000)});
+        QVERIFY(!answer.empty() && answer.size() < 250'000);
+        QVERIFY(!engine.answer(text, earlier, "And when?").empty());
     }
 };
 

@@ -1,4 +1,5 @@
 #include "localservice/engine/MailText.h"
+#include "localservice/MailFixtures.h"
 #include "localservice/engine/QuotedText.h"
 
 #include <QTest>
@@ -8,16 +9,6 @@ using namespace quillmate::localservice;
 namespace
 {
 
-QByteArray multipart(const QByteArray& boundary, const QList<QByteArray>& parts)
-{
-    QByteArray text;
-    for (const QByteArray& part : parts) {
-        text += "--" + boundary + "\n" + part + "\n";
-    }
-    return text + "--" + boundary + "--\n";
-}
-
-const QByteArray plainPart = "Content-Type: text/plain; charset=utf-8\n\nThe plain text.\n";
 const QByteArray htmlPart = "Content-Type: text/html; charset=utf-8\n\n<p>The <b>marked</b> text.</p>\n";
 
 } // namespace

@@ -42,6 +42,17 @@ private Q_SLOTS:
         row("1.0", "nonsense", true);
         row("1.99999999999999999999999", "1.99999999999999999999998", true);
         row("1.2-beta", "1.2", false);
+        // Semantic Versioning 2.0.0, 11.
+        row("1.2.0", "1.2.0-rc.1", true);
+        row("1.0.0-alpha.1", "1.0.0-alpha", true);
+        row("1.0.0-alpha.beta", "1.0.0-alpha.1", true);
+        row("1.0.0-beta.11", "1.0.0-beta.2", true);
+        row("1.0.0-beta.2", "1.0.0-beta.11", false);
+        row("1.0.0-rc.1", "1.0.0-rc.1+7", false);
+        row("1.1.0-alpha", "1.0.0", true);
+        row("1.0.0+2", "1.0.0+1", false);
+        row("1.3", "v1.2", true);
+        row("1.2", "V1.2.0", false);
     }
 
     void versionsCompareAsNumbers()
@@ -50,6 +61,7 @@ private Q_SLOTS:
         QFETCH(QString, current);
         QFETCH(bool, newer);
         QCOMPARE(isNewerVersion(candidate.toStdString(), current.toStdString()), newer);
+        QVERIFY(!newer || !isNewerVersion(current.toStdString(), candidate.toStdString()));
     }
 
     void addressesArePlausible_data()
@@ -156,6 +168,17 @@ private Q_SLOTS:
         QCOMPARE(store->thread(anna.id, thread)->text, std::string("text '\"; --"));
         QVERIFY(store->thread(anna.id, thread)->messages == turns);
         QVERIFY(!store->thread(ben.id, thread));
+
+        // Of a long chat the end comes back, of a long turn the beginning.
+        for (int count = 0; count < 3000; ++count) {
+            store->addMessages(thread, {{ThreadMessage::Role::User, std::to_string(count)}});
+        }
+        store->addMessages(thread, {{ThreadMessage::Role::User, std::string(25'000'000, 'x')}});
+        const std::vector<ThreadMessage> latest = store->thread(anna.id, thread)->messages;
+        QCOMPARE(latest.size(), std::size_t(ServiceStore::latestTurns));
+        QCOMPARE(latest.back().text, std::string(ServiceStore::turnLength, 'x'));
+        QCOMPARE(latest[latest.size() - 2].text, std::string("2999"));
+        QCOMPARE(latest.front().text, std::to_string(3001 - ServiceStore::latestTurns));
     }
 
     void aPoolStopsWithoutWaitingForEver()

@@ -73,10 +73,29 @@ private Q_SLOTS:
             const QStringList words = QString::fromUtf8(line).split(u' ');
             QTest::newRow(line) << words << words.first().section(u'=', 0, 0).toUtf8();
         };
-        for (const char* line : {"--unknown", "surplus", "--port 65536", "--port=x", "--port", "--port -1",
-                                 "--listen host.example", "--listen=", "--engine magic", "--engine openai",
-                                 "--update-url ftp://x/y --update-version 1", "--update-version 1.0",
-                                 "--update-version new --update-url https://x/", "--data=", "--openai-url nowhere"}) {
+        for (const char* line : {"--unknown",
+                                 "surplus",
+                                 "--port 65536",
+                                 "--port=x",
+                                 "--port",
+                                 "--port -1",
+                                 "--listen host.example",
+                                 "--listen=",
+                                 "--engine magic",
+                                 "--engine openai",
+                                 "--update-url ftp://x/y --update-version 1",
+                                 "--update-version 1.0",
+                                 "--update-version new --update-url https://x/",
+                                 "--data=",
+                                 "--openai-url nowhere",
+                                 "--update-version= --update-url https://x/",
+                                 "--update-version 1..2 --update-url https://x/",
+                                 "--update-version 1.2- --update-url https://x/",
+                                 "--update-version v1.2 --update-url https://x/",
+                                 "--update-version 1.2\n3 --update-url https://x/",
+                                 "--update-url x/y --update-version 1",
+                                 "--update-url https:// --update-version 1",
+                                 "--update-url https://x/"}) {
             row(line);
         }
     }

@@ -93,6 +93,7 @@ private:
                 m_open.append({tag.name, kind, unseen, isQuoteElement(tag)});
                 m_unseen += m_open.last().unseen ? 1 : 0;
                 m_quotes += m_open.last().quote ? 1 : 0;
+                m_leavable += isLeavable(kind) ? 1 : 0;
             }
             if (tag.name == QStringLiteral("li")) {
                 addText(u"- ");
@@ -100,7 +101,7 @@ private:
             return;
         }
         qsizetype index = m_open.size() - 1;
-        while (index >= 0 && m_open[index].name != tag.name) {
+        while (index >= 0 && m_open.at(index).name != tag.name) {
             --index;
         }
         if (index >= 0) {
@@ -111,11 +112,22 @@ private:
     /// Ends the open elements whose end tags may be left out before such an element.
     void endImplied(ElementKind started)
     {
-        for (qsizetype index = m_open.size() - 1; index >= 0 && !shieldsFromEnd(started, m_open[index].kind); --index) {
-            if (endsElement(started, m_open[index].kind)) {
+        for (qsizetype index = m_open.size() - 1; index >= 0 && m_leavable > 0; --index) {
+            const ElementKind open = m_open.at(index).kind;
+            if (shieldsFromEnd(started, open)) {
+                break;
+            }
+            if (endsElement(started, open)) {
                 closeTo(index);
             }
         }
+    }
+
+    /// Whether some element that follows may end it without an end tag.
+    static bool isLeavable(ElementKind kind)
+    {
+        return kind != ElementKind::Inline && kind != ElementKind::Block && kind != ElementKind::Table &&
+               kind != ElementKind::List;
     }
 
     void closeTo(qsizetype index)
@@ -123,6 +135,7 @@ private:
         while (m_open.size() > index) {
             m_unseen -= m_open.last().unseen ? 1 : 0;
             m_quotes -= m_open.last().quote ? 1 : 0;
+            m_leavable -= isLeavable(m_open.last().kind) ? 1 : 0;
             m_open.removeLast();
         }
     }
@@ -153,6 +166,7 @@ private:
     QList<Open> m_open;
     int m_unseen = 0;
     int m_quotes = 0;
+    int m_leavable = 0; ///< so that thousands of blocks inside each other need not be looked through for each tag
 };
 
 } // namespace

@@ -3,6 +3,7 @@
 #include <QRegularExpression>
 #include <QSet>
 
+#include <algorithm>
 #include <array>
 
 namespace quillmate::localservice
@@ -27,18 +28,24 @@ const Words& commonWords(Language language)
                 u"should we "
                 u"they he she our your their at by from or not but if so an all there what which who when where how do "
                 u"does did "
-                u"please me my us its been than then them these those about into just also am were"),
+                u"please me my us its been than then them these those about into just also am were why whose whom any "
+                u"some"),
         wordsOf(u"der die das und ist in zu den mit von fur auf dem ein eine nicht sie ich wir es im des sich auch an "
                 u"als bei "
                 u"haben hat war wird werden bitte oder aber wenn dass noch nach am um uns ihr ihnen ihre einen einem "
                 u"einer wie "
-                u"kann konnen sind zum zur aus durch vom was wo wer so nur schon mir mich unser"),
+                u"kann konnen sind zum zur aus durch vom was wo wer so nur schon mir mich unser du dich dir wann warum "
+                u"wieso "
+                u"welche welcher welches wem wen denn dann dort hallo"),
         wordsOf(u"le la les des et est un une du en que qui dans pour sur pas ne vous nous je il elle au aux avec ce "
                 u"cette ces "
-                u"par plus se son sa ses votre vos notre nos mais ou si sont ont etre avoir merci bonjour leur de"),
+                u"par plus se son sa ses votre vos notre nos mais ou si sont ont etre avoir merci bonjour leur de tu "
+                u"toi quand comment pourquoi combien quel quelle "
+                u"quels quelles alors donc"),
         wordsOf(u"el la los las de que y en un una es por con para no se su lo del al como mas le les pero sus ya o "
                 u"este esta "
-                u"si ha han son usted nos nuestro muy gracias sobre entre cuando donde hola"),
+                u"si ha han son usted nos nuestro muy gracias sobre entre cuando donde hola quien cual cuanto cuanta "
+                u"cuantos cuantas entonces mi te"),
         Words{},
         wordsOf(u"في من على الى إلى عن ان أن إن هذا هذه ذلك التي الذي ما لا و هو هي كان مع كل قد ثم او أو لم لن بعد "
                 u"قبل نحن")};
@@ -47,7 +54,7 @@ const Words& commonWords(Language language)
 
 } // namespace
 
-Language languageOf(const QString& text)
+Language languageOf(const QString& text, Language otherwise)
 {
     constexpr qsizetype lookedAt = 4000;
     const QString sample = text.left(lookedAt);
@@ -71,13 +78,15 @@ Language languageOf(const QString& text)
     QString folded = sample.toLower().normalized(QString::NormalizationForm_D);
     folded.remove(QRegularExpression(QStringLiteral("\\p{M}")));
     const QStringList words = folded.split(notLetters, Qt::SkipEmptyParts);
-    Language best = Language::English;
-    qsizetype most = 0;
+    const auto commonIn = [&words](Language language) {
+        const Words& common = commonWords(language);
+        return std::count_if(words.begin(), words.end(), [&](const QString& word) { return common.contains(word); });
+    };
+    // "¿" and "ß" stand in no other of them.
+    Language best = sample.contains(u'¿') ? Language::Spanish : sample.contains(u'ß') ? Language::German : otherwise;
+    auto most = commonIn(best);
     for (const Language language : {Language::English, Language::German, Language::French, Language::Spanish}) {
-        qsizetype count = 0;
-        for (const QString& word : words) {
-            count += commonWords(language).contains(word) ? 1 : 0;
-        }
+        const auto count = commonIn(language);
         if (count > most) {
             most = count;
             best = language;

@@ -71,10 +71,11 @@ bool isHeaderBlock(const QStringList& lines, qsizetype index)
     return others >= 2;
 }
 
+/// A mark of a signature, or the rule that mailing lists put over their footer.
 bool isSignatureStart(const QString& line)
 {
-    static const QRegularExpression rule(QStringLiteral("^(--\\s?|_{20,}\\s*)$"));
-    return matches(rule, line);
+    static const QRegularExpression rule(QStringLiteral("^_{20,}\\s*$"));
+    return isSignatureMark(line) || matches(rule, line);
 }
 
 bool isPhoneFooter(const QString& line)
@@ -155,7 +156,7 @@ void dropAttribution(QStringList& kept)
     kept.resize(kept.size() - plausible);
 }
 
-QStringList ownLines(const QStringList& lines)
+QStringList ownLines(const QStringList& lines, bool withSignature)
 {
     const bool bars = quotesWithBars(lines);
     QStringList kept;
@@ -172,8 +173,8 @@ QStringList ownLines(const QStringList& lines)
         const bool quoteFollows =
             std::any_of(lines.begin() + index + 1, lines.begin() + std::min(lines.size(), index + 5),
                         [bars](const QString& next) { return isQuoted(next, bars); });
-        if (isSignatureStart(line) || isSeparator(line) || isHeaderBlock(lines, index) ||
-            (attribution && !quoteFollows)) {
+        const bool signature = isSignatureStart(line) && !(withSignature && isSignatureMark(line));
+        if (signature || isSeparator(line) || isHeaderBlock(lines, index) || (attribution && !quoteFollows)) {
             break;
         }
         if (!isPhoneFooter(line)) {
@@ -203,8 +204,18 @@ QString unquoted(const QStringList& lines)
 QString ownText(const QString& text)
 {
     const QStringList lines = text.split(u'\n');
-    const QString own = ownLines(lines).join(u'\n').trimmed();
+    const QString own = ownLines(lines, false).join(u'\n').trimmed();
     return own.isEmpty() ? unquoted(lines) : own;
+}
+
+QStringList ownLinesAndSignature(const QString& text)
+{
+    return ownLines(text.split(u'\n'), true);
+}
+
+bool isSignatureMark(const QString& line)
+{
+    return line == QStringLiteral("--") || line == QStringLiteral("-- ");
 }
 
 } // namespace quillmate::localservice

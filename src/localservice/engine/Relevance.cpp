@@ -3,12 +3,8 @@
 #include "localservice/engine/Words.h"
 
 #include <QHash>
-#include <QSet>
 
-#include <algorithm>
 #include <cmath>
-#include <utility>
-#include <vector>
 
 namespace quillmate::localservice
 {
@@ -18,15 +14,12 @@ namespace
 
 using Vector = QHash<QString, double>;
 
-// A sentence that fits far worse than the best one is no answer.
-constexpr double worstShare = 0.4;
 constexpr qsizetype stemLength = 5;
 
 /// Words by their beginning, so that "deliver" finds "delivery" and "Lieferung" finds "Lieferungen".
-Vector counted(const QString& text)
+Vector counted(const QStringList& words)
 {
     Vector vector;
-    const QStringList words = contentWords(text);
     for (const QString& word : words) {
         vector[word.left(stemLength)] += 1;
     }
@@ -44,12 +37,12 @@ double length(const Vector& vector)
 
 } // namespace
 
-QStringList relevantSentences(const QStringList& sentences, const QString& question, qsizetype count)
+std::vector<Match> relevantSentences(const QStringList& sentences, const QStringList& words)
 {
     std::vector<Vector> vectors;
     QHash<QString, int> holders;
     for (const QString& sentence : sentences) {
-        vectors.push_back(counted(sentence));
+        vectors.push_back(counted(contentWords(sentence)));
         for (auto word = vectors.back().keyBegin(); word != vectors.back().keyEnd(); ++word) {
             ++holders[*word];
         }
@@ -59,11 +52,11 @@ QStringList relevantSentences(const QStringList& sentences, const QString& quest
             entry.value() *= std::log(1 + static_cast<double>(sentences.size()) / (1.0 + holders.value(entry.key())));
         }
     };
-    Vector asked = counted(question);
+    Vector asked = counted(words);
     weighted(asked);
     const double askedLength = length(asked);
 
-    std::vector<std::pair<double, qsizetype>> scores;
+    std::vector<Match> found;
     for (std::size_t index = 0; index < vectors.size(); ++index) {
         weighted(vectors[index]);
         double product = 0;
@@ -71,22 +64,10 @@ QStringList relevantSentences(const QStringList& sentences, const QString& quest
             product += entry.value() * vectors[index].value(entry.key());
         }
         if (product > 0) {
-            scores.emplace_back(product / (askedLength * length(vectors[index])), static_cast<qsizetype>(index));
+            found.push_back({static_cast<qsizetype>(index), product / (askedLength * length(vectors[index]))});
         }
     }
-    std::stable_sort(scores.begin(), scores.end(), [](const auto& a, const auto& b) { return a.first > b.first; });
-    std::vector<qsizetype> chosen;
-    for (const auto& [score, index] : scores) {
-        if (static_cast<qsizetype>(chosen.size()) < count && score >= worstShare * scores.front().first) {
-            chosen.push_back(index);
-        }
-    }
-    std::sort(chosen.begin(), chosen.end());
-    QStringList result;
-    for (const qsizetype index : chosen) {
-        result.append(sentences[index]);
-    }
-    return result;
+    return found;
 }
 
 } // namespace quillmate::localservice

@@ -1,13 +1,20 @@
 #pragma once
 
-#include <QString>
 #include <QStringList>
+
+#include <vector>
 
 namespace quillmate::localservice
 {
 
-/// The sentences, in their order, that are most like the question: cosine of their TF-IDF vectors over the sentences'
-/// words. At most `count`; none when no sentence shares a word with the question.
-QStringList relevantSentences(const QStringList& sentences, const QString& question, qsizetype count);
+/// A sentence, by its place in a list, and how well it fits: above 0, at most 1.
+struct Match {
+    qsizetype index = 0;
+    double score = 0;
+};
+
+/// The sentences that share a word with `words` (as `contentWords` gives them; one that is repeated weighs more), in
+/// their order: cosine of the TF-IDF vectors over the sentences' words.
+std::vector<Match> relevantSentences(const QStringList& sentences, const QStringList& words);
 
 } // namespace quillmate::localservice

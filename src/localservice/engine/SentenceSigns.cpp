@@ -86,6 +86,16 @@ double weightOfSigns(const QString& sentence)
            (hasTime(sentence) ? timeWeight : 0) + (hasAmount(sentence) ? amountWeight : 0);
 }
 
+bool namesTime(const QString& sentence)
+{
+    return hasDate(sentence) || hasTime(sentence);
+}
+
+bool namesAmount(const QString& sentence)
+{
+    return hasAmount(sentence);
+}
+
 bool isClosingFormula(const QString& sentence)
 {
     static const QRegularExpression closing = expression(QStringLiteral(

@@ -9,6 +9,12 @@ namespace quillmate::localservice
 /// change of plan, a date, a time of day or an amount raises it. From 0; an average TextRank weight is 1.
 double weightOfSigns(const QString& sentence);
 
+/// Whether it names a day or a time of day.
+bool namesTime(const QString& sentence);
+
+/// Whether it names an amount of money, or a share in per cent.
+bool namesAmount(const QString& sentence);
+
 /// Whether it is what letters end with in any message ("Kind regards", "よろしくお願いいたします。"), or a footer that
 /// a mailing program adds.
 bool isClosingFormula(const QString& sentence);

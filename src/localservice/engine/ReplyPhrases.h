@@ -1,32 +1,28 @@
 #pragma once
 
 #include "localservice/engine/Language.h"
+#include "localservice/engine/Tone.h"
 
 #include <QString>
 
 namespace quillmate::localservice
 {
 
-/// The engine's own sentences in one language.
-struct Phrases {
-    QString greeting;
+/// The sentences of a reply's draft, beside the greeting.
+struct ReplyPhrases {
     QString thanks;
     /// Leads in the message's main sentence.
     QString about;
-    /// Leads in the questions that the message asks.
+    /// Lead in what the message asks.
+    QString question;
     QString questions;
     /// Stands where the user writes an answer.
     QString answerHere;
     QString closing;
-    /// Leads in the sentences that answer a question.
-    QString found;
-    QString notFound;
-    /// Says that a language model can be connected.
-    QString modelNote;
     QString openQuote;
     QString closeQuote;
 };
 
-const Phrases& phrasesIn(Language language);
+const ReplyPhrases& replyPhrases(Language language, Tone tone);
 
 } // namespace quillmate::localservice
