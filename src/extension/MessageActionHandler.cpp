@@ -3,6 +3,9 @@
 #include "extension/ExtractBody.h"
 #include "state/ReplyEmailManager.h"
 
+#include <optional>
+#include <string>
+
 namespace quillmate
 {
 namespace
@@ -15,8 +18,9 @@ constexpr int red = 4; // The platform's number.
 void MessageActionHandler::decideActionForMessage(const MEMessage& message, const Completion& completion)
 {
     if (const auto body = message.rawData ? extractBody(*message.rawData) : std::nullopt) {
-        ReplyEmailManager::shared().update(
-            [content = std::string(*body)](ReplyEmail& record) { record.content = content; });
+        std::optional<std::string> content(*body);
+        // What it replaces may be as large; it is freed outside the lock.
+        ReplyEmailManager::shared().update([&content](ReplyEmail& record) { record.content.swap(content); });
     }
     if (message.subject.find("Mars") == std::string::npos) {
         completion(std::nullopt);

@@ -4,12 +4,25 @@
 #include "support/LogCapture.h"
 #include "support/TestEnvironment.h"
 
+#include <QFile>
+#include <QResource>
 #include <QTest>
 
 #include <array>
 #include <thread>
 
 using namespace quillmate;
+
+// In no namespace, since the macros declare functions of the build's.
+static void takeRulesAway()
+{
+    Q_CLEANUP_RESOURCE(quillmate_rules);
+}
+
+static void bringRulesBack()
+{
+    Q_INIT_RESOURCE(quillmate_rules);
+}
 
 class HandlersTest : public QObject
 {
@@ -21,6 +34,7 @@ private Q_SLOTS:
     void messageActions_data();
     void messageActions();
     void contentRules();
+    void withoutContentRules();
     void securityIsDeclined();
     void signersGetAController();
 
@@ -64,6 +78,7 @@ void HandlersTest::messageActions_data()
     QTest::newRow("inside a word") << "Marsupials" << QByteArray("A: b\n\nx\n\ny") << true << "x\n\ny";
     QTest::newRow("lower case") << "mars" << QByteArray("A: b\n\nx") << false << "x";
     QTest::newRow("no body, still decided") << "Mars" << QByteArray("A: b\r\n\r\nx") << true << "before";
+    QTest::newRow("a body of blanks") << "Mars" << QByteArray("A: b\n\n \n") << true << "";
     QTest::newRow("neither") << "Venus" << QByteArray("caf\xe9\n\nx") << false << "before";
 }
 
@@ -91,8 +106,20 @@ void HandlersTest::messageActions()
 
 void HandlersTest::contentRules()
 {
-    // This program carries no rules.
-    QCOMPARE(m_extension.handlerForContentBlocker()->contentRulesJSON(), std::string());
+    QFile file(QStringLiteral(QUILLMATE_RESOURCES "/ContentBlockerRules.json"));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const std::string shipped = file.readAll().toStdString();
+    QVERIFY(!shipped.empty());
+    QCOMPARE(m_extension.handlerForContentBlocker()->contentRulesJSON(), shipped);
+}
+
+void HandlersTest::withoutContentRules()
+{
+    takeRulesAway();
+    const std::string rules = m_extension.handlerForContentBlocker()->contentRulesJSON();
+    bringRulesBack();
+    QCOMPARE(rules, std::string());
+    QVERIFY(!m_extension.handlerForContentBlocker()->contentRulesJSON().empty());
 }
 
 void HandlersTest::securityIsDeclined()

@@ -1,9 +1,10 @@
 #include "hosts/link/LinkFrame.h"
 
-#include <QByteArray>
+#include "hosts/link/LinkFields.h"
+#include "hosts/link/LinkMessage.h"
+
 #include <QString>
 
-#include <cmath>
 #include <map>
 
 namespace quillmate
@@ -11,192 +12,50 @@ namespace quillmate
 namespace
 {
 
-/// Collects the first thing that is wrong, so that the readers below read like the format.
-class Fields
-{
-public:
-    explicit Fields(const JSONValue& object)
-        : m_object(object)
-    {
-    }
-
-    [[nodiscard]] const std::string& error() const { return m_error; }
-
-    const JSONValue* required(std::string_view key)
-    {
-        const JSONValue* value = m_object.member(key);
-        if (!value) {
-            fail("The field \"" + std::string(key) + "\" is missing.");
-        }
-        return value;
-    }
-
-    std::string text(std::string_view key)
-    {
-        const JSONValue* value = required(key);
-        const std::string* text = value ? value->string() : nullptr;
-        if (value && !text) {
-            fail("The field \"" + std::string(key) + "\" must be a text.");
-        }
-        return text ? *text : std::string();
-    }
-
-    std::optional<std::string> textOrNull(std::string_view key)
-    {
-        const JSONValue* value = required(key);
-        if (!value || value->isNull()) {
-            return std::nullopt;
-        }
-        if (!value->string()) {
-            fail("The field \"" + std::string(key) + "\" must be a text or null.");
-            return std::nullopt;
-        }
-        return *value->string();
-    }
-
-    double length(std::string_view key)
-    {
-        // Far larger than any desktop; what is beyond is a mistake and must not reach the window system.
-        constexpr double most = 1e6;
-        const JSONValue* value = required(key);
-        const JSONNumber* number = value ? value->number() : nullptr;
-        const double length = number ? QString::fromStdString(number->text).toDouble() : 0;
-        if (value && (!number || !std::isfinite(length) || std::abs(length) > most)) {
-            fail("The field \"" + std::string(key) + "\" must be a number of points.");
-        }
-        return length;
-    }
-
-    void fail(std::string error)
-    {
-        if (m_error.empty()) {
-            m_error = std::move(error);
-        }
-    }
-
-private:
-    const JSONValue& m_object;
-    std::string m_error;
-};
-
-WindowFrame readFrame(const JSONValue& value, Fields& outer)
+WindowFrame readFrame(const JSONValue& value, LinkFields& outer)
 {
     if (!value.object()) {
         outer.fail("The field \"frame\" must be an object of left, top, width and height.");
         return {};
     }
-    Fields fields(value);
+    LinkFields fields(value);
     const WindowFrame frame{fields.length("left"), fields.length("top"), fields.length("width"),
                             fields.length("height")};
-    if (!fields.error().empty()) {
-        outer.fail(fields.error());
-    }
+    outer.fail(fields.error());
     return frame;
 }
 
-std::optional<MEMessage::Headers> readHeaders(const JSONValue& value, Fields& fields)
+std::shared_ptr<const MEMessage> requiredMessage(LinkFields& fields)
 {
-    if (value.isNull()) {
-        return std::nullopt;
-    }
-    const auto wrong = [&fields] {
-        fields.fail("The field \"headers\" must be null or an object of lists of texts.");
-        return std::nullopt;
-    };
-    if (!value.object()) {
-        return wrong();
-    }
-    MEMessage::Headers headers;
-    for (const auto& [name, values] : *value.object()) {
-        if (!values.array()) {
-            return wrong();
-        }
-        auto& list = headers[name];
-        list.clear();
-        for (const JSONValue& entry : *values.array()) {
-            if (!entry.string()) {
-                return wrong();
-            }
-            list.push_back(*entry.string());
-        }
-    }
-    return headers;
-}
-
-std::optional<std::string> readRawData(const JSONValue& value, Fields& fields)
-{
-    if (value.isNull()) {
-        return std::nullopt;
-    }
-    // One digit past the groups of four stands for no byte (RFC 4648): something is missing, and the decoder would not
-    // say so.
-    if (value.string() && value.string()->size() % 4 != 1) {
-        const auto base64 =
-            QByteArray::fromRawData(value.string()->data(), static_cast<qsizetype>(value.string()->size()));
-        if (const auto decoded = QByteArray::fromBase64Encoding(base64, QByteArray::AbortOnBase64DecodingErrors)) {
-            return decoded.decoded.toStdString();
-        }
-    }
-    fields.fail("The field \"rawData\" must be null or a base64 text.");
-    return std::nullopt;
-}
-
-std::shared_ptr<const MEMessage> readMessage(const JSONValue& value, Fields& outer)
-{
-    if (value.isNull()) {
+    const JSONValue* message = fields.required("message");
+    if (message && !message->object()) {
+        fields.fail("The field \"message\" must be a message.");
         return nullptr;
     }
-    if (!value.object()) {
-        outer.fail("A message must be an object or null.");
-        return nullptr;
-    }
-    Fields fields(value);
-    auto message = std::make_shared<MEMessage>();
-    if (const auto* rawData = fields.required("rawData")) {
-        message->rawData = readRawData(*rawData, fields);
-    }
-    message->subject = fields.text("subject");
-    if (const auto* address = fields.required("fromAddress")) {
-        if (address->object()) {
-            Fields addressFields(*address);
-            message->fromAddress.addressString = addressFields.textOrNull("addressString");
-            if (!addressFields.error().empty()) {
-                fields.fail(addressFields.error());
-            }
-        } else {
-            fields.fail("The field \"fromAddress\" must be an object.");
-        }
-    }
-    if (const auto* headers = fields.required("headers")) {
-        message->headers = readHeaders(*headers, fields);
-    }
-    if (!fields.error().empty()) {
-        outer.fail(fields.error());
-    }
-    return message;
+    return message ? readLinkMessage(*message, fields) : nullptr;
 }
 
-using Reader = LinkFrame (*)(const JSONValue&, Fields&);
+using Reader = LinkFrame (*)(LinkFields&);
 
-LinkFrame readDidBegin(const JSONValue&, Fields& fields)
+LinkFrame readDidBegin(LinkFields& fields)
 {
     ComposeSessionDidBegin frame{fields.text("session"), nullptr};
-    if (const auto* message = fields.required("originalMessage")) {
-        frame.originalMessage = readMessage(*message, fields);
+    if (const auto* message = fields.required("originalMessage"); message && !message->isNull()) {
+        frame.originalMessage = readLinkMessage(*message, fields);
     }
     return frame;
 }
 
-LinkFrame readViewController(const JSONValue& object, Fields& fields)
+LinkFrame readViewController(LinkFields& fields)
 {
     ViewControllerForSession frame{fields.text("session"), std::nullopt};
-    if (const auto* window = object.member("frame"); window && !window->isNull()) {
+    if (const auto* window = fields.optional("frame")) {
         frame.frame = readFrame(*window, fields);
     }
     return frame;
 }
 
-LinkFrame readFrameDidChange(const JSONValue&, Fields& fields)
+LinkFrame readFrameDidChange(LinkFields& fields)
 {
     ComposeSessionFrameDidChange frame{fields.text("session"), {}};
     if (const auto* window = fields.required("frame")) {
@@ -205,9 +64,25 @@ LinkFrame readFrameDidChange(const JSONValue&, Fields& fields)
     return frame;
 }
 
-LinkFrame readDidEnd(const JSONValue&, Fields& fields)
+LinkFrame readDidEnd(LinkFields& fields)
 {
     return ComposeSessionDidEnd{fields.text("session")};
+}
+
+template<typename Question>
+LinkFrame readQuestionOnMessage(LinkFields& fields)
+{
+    return LinkQuestion{fields.number("request"), Question{requiredMessage(fields)}};
+}
+
+LinkFrame readContentRules(LinkFields& fields)
+{
+    return LinkQuestion{fields.number("request"), ContentRulesJSON{}};
+}
+
+LinkFrame readDecodedMessage(LinkFields& fields)
+{
+    return LinkQuestion{fields.number("request"), DecodedMessage{fields.bytes("data")}};
 }
 
 Reader readerFor(const std::string& type)
@@ -217,6 +92,11 @@ Reader readerFor(const std::string& type)
         {"viewControllerForSession", readViewController},
         {"composeSessionFrameDidChange", readFrameDidChange},
         {"composeSessionDidEnd", readDidEnd},
+        {"decideActionForMessage", readQuestionOnMessage<DecideActionForMessage>},
+        {"contentRulesJSON", readContentRules},
+        {"getEncodingStatus", readQuestionOnMessage<GetEncodingStatus>},
+        {"encodeMessage", readQuestionOnMessage<EncodeMessage>},
+        {"decodedMessage", readDecodedMessage},
     };
     const auto found = readers.find(type);
     return found == readers.end() ? nullptr : found->second;
@@ -253,22 +133,12 @@ Result<LinkRequest, LinkError> readLinkFrame(std::string_view bytes)
     if (!reader) {
         return Read::failure({"The type " + quoted(*type) + " is unknown.", std::move(request)});
     }
-    Fields fields(object);
-    LinkFrame frame = reader(object, fields);
+    LinkFields fields(object);
+    LinkFrame frame = reader(fields);
     if (!fields.error().empty()) {
         return Read::failure({fields.error() + " (" + *type + ")", std::move(request)});
     }
     return LinkRequest{std::move(frame), std::move(request)};
-}
-
-std::string writeLinkError(const LinkError& error)
-{
-    JSONObject answer{{"type", "error"}, {"message", error.message}};
-    if (!error.request.isNull()) {
-        answer.emplace_back("request", error.request);
-    }
-    const auto encoded = JSONEncoder::encode(JSONValue(std::move(answer)));
-    return encoded ? encoded.value() : R"({"type":"error","message":"The frame could not be obeyed."})";
 }
 
 } // namespace quillmate

@@ -40,10 +40,34 @@ struct ComposeSessionDidEnd {
     std::string session;
 };
 
-using LinkFrame =
-    std::variant<ComposeSessionDidBegin, ViewControllerForSession, ComposeSessionFrameDidChange, ComposeSessionDidEnd>;
+// Questions, each answered by a frame that bears the question's number. Their messages are never null.
 
-/// A frame to be obeyed, with what it had under "request" to echo in answers; null when it had no number there.
+struct DecideActionForMessage {
+    std::shared_ptr<const MEMessage> message;
+};
+struct ContentRulesJSON {
+};
+struct GetEncodingStatus {
+    std::shared_ptr<const MEMessage> message;
+};
+struct EncodeMessage {
+    std::shared_ptr<const MEMessage> message;
+};
+struct DecodedMessage {
+    /// The bytes that would be decoded.
+    std::string data;
+};
+
+struct LinkQuestion {
+    /// To be echoed in the answer.
+    JSONNumber request;
+    std::variant<DecideActionForMessage, ContentRulesJSON, GetEncodingStatus, EncodeMessage, DecodedMessage> asked;
+};
+
+using LinkFrame = std::variant<ComposeSessionDidBegin, ViewControllerForSession, ComposeSessionFrameDidChange,
+                               ComposeSessionDidEnd, LinkQuestion>;
+
+/// A frame to be obeyed, with what it had under "request" to echo in an error; null when it had no number there.
 struct LinkRequest {
     LinkFrame frame;
     JSONValue request;
@@ -59,8 +83,5 @@ struct LinkError {
 
 /// Reads one frame's JSON. Costs as much time as the frame is long, so not for the main thread.
 [[nodiscard]] Result<LinkRequest, LinkError> readLinkFrame(std::string_view bytes);
-
-/// The answer that tells of an error, short enough for one frame.
-[[nodiscard]] std::string writeLinkError(const LinkError& error);
 
 } // namespace quillmate

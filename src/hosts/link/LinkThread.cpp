@@ -1,5 +1,7 @@
 #include "hosts/link/LinkThread.h"
 
+#include "hosts/link/LinkAnswers.h"
+#include "hosts/link/LinkQuestions.h"
 #include "platform/appkit/MEExtensionViewController.h"
 #include "platform/foundation/DispatchQueue.h"
 
@@ -118,6 +120,16 @@ LinkThread::Wrong LinkThread::perform(const ComposeSessionDidEnd& frame)
     found->second.handler->mailComposeSessionDidEnd(found->second.session);
     m_sessions.erase(found);
     onMainThread([this, name = frame.session] { m_panels.close(name); });
+    return std::nullopt;
+}
+
+LinkThread::Wrong LinkThread::perform(const LinkQuestion& frame)
+{
+    const std::string answer = answerTo(frame, m_extension);
+    if (answer.size() > largestOutgoingFrame) {
+        return "The answer is too long for a frame.";
+    }
+    m_output.write(answer); // When nobody reads any more, the input ends as well, and with it this thread.
     return std::nullopt;
 }
 

@@ -36,12 +36,13 @@ private:
     };
 
     void run();
-    // Each tells what was wrong with the session it names, absent when all went well.
+    // Each tells why the frame could not be obeyed, absent when all went well.
     using Wrong = std::optional<std::string>;
     Wrong perform(const ComposeSessionDidBegin& frame);
     Wrong perform(const ViewControllerForSession& frame);
     Wrong perform(const ComposeSessionFrameDidChange& frame);
     Wrong perform(const ComposeSessionDidEnd& frame);
+    Wrong perform(const LinkQuestion& frame);
     void answerError(const LinkError& error);
     /// Runs the work on the main thread and waits for it, or for the end of the program.
     void onMainThread(std::function<void()> work);

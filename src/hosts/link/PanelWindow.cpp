@@ -1,7 +1,7 @@
 #include "hosts/link/PanelWindow.h"
 
 #include "platform/appkit/MEExtensionViewController.h"
-#include "platform/appkit/NSAppearance.h"
+#include "platform/appkit/WindowAppearance.h"
 
 #include <QGuiApplication>
 #include <QQuickItem>
@@ -52,10 +52,7 @@ PanelWindow::PanelWindow(std::shared_ptr<MEExtensionViewController> controller)
     panel->setParentItem(contentItem());
     fit();
 
-    NSAppearance& appearance = NSAppearance::shared();
-    const auto dress = [this, &appearance] { setColor(QColor(appearance.isDark() ? 0x28282d : 0xf5f5f8)); };
-    connect(&appearance, &NSAppearance::darkChanged, this, dress);
-    dress();
+    followAppearance(*this);
 }
 
 PanelWindow::~PanelWindow()

@@ -94,6 +94,11 @@ QString MailWindowState::date() const
     return m_document ? shownMoment(m_document->summary.date) : QString();
 }
 
+QString MailWindowState::remoteImages() const
+{
+    return m_document ? QString::fromStdString(remoteImagesNotice(m_document->remoteImages)) : QString();
+}
+
 QString MailWindowState::text() const
 {
     if (!m_document) {

@@ -31,6 +31,7 @@ class MailWindowState : public QObject
     Q_PROPERTY(QString recipients READ recipients NOTIFY messageChanged)
     Q_PROPERTY(QString date READ date NOTIFY messageChanged)
     Q_PROPERTY(QString text READ text NOTIFY messageChanged)
+    Q_PROPERTY(QString remoteImages READ remoteImages NOTIFY messageChanged)
     Q_PROPERTY(QString failure READ failure NOTIFY messageChanged)
 
 public:
@@ -55,6 +56,8 @@ public:
     [[nodiscard]] QString recipients() const;
     [[nodiscard]] QString date() const;
     [[nodiscard]] QString text() const;
+    /// What was left out of the chosen message, one sentence, empty when nothing was.
+    [[nodiscard]] QString remoteImages() const;
     /// Why the chosen message cannot be shown, empty when it can.
     [[nodiscard]] QString failure() const { return m_failure; }
 

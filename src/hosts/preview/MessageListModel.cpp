@@ -40,7 +40,17 @@ void MessageListModel::setEntries(std::vector<MessageEntry> entries)
 {
     beginResetModel();
     m_entries = std::move(entries);
+    m_colors.clear();
     endResetModel();
+}
+
+void MessageListModel::setDecidedColors(std::vector<int> colors)
+{
+    if (colors.size() != m_entries.size() || colors.empty()) {
+        return;
+    }
+    m_colors = std::move(colors);
+    Q_EMIT dataChanged(index(0), index(rowCount() - 1), {DecidedColorRole});
 }
 
 int MessageListModel::rowCount(const QModelIndex& parent) const
@@ -53,7 +63,8 @@ QVariant MessageListModel::data(const QModelIndex& index, int role) const
     if (!checkIndex(index, CheckIndexOption::IndexIsValid)) {
         return {};
     }
-    const MessageSummary& summary = m_entries[static_cast<std::size_t>(index.row())].summary;
+    const auto row = static_cast<std::size_t>(index.row());
+    const MessageSummary& summary = m_entries[row].summary;
     switch (role) {
     case SenderRole:
         return shownSender(summary);
@@ -63,6 +74,8 @@ QVariant MessageListModel::data(const QModelIndex& index, int role) const
         return shownDate(summary.date, QDateTime::currentDateTime());
     case SnippetRole:
         return QString::fromStdString(summary.snippet);
+    case DecidedColorRole:
+        return m_colors.empty() ? 0 : m_colors[row];
     default:
         return {};
     }
@@ -70,7 +83,11 @@ QVariant MessageListModel::data(const QModelIndex& index, int role) const
 
 QHash<int, QByteArray> MessageListModel::roleNames() const
 {
-    return {{SenderRole, "sender"}, {SubjectRole, "subject"}, {DateRole, "date"}, {SnippetRole, "snippet"}};
+    return {{SenderRole, "sender"},
+            {SubjectRole, "subject"},
+            {DateRole, "date"},
+            {SnippetRole, "snippet"},
+            {DecidedColorRole, "decidedColor"}};
 }
 
 } // namespace quillmate

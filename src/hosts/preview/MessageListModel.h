@@ -16,11 +16,15 @@ class MessageListModel : public QAbstractListModel
     QML_UNCREATABLE("Made with its window")
 
 public:
-    enum Role { SenderRole = Qt::UserRole + 1, SubjectRole, DateRole, SnippetRole };
+    enum Role { SenderRole = Qt::UserRole + 1, SubjectRole, DateRole, SnippetRole, DecidedColorRole };
 
     using QAbstractListModel::QAbstractListModel;
 
+    /// Forgets the colours with the messages before.
     void setEntries(std::vector<MessageEntry> entries);
+    /// The background that was decided on for each message, by the platform's number, 0 for none. Ignored unless there
+    /// is one for every message.
+    void setDecidedColors(std::vector<int> colors);
     [[nodiscard]] const std::vector<MessageEntry>& entries() const { return m_entries; }
 
     [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
@@ -29,6 +33,7 @@ public:
 
 private:
     std::vector<MessageEntry> m_entries;
+    std::vector<int> m_colors; // Empty until they are decided on.
 };
 
 /// How windows name a sender, a subject and a moment; none of them empty for lack of a header field but the date.

@@ -47,6 +47,19 @@ MessageReader::~MessageReader()
     m_stop.request_stop();
 }
 
+void MessageReader::useContentRules(std::shared_ptr<MEContentBlocker> blocker, std::function<void(std::string)> failed)
+{
+    const QPointer<MessageReader> self(this);
+    m_queue.async([this, self, blocker = std::move(blocker), failed = std::move(failed)] {
+        auto rules = ContentRules::parse(blocker->contentRulesJSON());
+        if (rules) {
+            m_rules = std::move(rules).value();
+        } else {
+            handOver(self, [failed, sentence = rules.error()] { failed(sentence); });
+        }
+    });
+}
+
 void MessageReader::list(std::vector<std::string> arguments, Listed done)
 {
     const QPointer<MessageReader> self(this);
@@ -59,8 +72,8 @@ void MessageReader::list(std::vector<std::string> arguments, Listed done)
 void MessageReader::load(MessageLocation location, Loaded done)
 {
     const QPointer<MessageReader> self(this);
-    m_queue.async([self, location = std::move(location), done = std::move(done)] {
-        auto result = std::make_shared<const Result<MailDocument, MailFailure>>(loadMessage(location));
+    m_queue.async([this, self, location = std::move(location), done = std::move(done)] {
+        auto result = std::make_shared<const Result<MailDocument, MailFailure>>(loadMessage(location, m_rules));
         handOver(self, [done, result] { done(result); });
     });
 }

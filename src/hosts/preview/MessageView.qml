@@ -106,6 +106,16 @@ ColumnLayout {
             color: Theme.secondary
             font.pixelSize: Theme.caption
         }
+        Text {
+            Layout.fillWidth: true
+            Layout.topMargin: 4
+            objectName: "remoteImagesNotice"
+            visible: view.mail.remoteImages.length > 0
+            text: view.mail.remoteImages
+            wrapMode: Text.Wrap
+            color: Theme.secondary
+            font.pixelSize: Theme.caption
+        }
     }
     ScrollView {
         Layout.fillWidth: true

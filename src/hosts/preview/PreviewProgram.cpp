@@ -61,11 +61,11 @@ void bringForward(QQuickWindow& window)
 
 } // namespace
 
-PreviewProgram::PreviewProgram(PreviewOptions options, NetworkEnvironment environment,
-                               ComposeSessions::HandlerFactory handlerForComposeSession)
+PreviewProgram::PreviewProgram(PreviewOptions options, NetworkEnvironment environment, MEExtension& extension)
     : m_options(std::move(options))
     , m_environment(std::move(environment))
-    , m_sessions(std::move(handlerForComposeSession))
+    , m_decisions(extension.handlerForMessageActions())
+    , m_sessions([&extension](const MEComposeSession& session) { return extension.handlerForComposeSession(session); })
     , m_mail(m_reader)
 {
     registerViews();
@@ -74,6 +74,8 @@ PreviewProgram::PreviewProgram(PreviewOptions options, NetworkEnvironment enviro
     qGuiApp->installEventFilter(this);
     connect(qGuiApp, &QGuiApplication::lastWindowClosed, this, [this] { end(0); });
     connect(&m_mail, &MailWindowState::composeRequested, this, &PreviewProgram::openCompose);
+    m_reader.useContentRules(extension.handlerForContentBlocker(),
+                             [](const std::string& problem) { complain(QString::fromStdString(problem)); });
 }
 
 PreviewProgram::~PreviewProgram() = default;
@@ -99,7 +101,7 @@ void PreviewProgram::start()
                     showMailWindow();
                 }
             });
-            m_reader.list(m_options.messages, [this](const auto& entries) { takeEntries(*entries); });
+            m_reader.list(m_options.messages, [this](const auto& entries) { takeEntries(entries); });
         },
         Qt::QueuedConnection);
 }
@@ -131,16 +133,16 @@ void PreviewProgram::connectService()
     m_sessions.allow();
 }
 
-void PreviewProgram::takeEntries(const MessageEntries& entries)
+void PreviewProgram::takeEntries(const std::shared_ptr<const MessageEntries>& entries)
 {
     if (m_ending) {
         return;
     }
-    if (!entries) {
-        end(misused, QString::fromStdString(entries.error().text));
+    if (!*entries) {
+        end(misused, QString::fromStdString(entries->error().text));
         return;
     }
-    const std::size_t count = entries.value().size();
+    const std::size_t count = entries->value().size();
     const std::string refusal = m_options.reply ? replyRefusal(*m_options.reply, count) : std::string();
     if (!refusal.empty()) {
         end(misused, QString::fromStdString(refusal));
@@ -149,7 +151,9 @@ void PreviewProgram::takeEntries(const MessageEntries& entries)
     if (count == 1 && !m_options.reply && !m_options.newMessage) {
         m_options.reply = 1;
     }
-    m_mail.setEntries(entries.value());
+    m_mail.setEntries(entries->value());
+    m_decisions.ask(entries,
+                    [this](std::vector<int> colors) { m_mail.messages()->setDecidedColors(std::move(colors)); });
     if (m_options.reply) {
         m_mail.setCurrentIndex(*m_options.reply - 1);
     }
@@ -226,8 +230,9 @@ void PreviewProgram::closeCompose(const ComposeWindowState* state)
 
 void PreviewProgram::takePicture(QQuickWindow& window)
 {
-    m_picture = std::make_unique<WindowPicture>(window, QString::fromStdString(*m_options.screenshotFile),
-                                                [this] { return m_sessions.isSettled() && !m_mail.isLoading(); });
+    m_picture = std::make_unique<WindowPicture>(window, QString::fromStdString(*m_options.screenshotFile), [this] {
+        return m_sessions.isSettled() && m_decisions.isSettled() && !m_mail.isLoading();
+    });
     connect(m_picture.get(), &WindowPicture::taken, this,
             [this](const QString& failure) { end(failure.isEmpty() ? 0 : misused, failure); });
 }

@@ -3,10 +3,12 @@
 #include "hosts/preview/ComposeSessions.h"
 #include "hosts/preview/LocalService.h"
 #include "hosts/preview/MailWindowState.h"
+#include "hosts/preview/MessageDecisions.h"
 #include "hosts/preview/MessageReader.h"
 #include "hosts/preview/PreviewOptions.h"
 #include "platform/foundation/NetworkEnvironment.h"
 #include "platform/foundation/TerminationSignals.h"
+#include "platform/mailkit/MEExtension.h"
 
 #include <QObject>
 #include <QQuickWindow>
@@ -25,8 +27,8 @@ class PreviewProgram : public QObject
     Q_OBJECT
 
 public:
-    PreviewProgram(PreviewOptions options, NetworkEnvironment environment,
-                   ComposeSessions::HandlerFactory handlerForComposeSession);
+    /// `extension` outlives this object.
+    PreviewProgram(PreviewOptions options, NetworkEnvironment environment, MEExtension& extension);
     ~PreviewProgram() override;
 
     /// Begins once the main loop runs. The program ends the loop with its exit status.
@@ -43,7 +45,7 @@ private:
 
     void startService();
     void connectService();
-    void takeEntries(const MessageEntries& entries);
+    void takeEntries(const std::shared_ptr<const MessageEntries>& entries);
     void openWindows();
     void showMailWindow();
     void openCompose(ComposeKind kind, std::shared_ptr<const MailDocument> original);
@@ -56,6 +58,7 @@ private:
     NetworkEnvironment m_environment;
     TerminationSignals m_signals;
     MessageReader m_reader;
+    MessageDecisions m_decisions;
     ComposeSessions m_sessions;
     MailWindowState m_mail;
     std::unique_ptr<LocalService> m_service;

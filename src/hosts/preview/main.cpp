@@ -62,9 +62,7 @@ int main(int argc, char** argv)
     QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/quillmate/quillmateLogo.svg")));
 
     MailExtension extension;
-    PreviewProgram program(options.value(), environment.value(), [&extension](const MEComposeSession& session) {
-        return extension.handlerForComposeSession(session);
-    });
+    PreviewProgram program(options.value(), environment.value(), extension);
     program.start();
     return QGuiApplication::exec();
 }

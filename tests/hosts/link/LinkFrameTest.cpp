@@ -1,5 +1,6 @@
 #include "hosts/link/LinkFrame.h"
 #include "hosts/link/Frame.h"
+#include "hosts/link/LinkAnswers.h"
 
 #include <QTest>
 

@@ -17,12 +17,14 @@ private Q_SLOTS:
     void oneSession();
     void twoSessions();
     void errors();
+    void questions();
     void inputEnds_data();
     void inputEnds();
     void lengthOverTheLimit();
     void terminated_data();
     void terminated();
     void largeMessage();
+    void decisionOnLargeMessage();
     void privateFiles();
 
 private:
@@ -166,6 +168,69 @@ void LinkProgramTest::errors()
     QCOMPARE(process.restOfOutput(), QByteArray());
 }
 
+void LinkProgramTest::questions()
+{
+    const auto asked = [](const char* type, int request) {
+        QJsonObject frame{{"type", type}, {"request", request}};
+        frame["message"] = message("Subject: Plans\n\nHello\n", "<m1>");
+        return frame;
+    };
+    QJsonObject toMars = asked("decideActionForMessage", 1);
+    QJsonObject mars = toMars["message"].toObject();
+    mars["subject"] = "Mars";
+    toMars["message"] = mars;
+    QJsonObject incomplete = asked("encodeMessage", 6);
+    incomplete.remove("message");
+
+    LinkProcess process(m_server);
+    process.start();
+    process.send(toMars);
+    process.send(begin("s1")); // Questions and sessions go side by side.
+    process.send(asked("decideActionForMessage", 2));
+    process.send({{"type", "contentRulesJSON"}, {"request", 3}});
+    process.send({{"type", "contentRulesJSON"}});
+    process.send(asked("getEncodingStatus", 4));
+    process.send(incomplete);
+    process.send(asked("encodeMessage", 7));
+    process.send({{"type", "decodedMessage"}, {"request", 8}, {"data", "YQ=="}});
+
+    const QJsonValue null(QJsonValue::Null);
+    QCOMPARE(process.nextFrame(),
+             (QJsonObject{{"type", "messageActionDecision"},
+                          {"request", 1},
+                          {"decision", QJsonObject{{"action", "setBackgroundColor"}, {"color", 4}}}}));
+    QCOMPARE(process.nextFrame(), (QJsonObject{{"type", "messageActionDecision"}, {"request", 2}, {"decision", null}}));
+    const QJsonObject rules = process.nextFrame();
+    QCOMPARE(rules["type"], "contentRulesJSON");
+    QCOMPARE(rules["request"], 3);
+    QFile shipped(QStringLiteral(QUILLMATE_RESOURCES "/ContentBlockerRules.json"));
+    QVERIFY(shipped.open(QIODevice::ReadOnly));
+    QCOMPARE(QByteArray::fromBase64(rules["data"].toString().toLatin1()), shipped.readAll());
+    const QJsonObject withoutNumber = process.nextFrame();
+    QCOMPARE(withoutNumber["type"], "error");
+    QVERIFY(withoutNumber["message"].toString().contains("\"request\""));
+    QVERIFY(!withoutNumber.contains("request"));
+    QCOMPARE(process.nextFrame(), (QJsonObject{{"type", "encodingStatus"},
+                                               {"request", 4},
+                                               {"canSign", false},
+                                               {"canEncrypt", false},
+                                               {"securityError", null},
+                                               {"addressesFailingEncryption", QJsonArray()}}));
+    const QJsonObject withoutMessage = process.nextFrame();
+    QCOMPARE(withoutMessage["type"], "error");
+    QCOMPARE(withoutMessage["request"], 6);
+    QVERIFY(withoutMessage["message"].toString().contains("\"message\""));
+    QCOMPARE(process.nextFrame(), (QJsonObject{{"type", "messageEncodingResult"},
+                                               {"request", 7},
+                                               {"encodedMessage", null},
+                                               {"signingError", null},
+                                               {"encryptionError", null}}));
+    QCOMPARE(process.nextFrame(), (QJsonObject{{"type", "decodedMessage"}, {"request", 8}, {"message", null}}));
+    QCOMPARE(process.endInput(), 0);
+    QCOMPARE(process.diagnostics(), linesOfNoMessage()); // The session's; a question has none.
+    QCOMPARE(process.restOfOutput(), QByteArray());
+}
+
 void LinkProgramTest::inputEnds_data()
 {
     QTest::addColumn<QByteArray>("bytes");
@@ -251,6 +316,21 @@ void LinkProgramTest::largeMessage()
     const QString printed = process.diagnostics().join('\n');
     QVERIFY(printed.startsWith(expected));
     QVERIFY(printed.mid(expected.size()).startsWith("\ngetting email address from apple ana@a.example\n"));
+}
+
+void LinkProgramTest::decisionOnLargeMessage()
+{
+    QJsonObject large =
+        message("Subject: x\n\n" + QByteArray("A line of a long message.\n").repeated(1'000'000), "<m>");
+    large["subject"] = "Mars";
+    LinkProcess process(m_server);
+    process.start();
+    process.send({{"type", "decideActionForMessage"}, {"request", 1}, {"message", large}});
+    const QJsonObject answer = process.nextFrame();
+    QCOMPARE(answer["request"], 1);
+    QCOMPARE(answer["decision"]["color"], 4);
+    QCOMPARE(process.endInput(), 0);
+    QCOMPARE(process.diagnostics(), QStringList());
 }
 
 void LinkProgramTest::privateFiles()

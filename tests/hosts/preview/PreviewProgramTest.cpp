@@ -1,5 +1,6 @@
 #include "hosts/preview/ProgramRun.h"
 
+#include <QColor>
 #include <QDir>
 #include <QFile>
 #include <QImage>
@@ -139,6 +140,42 @@ private Q_SLOTS:
             }
         }
         QVERIFY(shades.size() > 20);
+    }
+
+    void decidedRows()
+    {
+        const QString file = m_runner.file("rows.png");
+        const ProgramRun taken = ProgramRunner::run(
+            {QStringLiteral("--screenshot"), file, sample("plain"), sample("mars"), sample("newsletter")},
+            m_runner.environment());
+        QVERIFY2(taken.status == 0, taken.errors.constData());
+        const QImage picture(file);
+        const auto isRed = [&picture](int row) {
+            const QColor color = picture.pixelColor(12, row * 90 + 80); // Below the row's text.
+            return color.red() > color.green() + 20 && color.red() > color.blue() + 20;
+        };
+        QVERIFY(!isRed(0));
+        QVERIFY(isRed(1));
+        QVERIFY(!isRed(2));
+    }
+
+    void largeMailbox()
+    {
+        const QString mbox = m_runner.file("large.mbox");
+        QFile mail(mbox);
+        QVERIFY(mail.open(QIODevice::WriteOnly));
+        for (int i = 0; i < 10'000; ++i) {
+            mail.write("From a@b Tue Mar  4 09:15:37 2025\nFrom: Ann <ann@example.com>\nSubject: " +
+                       QByteArray(i % 2 == 0 ? "To Mars" : "To Venus") + "\n\nText of message " +
+                       QByteArray::number(i) + "\n\n");
+        }
+        mail.close();
+        const QString file = m_runner.file("large.png");
+        const ProgramRun taken = ProgramRunner::run(
+            {QStringLiteral("--screenshot"), file, QStringLiteral("--reply"), QStringLiteral("9999"), mbox},
+            m_runner.environment());
+        QVERIFY2(taken.status == 0, taken.errors.constData());
+        QVERIFY(taken.output.contains("SESSSION FROM CONTENT EMAIL Text of message 9998\n"));
     }
 
     void standardInput()

@@ -23,6 +23,39 @@ public:
     }
 };
 
+/// Colours what is about the tour, and knows one tracker.
+class TourExtension : public MEExtension
+{
+public:
+    std::shared_ptr<MEComposeSessionHandler> handlerForComposeSession(const MEComposeSession&) override
+    {
+        return std::make_shared<EmptyPanelHandler>();
+    }
+    std::shared_ptr<MEContentBlocker> handlerForContentBlocker() override { return std::make_shared<Blocker>(); }
+    std::shared_ptr<MEMessageActionHandler> handlerForMessageActions() override { return std::make_shared<Actions>(); }
+    std::shared_ptr<MEMessageSecurityHandler> handlerForMessageSecurity() override { return nullptr; }
+
+private:
+    class Blocker : public MEContentBlocker
+    {
+    public:
+        std::string contentRulesJSON() override
+        {
+            return "[{\"trigger\":{\"url-filter\":\"/logo\"},\"action\":{\"type\":\"block\"}}]";
+        }
+    };
+    class Actions : public MEMessageActionHandler
+    {
+    public:
+        void decideActionForMessage(const MEMessage& message, const Completion& completion) override
+        {
+            const bool red = message.subject.find("tour") != std::string::npos;
+            completion(red ? std::optional(MEMessageActionDecision{MEMessageAction::setBackgroundColorAction(4)})
+                           : std::nullopt);
+        }
+    };
+};
+
 QQuickWindow* visibleWindow(const QString& title)
 {
     for (QWindow* window : QGuiApplication::allWindows()) {
@@ -64,6 +97,7 @@ class PreviewWindowsTest : public QObject
     Q_OBJECT
 
 private:
+    TourExtension m_extension;
     std::unique_ptr<PreviewProgram> m_program;
     QQuickWindow* m_list = nullptr;
 
@@ -73,10 +107,8 @@ private Q_SLOTS:
         PreviewOptions options;
         options.service = PreviewOptions::Service::Remote;
         options.messages = {QUILLMATE_SAMPLES "/plain.eml", QUILLMATE_SAMPLES "/html-with-plain.eml",
-                            QUILLMATE_SAMPLES "/arabic.eml"};
-        m_program = std::make_unique<PreviewProgram>(options, NetworkEnvironment{}, [](const MEComposeSession&) {
-            return std::make_shared<EmptyPanelHandler>();
-        });
+                            QUILLMATE_SAMPLES "/newsletter.eml", QUILLMATE_SAMPLES "/arabic.eml"};
+        m_program = std::make_unique<PreviewProgram>(options, NetworkEnvironment{}, m_extension);
         m_program->start();
         QTRY_VERIFY(m_list = visibleWindow(QStringLiteral("Preview Mail")));
         m_list->requestActivate();
@@ -90,13 +122,41 @@ private Q_SLOTS:
         const struct {
             Qt::Key key;
             QString beginning;
-        } steps[] = {{Qt::Key_Down, u"Hello Priya,"_qs},      {Qt::Key_End, u"الأستاذة ليلى"_qs},
-                     {Qt::Key_Down, u"الأستاذة ليلى"_qs},     {Qt::Key_Home, u"Dear Daniel,"_qs},
-                     {Qt::Key_PageDown, u"الأستاذة ليلى"_qs}, {Qt::Key_Up, u"Hello Priya,"_qs}};
+        } steps[] = {{Qt::Key_Down, u"Hello Priya,"_qs},
+                     {Qt::Key_End, u"الأستاذة ليلى"_qs},
+                     {Qt::Key_Down, u"الأستاذة ليلى"_qs},
+                     {Qt::Key_Home, u"Dear Daniel,"_qs},
+                     {Qt::Key_PageDown, u"الأستاذة ليلى"_qs}};
         for (const auto& step : steps) {
             QTest::keyClick(m_list, step.key);
             QTRY_VERIFY2(textOf(m_list, "messageText").startsWith(step.beginning), qPrintable(step.beginning));
         }
+    }
+
+    void decidedMessageIsRed()
+    {
+        QAbstractItemModel* messages = itemNamed(m_list, "messageList")->property("model").value<QAbstractItemModel*>();
+        QVERIFY(messages);
+        const auto color = [messages](int row) {
+            return messages->data(messages->index(row, 0), MessageListModel::DecidedColorRole).toInt();
+        };
+        QTRY_COMPARE(color(1), 4);
+        QCOMPARE(color(0), 0);
+        QCOMPARE(color(2), 0);
+        QCOMPARE(color(3), 0);
+    }
+
+    void remoteImagesAreTold()
+    {
+        const QQuickItem* notice = itemNamed(m_list, "remoteImagesNotice");
+        QVERIFY(!notice->isVisible());
+        QTest::keyClick(m_list, Qt::Key_Up);
+        QTRY_VERIFY(notice->isVisible());
+        QCOMPARE(notice->property("text"), "3 remote images were not loaded; 1 of them is a known tracker.");
+        QVERIFY(textOf(m_list, "messageText").startsWith(u"October at the bakery"));
+        QTest::keyClick(m_list, Qt::Key_Up);
+        QTRY_VERIFY(textOf(m_list, "messageText").startsWith(u"Hello Priya,"));
+        QVERIFY(!notice->isVisible());
     }
 
     void replyHasAPanelAndCloses()

@@ -158,6 +158,12 @@ private Q_SLOTS:
         QTest::newRow("no-body") << "Grace Lindqvist <grace.lindqvist@example.net>"
                                  << "Re: Train is 20 minutes late, please start dinner without me"
                                  << "Grace Lindqvist wrote:";
+        QTest::newRow("mars") << "Owen Pritchard <owen.pritchard@hilltop-observers.example>"
+                              << "Re: Observing night on Friday: Mars, and perhaps the comet"
+                              << "> Dear Keziah,";
+        QTest::newRow("newsletter") << "Hanneke Dekker <hanneke@saltmarsh-bakery.example>"
+                                    << "Re: October at the bakery: rye week and a morning course"
+                                    << "€4.80, half a loaf €2.60";
         QTest::newRow("crlf") << "Nora Petersen <nora.petersen@harbour-insurance.example>"
                               << "Re: Water damage in your cellar: what we need from you"
                               << "> Dear Mr Balogun,\n>\n> thank";

@@ -1,6 +1,6 @@
 #include "hosts/preview/mail/MailDocument.h"
 
-#include "hosts/preview/mail/MimeLibrary.h"
+#include "hosts/preview/mail/MessageParts.h"
 #include "hosts/preview/mail/SourceText.h"
 
 namespace quillmate
@@ -74,11 +74,15 @@ MessageSummary summarizeMessage(std::string_view head)
     return summaryOf(MailHeaders::parse(head), displayTextOf(head, snippetTextBytes).text);
 }
 
-MailDocument readDocument(std::string source)
+MailDocument readDocument(std::string source, const ContentRules& rules)
 {
     const MailHeaders headers = MailHeaders::parse(source);
     MailDocument document;
-    document.text = displayTextOf(source, displayTextBytes);
+    {
+        const MessageParts parts(source);
+        document.text = displayTextOf(parts, displayTextBytes);
+        document.remoteImages = countRemoteImages(parts.html(displayTextBytes * markupPerText).text, rules);
+    }
     document.summary = summaryOf(headers, document.text.text);
     document.to = headers.decoded("to");
     document.cc = headers.decoded("cc");

@@ -2,6 +2,7 @@
 
 #include "hosts/preview/mail/DisplayText.h"
 #include "hosts/preview/mail/MailHeaders.h"
+#include "hosts/preview/mail/RemoteImages.h"
 #include "platform/mailkit/MEMessage.h"
 
 #include <QDateTime>
@@ -27,6 +28,7 @@ struct MailDocument {
     std::shared_ptr<const MEMessage> message;
     MessageSummary summary;
     DisplayText text;
+    RemoteImages remoteImages;    ///< those of its HTML part, also where the plain one is shown
     std::string to;               ///< the To field, decoded
     std::string cc;               ///< the Cc field, decoded
     std::vector<Mailbox> replyTo; ///< whom a reply goes to: Reply-To, else From
@@ -38,7 +40,8 @@ inline constexpr std::size_t displayTextBytes = std::size_t{128} * 1024;
 /// `head` is the source's beginning, at least the header block; line ends of either kind.
 MessageSummary summarizeMessage(std::string_view head);
 
-/// `source` has bare line feeds and no mbox marks. Runs as long as the message is large: not on the main thread.
-MailDocument readDocument(std::string source);
+/// `source` has bare line feeds and no mbox marks; `rules` tell trackers from other images. Runs as long as the message
+/// is large: not on the main thread.
+MailDocument readDocument(std::string source, const ContentRules& rules = {});
 
 } // namespace quillmate

@@ -158,7 +158,7 @@ MessageEntries listMessages(const std::string& argument, const std::stop_token& 
     return beginsMbox(head.value()) ? listMbox(file.value(), stop) : listMessageFile(file.value());
 }
 
-Loading loadMessage(const MessageLocation& location)
+Loading loadMessage(const MessageLocation& location, const ContentRules& rules)
 {
     std::string source;
     if (location.content != nullptr) {
@@ -186,7 +186,7 @@ Loading loadMessage(const MessageLocation& location)
     } else {
         dropFromLine(source);
     }
-    return readDocument(std::move(source));
+    return readDocument(std::move(source), rules);
 }
 
 } // namespace quillmate

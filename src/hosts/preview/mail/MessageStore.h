@@ -36,7 +36,7 @@ using MessageEntries = Result<std::vector<MessageEntry>, MailFailure>;
 /// thread; ends with Stopped soon after `stop` was requested.
 MessageEntries listMessages(const std::string& argument, const std::stop_token& stop = {});
 
-/// Reads a listed message whole. Not on the main thread.
-Result<MailDocument, MailFailure> loadMessage(const MessageLocation& location);
+/// Reads a listed message whole; `rules` tell trackers from other images. Not on the main thread.
+Result<MailDocument, MailFailure> loadMessage(const MessageLocation& location, const ContentRules& rules = {});
 
 } // namespace quillmate
