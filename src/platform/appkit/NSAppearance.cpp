@@ -1,37 +1,14 @@
 #include "platform/appkit/NSAppearance.h"
 
-#include <QDBusConnection>
-#include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
-#include <QDBusVariant>
+#include "platform/appkit/PortalSetting.h"
+
 #include <QEvent>
-#include <QFile>
 #include <QGuiApplication>
 #include <QPalette>
 #include <QPointer>
 
 namespace quillmate
 {
-namespace
-{
-
-// The XDG desktop portal's settings interface and its key for the appearance.
-const auto service = QStringLiteral("org.freedesktop.portal.Desktop");
-const auto path = QStringLiteral("/org/freedesktop/portal/desktop");
-const auto interfaceName = QStringLiteral("org.freedesktop.portal.Settings");
-const auto appearanceGroup = QStringLiteral("org.freedesktop.appearance");
-const auto colorSchemeKey = QStringLiteral("color-scheme");
-
-/// Asking for a session bus where there is none makes the bus library start one, which nobody asked for.
-bool hasSessionBus()
-{
-    const QString runtimeFolder = qEnvironmentVariable("XDG_RUNTIME_DIR");
-    return !qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS") ||
-           (!runtimeFolder.isEmpty() && QFile::exists(runtimeFolder + QStringLiteral("/bus")));
-}
-
-} // namespace
 
 NSAppearance& NSAppearance::shared()
 {
@@ -51,47 +28,23 @@ NSAppearance::NSAppearance(QObject* parent)
     } else if (forced == "light") {
         m_forced = ColorScheme::Light;
     } else {
-        askPortal();
+        new PortalSetting(
+            QStringLiteral("org.freedesktop.appearance"), QStringLiteral("color-scheme"),
+            [this](const QVariant& value) { takePortalValue(value); }, this);
     }
     parent->installEventFilter(this);
     update();
 }
 
-void NSAppearance::askPortal()
+void NSAppearance::setDark(bool dark)
 {
-    if (!hasSessionBus()) {
-        return;
-    }
-    QDBusConnection bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected()) {
-        return;
-    }
-    bus.connect(service, path, interfaceName, QStringLiteral("SettingChanged"), this,
-                SLOT(portalSettingChanged(QString, QString, QDBusVariant)));
-    auto question = QDBusMessage::createMethodCall(service, path, interfaceName, QStringLiteral("Read"));
-    question << appearanceGroup << colorSchemeKey;
-    auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(question), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
-        // A desktop without a portal answers with an error: then the palette decides.
-        if (const QDBusPendingReply<QDBusVariant> reply = *watcher; reply.isValid()) {
-            takePortalValue(reply.value().variant());
-        }
-        watcher->deleteLater();
-    });
-}
-
-void NSAppearance::portalSettingChanged(const QString& group, const QString& key, const QDBusVariant& value)
-{
-    if (group == appearanceGroup && key == colorSchemeKey) {
-        takePortalValue(value.variant());
-    }
+    m_forced = dark ? ColorScheme::Dark : ColorScheme::Light;
+    update();
 }
 
 void NSAppearance::takePortalValue(const QVariant& value)
 {
-    // "Read" wraps the number in one more variant than the signal does.
-    const QVariant number = value.canConvert<QDBusVariant>() ? value.value<QDBusVariant>().variant() : value;
-    switch (number.toUInt()) {
+    switch (value.toUInt()) {
     case 1:
         m_portal = ColorScheme::Dark;
         break;

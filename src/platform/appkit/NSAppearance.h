@@ -2,8 +2,6 @@
 
 #include <QObject>
 
-class QDBusVariant;
-
 namespace quillmate
 {
 
@@ -19,6 +17,8 @@ public:
     static NSAppearance& shared();
 
     [[nodiscard]] bool isDark() const { return m_dark; }
+    /// Chooses the appearance, whatever the desktop and the environment say.
+    void setDark(bool dark);
 
 Q_SIGNALS:
     void darkChanged();
@@ -26,12 +26,8 @@ Q_SIGNALS:
 protected:
     bool eventFilter(QObject* receiver, QEvent* event) override;
 
-private Q_SLOTS:
-    void portalSettingChanged(const QString& group, const QString& key, const QDBusVariant& value);
-
 private:
     explicit NSAppearance(QObject* parent);
-    void askPortal();
     void takePortalValue(const QVariant& value);
     void update();
 
