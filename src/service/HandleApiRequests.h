@@ -1,6 +1,8 @@
 #pragma once
 
+#include "platform/foundation/Result.h"
 #include "platform/foundation/URL.h"
+#include "service/ApiError.h"
 #include "service/ReplyRecords.h"
 #include "service/RequestBodies.h"
 #include "state/UserDetailsManager.h"
@@ -22,6 +24,10 @@ public:
     using GenerateCompletion =
         std::function<void(std::optional<GeneratedResponse> record, std::optional<std::string> errorText)>;
 
+    using TrainingCompletion = std::function<void(std::string successText)>;
+    using ChatStartCompletion = std::function<void(Result<ChatStartResponse, ApiError>)>;
+    using ChatMessageCompletion = std::function<void(Result<std::string, ApiError>)>;
+
     HandleApiRequests() = delete;
 
     /// Asks who the user is and stores the answer in `UserDetailsManager`. The completion runs on the main thread, and
@@ -42,6 +48,21 @@ public:
     /// wrong: on the network's thread, or before the call returns when the body cannot be encoded.
     static void sendGenerateRequest(const URL& url, const std::string& accessToken, const GenerateResponseBody& body,
                                     const std::string& messageId, GenerateCompletion completion);
+
+    /// Sends a reply as training data, once. The completion runs at most once, on the network's thread, and only when
+    /// the service took it; whatever went wrong is only logged.
+    static void sendTrainingData(const URL& url, const std::string& accessToken, const TrainingDataBody& body,
+                                 TrainingCompletion completion);
+
+    // The chat's two requests, sent once. The completion runs at most once: on the network's thread, or before the call
+    // returns when the body cannot be encoded; never for a success that comes without a body.
+
+    /// Opens a conversation about a message.
+    static void sendChatStart(const URL& url, const std::string& accessToken, const ChatStartBody& body,
+                              ChatStartCompletion completion);
+    /// Sends a message into a conversation and brings the answer.
+    static void sendChatMessage(const URL& url, const std::string& accessToken, const ChatBody& body,
+                                ChatMessageCompletion completion);
 };
 
 } // namespace quillmate

@@ -11,8 +11,9 @@ constexpr auto pluginSource = "plugin_apple";
 /// The wire format's own version, not the extension's.
 constexpr auto pluginVersion = "v1.0.0";
 
-// The bodies of the POST requests. `encode` writes every member, all texts, in the order of the fields; it fails on a
-// text that is not UTF-8.
+// The bodies of the POST requests. `encode` writes every member, all texts, in the order of the wire; it fails on a
+// text that is not UTF-8. `description` shows every member's name and value on one line, for a diagnostic, and never
+// fails.
 
 struct SummarizeRequestBody {
     /// Text of the replied-to message, or what the user pasted in its place.
@@ -48,6 +49,7 @@ struct TrainingDataBody {
     std::string pluginVersion = quillmate::pluginVersion;
 
     [[nodiscard]] Result<std::string, JSONError> encode() const;
+    [[nodiscard]] std::string description() const;
     bool operator==(const TrainingDataBody&) const = default;
 };
 
@@ -59,6 +61,7 @@ struct ChatStartBody {
     std::string emailContent;
 
     [[nodiscard]] Result<std::string, JSONError> encode() const;
+    [[nodiscard]] std::string description() const;
     bool operator==(const ChatStartBody&) const = default;
 };
 

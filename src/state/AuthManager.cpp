@@ -17,6 +17,7 @@ AuthManager& AuthManager::shared()
 
 void AuthManager::logout()
 {
+    ++m_logoutCount;
     accessToken.set(std::nullopt);
     clearSettingsStore();
     URLCache::shared().removeAllCachedResponses();

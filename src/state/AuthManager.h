@@ -2,6 +2,7 @@
 
 #include "state/Synchronized.h"
 
+#include <atomic>
 #include <optional>
 #include <string>
 
@@ -21,8 +22,13 @@ public:
     /// thread.
     void logout();
 
+    /// How often the user has signed out in this process.
+    [[nodiscard]] unsigned logoutCount() const { return m_logoutCount; }
+
 private:
     AuthManager() = default;
+
+    std::atomic<unsigned> m_logoutCount = 0;
 };
 
 /// Removes every key of the settings store.
