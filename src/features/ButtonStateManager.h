@@ -1,5 +1,7 @@
 #pragma once
 
+#include "state/SignInPeriod.h"
+
 #include <memory>
 #include <optional>
 #include <string>
@@ -9,29 +11,61 @@
 namespace quillmate
 {
 
-/// The reply of one panel as its views show it. Main thread only.
+/// The reply of one panel and its toast, as the views show them. Main thread only.
 class ButtonStateManager : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Fixes the key of the stored reply by the message that is being replied to now.
+    /// What the reply section shows: what it is for, with a button for the first reply, or the reply.
+    enum class Section { Introduction, Reply };
+
+    /// Fixes the message and the key of its stored reply by the message that is being replied to now.
     static std::shared_ptr<ButtonStateManager> make();
     ButtonStateManager();
 
+    /// A reply request is under way.
+    [[nodiscard]] bool isGenerateResponseLoading() const { return m_isGenerateResponseLoading; }
+    void setGenerateResponseLoading(bool loading);
     /// The reply shown, absent while there is none.
     [[nodiscard]] const std::optional<std::string>& generateResponse() const { return m_generateResponse; }
+    void setGenerateResponse(std::optional<std::string> response);
+    /// The toast is visible.
+    [[nodiscard]] bool showToast() const { return m_showToast; }
+    void setShowToast(bool show);
+    [[nodiscard]] const std::string& toastMessage() const { return m_toastMessage; }
+    void setToastMessage(std::string message);
     [[nodiscard]] const std::string& generateResponseKey() const { return m_generateResponseKey; }
+    [[nodiscard]] Section section() const { return m_section; }
+
+    /// The message that this reply answers.
+    [[nodiscard]] const std::optional<std::string>& messageId() const { return m_messageId; }
+    /// When the panel was made.
+    [[nodiscard]] const SignInPeriod& period() const { return m_period; }
 
     /// Shows the reply that is stored for this message, or none.
     void loadStoredResponses();
+    /// Looks again whether a reply has been generated for this message.
+    void updateSection();
+    /// Shows a text in the toast.
+    void announce(std::string message);
 
 Q_SIGNALS:
+    void isGenerateResponseLoadingChanged();
     void generateResponseChanged();
+    void showToastChanged();
+    void toastMessageChanged();
+    void sectionChanged();
 
 private:
+    const std::optional<std::string> m_messageId;
     const std::string m_generateResponseKey;
+    const SignInPeriod m_period;
+    bool m_isGenerateResponseLoading = false;
     std::optional<std::string> m_generateResponse;
+    bool m_showToast = false;
+    std::string m_toastMessage;
+    Section m_section = Section::Introduction;
 };
 
 } // namespace quillmate

@@ -80,7 +80,7 @@ void SummarizeStateManager::summarize()
 
 void SummarizeStateManager::receiveAutomatic(const std::optional<SummarizedResponse>& record)
 {
-    if (record) {
+    if (record && !m_period.isOver()) {
         setSummarizeResponse(record->response);
         UserDefaults& defaults = UserDefaults::standard();
         defaults.setBoolean(SettingsKeys::summarizeFlag(m_messageId), true);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "state/SignInPeriod.h"
 #include "state/SummarizedResponse.h"
 
 #include <memory>
@@ -26,8 +27,10 @@ public:
 
     /// A summary request is under way.
     [[nodiscard]] bool isSummarizeLoading() const { return m_isSummarizeLoading; }
+    void setSummarizeLoading(bool loading);
     /// The summary shown, absent while none is known.
     [[nodiscard]] const std::optional<std::string>& summarizeResponse() const { return m_summarizeResponse; }
+    void setSummarizeResponse(std::optional<std::string> response);
     /// The message that this summary is about.
     [[nodiscard]] const std::optional<std::string>& messageId() const { return m_messageId; }
     [[nodiscard]] const std::string& summarizeResponseKey() const { return m_summarizeResponseKey; }
@@ -46,14 +49,13 @@ Q_SIGNALS:
     void sectionChanged();
 
 private:
-    void setSummarizeLoading(bool loading);
-    void setSummarizeResponse(std::optional<std::string> response);
     void updateSection();
     void receiveAutomatic(const std::optional<SummarizedResponse>& record);
     void receiveFallback(const std::optional<SummarizedResponse>& record);
 
     const std::optional<std::string> m_messageId;
     const std::string m_summarizeResponseKey;
+    const SignInPeriod m_period;
     bool m_isSummarizeLoading = false;
     std::optional<std::string> m_summarizeResponse;
     Section m_section = Section::Nothing;

@@ -1,12 +1,10 @@
 #include "features/SummaryRequest.h"
 
-#include "platform/foundation/UserDefaults.h"
+#include "features/RepliedMessage.h"
 #include "platform/foundation/print.h"
 #include "service/HandleApiRequests.h"
 #include "state/APIManager.h"
 #include "state/AuthManager.h"
-#include "state/ReplyEmailManager.h"
-#include "state/SettingsKeys.h"
 #include "state/SummarizeManager.h"
 #include "state/UserDetailsManager.h"
 
@@ -30,12 +28,11 @@ void recordResponse(const std::string& messageId, const std::optional<Summarized
 
 std::string contentOf(const std::optional<std::string>& messageId)
 {
-    // Content and id are taken in one look.
-    ReplyEmail current = ReplyEmailManager::shared().record();
-    if (current.messageId != messageId) {
-        return loadFallbackContent(messageId).value_or("");
+    RepliedMessage message = RepliedMessage::withId(messageId);
+    if (message.content) {
+        return std::move(*message.content);
     }
-    return current.content ? std::move(*current.content) : SummarizeManager::shared().fallbackSummarizeContent.get();
+    return message.isCurrent ? SummarizeManager::shared().fallbackSummarizeContent.get() : std::string();
 }
 
 } // namespace
@@ -66,16 +63,6 @@ void requestSummary(const std::optional<std::string>& messageId,
             recordResponse(sentId, record);
             completion(std::move(record));
         });
-}
-
-void storeFallbackContent(const std::optional<std::string>& messageId, const std::string& text)
-{
-    UserDefaults::standard().setString(SettingsKeys::fallbackContent(messageId), text);
-}
-
-std::optional<std::string> loadFallbackContent(const std::optional<std::string>& messageId)
-{
-    return UserDefaults::standard().string(SettingsKeys::fallbackContent(messageId));
 }
 
 } // namespace quillmate

@@ -17,10 +17,4 @@ namespace quillmate
 void requestSummary(const std::optional<std::string>& messageId,
                     std::function<void(std::optional<SummarizedResponse>)> completion);
 
-/// Keeps the text for the message, in the settings store.
-void storeFallbackContent(const std::optional<std::string>& messageId, const std::string& text);
-
-/// The text kept for the message.
-[[nodiscard]] std::optional<std::string> loadFallbackContent(const std::optional<std::string>& messageId);
-
 } // namespace quillmate

@@ -1,0 +1,93 @@
+#include "features/MessageHistory.h"
+
+#include "platform/foundation/JSONDecoder.h"
+
+#include <array>
+#include <utility>
+
+namespace quillmate
+{
+namespace
+{
+
+constexpr std::string_view idKey = "id";
+constexpr std::string_view textKey = "text";
+constexpr std::string_view responseKey = "response";
+constexpr std::string_view senderKey = "isSentByCurrentUser";
+
+/// An optional text; false for a value that is neither a text nor none.
+bool readText(const JSONMember& member, std::optional<std::string>& text)
+{
+    if (const auto* found = std::get_if<std::string_view>(&member)) {
+        text = std::string(*found);
+        return true;
+    }
+    return std::holds_alternative<std::monostate>(member) || std::holds_alternative<std::nullptr_t>(member);
+}
+
+/// Reads one message, or says what is wrong with it.
+std::optional<std::string> readMessage(std::span<const JSONMember> members, Message& message)
+{
+    const auto* idText = std::get_if<std::string_view>(&members[0]);
+    const auto id = idText ? UUID::parse(*idText) : std::nullopt;
+    if (!id) {
+        return "a message has no valid \"id\"";
+    }
+    const bool* sender = std::get_if<bool>(&members[3]);
+    if (!sender) {
+        return "a message has no valid \"isSentByCurrentUser\"";
+    }
+    message.id = *id;
+    message.isSentByCurrentUser = *sender;
+    if (!readText(members[1], message.text)) {
+        return "a message's \"text\" is not a text";
+    }
+    if (!readText(members[2], message.response)) {
+        return "a message's \"response\" is not a text";
+    }
+    return std::nullopt;
+}
+
+Result<std::string, JSONError> encodeMessage(const Message& message)
+{
+    JSONObject members{{std::string(idKey), message.id.uuidString()}};
+    if (message.text) {
+        members.emplace_back(textKey, *message.text);
+    }
+    if (message.response) {
+        members.emplace_back(responseKey, *message.response);
+    }
+    members.emplace_back(senderKey, message.isSentByCurrentUser);
+    return JSONEncoder::encode(JSONValue(std::move(members)));
+}
+
+} // namespace
+
+Result<MessageHistory, JSONError> MessageHistory::decode(std::string_view bytes)
+{
+    constexpr std::array keys{idKey, textKey, responseKey, senderKey};
+    std::vector<Message> messages;
+    const auto failure = JSONDecoder::decodeRecords(
+        bytes, keys, [&messages](std::span<const JSONMember> members) { // As many as there are keys.
+            return readMessage(members, messages.emplace_back());
+        });
+    if (failure) {
+        return Result<MessageHistory, JSONError>::failure(*failure);
+    }
+    return MessageHistory(std::move(messages));
+}
+
+Result<std::string, JSONError> MessageHistory::encode()
+{
+    for (; m_encodedCount < m_messages.size(); ++m_encodedCount) {
+        const auto message = encodeMessage(m_messages[m_encodedCount]);
+        if (!message) {
+            return message;
+        }
+        m_encoded += m_encodedCount == 0 ? '[' : ',';
+        m_encoded += message.value();
+    }
+    return m_messages.empty() ? std::string("[]") : m_encoded + ']';
+}
+
+} // namespace quillmate

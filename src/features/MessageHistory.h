@@ -1,0 +1,39 @@
+#pragma once
+
+#include "features/Message.h"
+#include "platform/foundation/JSON.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quillmate
+{
+
+/// The messages of a conversation, oldest first, and their stored form: a JSON array of one object per message. What
+/// has been written once is kept, so that a message more costs its own length and not the conversation's.
+class MessageHistory
+{
+public:
+    MessageHistory() = default;
+    explicit MessageHistory(std::vector<Message> messages)
+        : m_messages(std::move(messages))
+    {
+    }
+
+    /// All or nothing: every element needs a valid "id" and "isSentByCurrentUser"; "text" and "response" are texts, or
+    /// null or missing when absent; other keys are ignored.
+    static Result<MessageHistory, JSONError> decode(std::string_view bytes);
+
+    [[nodiscard]] const std::vector<Message>& messages() const { return m_messages; }
+    void append(Message message) { m_messages.push_back(std::move(message)); }
+    /// The stored form. Fails on a text that is not UTF-8.
+    Result<std::string, JSONError> encode();
+
+private:
+    std::vector<Message> m_messages;
+    std::string m_encoded; // The array up to the last message written, without its end.
+    std::size_t m_encodedCount = 0;
+};
+
+} // namespace quillmate

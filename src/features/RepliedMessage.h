@@ -1,0 +1,27 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace quillmate
+{
+
+/// What is known of the text of a panel's message.
+struct RepliedMessage {
+    /// Whether it is the one that is being replied to now; another compose window may have begun since.
+    bool isCurrent = false;
+    /// Its content while it is the current one, else the text kept for it. Neither's text ever goes under the other's
+    /// id: content and id are taken in one look.
+    std::optional<std::string> content;
+
+    /// By the id that the panel was made for. Any thread.
+    static RepliedMessage withId(const std::optional<std::string>& messageId);
+};
+
+/// Keeps the text for the message, in the settings store.
+void storeFallbackContent(const std::optional<std::string>& messageId, const std::string& text);
+
+/// The text kept for the message.
+[[nodiscard]] std::optional<std::string> loadFallbackContent(const std::optional<std::string>& messageId);
+
+} // namespace quillmate
