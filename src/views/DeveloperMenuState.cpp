@@ -7,6 +7,7 @@
 #include <QVariantMap>
 
 #include <algorithm>
+#include <utility>
 
 namespace quillmate
 {
@@ -82,7 +83,7 @@ void DeveloperMenuState::installKeyMonitor()
             if (!self || !isToggle(event)) {
                 return NSEvent::Verdict::PassOn;
             }
-            self->toggle();
+            self->setShown(!self->isShown());
             return NSEvent::Verdict::Swallow;
         });
 }
@@ -95,10 +96,11 @@ void DeveloperMenuState::removeKeyMonitor()
     }
 }
 
-void DeveloperMenuState::toggle()
+void DeveloperMenuState::setShown(bool shown)
 {
-    m_shown = !m_shown;
-    Q_EMIT shownChanged();
+    if (std::exchange(m_shown, shown) != shown) {
+        Q_EMIT shownChanged();
+    }
 }
 
 } // namespace quillmate

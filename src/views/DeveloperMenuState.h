@@ -33,6 +33,7 @@ public:
     ~DeveloperMenuState() override;
 
     [[nodiscard]] bool isShown() const { return m_shown; }
+    void setShown(bool shown);
     [[nodiscard]] QString selectedApiEndpoint() const { return m_selectedApiEndpoint; }
     /// Chooses another environment, which signs the user out; the choice that stands already does nothing.
     void setSelectedApiEndpoint(const QString& key);
@@ -48,8 +49,6 @@ Q_SIGNALS:
     void selectedApiEndpointChanged();
 
 private:
-    void toggle();
-
     bool m_shown = false;
     QString m_selectedApiEndpoint;
     std::shared_ptr<NSEvent::Monitor> m_eventMonitor;

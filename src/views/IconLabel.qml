@@ -1,7 +1,8 @@
 import QtQuick
 import Quillmate.Views
 
-// A symbol and a text side by side, in the middle of the item. An empty name leaves the symbol out.
+// A symbol and a text side by side, in the middle of the item; the text takes more lines where there is no room for one.
+// An empty name leaves the symbol out.
 Item {
     id: label
 
@@ -10,30 +11,36 @@ Item {
     required property color color
     property int fontWeight: Font.Normal
 
-    implicitWidth: row.implicitWidth
-    implicitHeight: row.implicitHeight
+    readonly property real symbolRoom: iconName === "" ? 0 : Theme.symbol + Theme.spacing
+
+    implicitWidth: symbolRoom + content.implicitWidth
+    implicitHeight: Math.max(iconName === "" ? 0 : Theme.symbol, content.implicitHeight)
 
     Row {
-        id: row
-
         anchors.centerIn: parent
         spacing: Theme.spacing
 
         SvgImage {
             anchors.verticalCenter: parent.verticalCenter
             visible: label.iconName !== ""
-            width: 16
-            height: 16
+            width: Theme.symbol
+            height: Theme.symbol
             name: label.iconName === "" ? "" : "symbols/" + label.iconName
             tint: label.color
         }
         Text {
+            id: content
+
             anchors.verticalCenter: parent.verticalCenter
+            // Rounded up: a text that is a fraction too wide must not break.
+            width: Math.min(Math.ceil(implicitWidth), Math.max(0, label.width - label.symbolRoom))
             text: label.text
             textFormat: Text.PlainText
             color: label.color
             font.pixelSize: Theme.body
             font.weight: label.fontWeight
+            wrapMode: Text.Wrap
+            horizontalAlignment: label.iconName === "" ? Text.AlignHCenter : Text.AlignLeft
         }
     }
 }

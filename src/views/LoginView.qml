@@ -23,13 +23,16 @@ Item {
         onWheel: wheel => wheel.accepted = true
     }
 
-    Item {
+    PanelScroll {
         objectName: "content"
+        contentMinimumHeight: column.implicitHeight
         anchors.centerIn: parent
         width: Math.max(Theme.panelMinimumWidth, Math.min(Theme.panelMaximumWidth, screen.width))
         height: Math.max(screen.viewState.customHeight, Math.min(Theme.panelMaximumHeight, screen.height))
 
         ColumnLayout {
+            id: column
+
             anchors.fill: parent
             spacing: 20
 
@@ -57,7 +60,7 @@ Item {
                     Accessible.role: Accessible.StaticText
                     Accessible.name: text
                     color: Theme.primary
-                    font.pixelSize: 24
+                    font.pixelSize: Math.round(24 * Theme.textScale)
                     font.bold: true
                     horizontalAlignment: Text.AlignHCenter
                 }
@@ -69,7 +72,7 @@ Item {
                     Accessible.role: Accessible.StaticText
                     Accessible.name: text
                     color: Theme.primary
-                    font.pixelSize: 14
+                    font.pixelSize: Math.round(14 * Theme.textScale)
                     lineHeight: 1.2
                     wrapMode: Text.Wrap
                     horizontalAlignment: Text.AlignHCenter
@@ -77,7 +80,7 @@ Item {
                 CustomButton {
                     Layout.alignment: Qt.AlignHCenter
                     Layout.preferredWidth: 200
-                    Layout.preferredHeight: 40
+                    Layout.preferredHeight: Math.max(40, Math.round(26 * Theme.textScale))
                     objectName: "loginButton"
                     title: "Login"
                     backgroundColor: Theme.accent

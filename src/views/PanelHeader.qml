@@ -38,6 +38,7 @@ RowLayout {
             spacing: Theme.spacing
 
             SvgImage {
+                anchors.verticalCenter: parent.verticalCenter
                 width: 25
                 height: 25
                 name: "symbols/rectangle.portrait.and.arrow.right"

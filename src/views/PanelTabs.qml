@@ -3,63 +3,24 @@ import QtQuick.Layouts
 import QtQuick.Templates as T
 import Quillmate.Views
 
-// The panel's two tabs.
+// The panel's two tabs, and what lies over them.
 ColumnLayout {
     id: tabs
 
+    required property SessionModalViewState viewState
     property alias currentIndex: bar.currentIndex
 
-    spacing: 0
+    // The least height at which both tabs can be used.
+    readonly property real minimumHeight: bar.implicitHeight + spacing + area.chrome + Math.max(quickResponse.minimumHeight, customInteractiveResponse.minimumHeight)
 
-    component Tab: T.TabButton {
-        id: tab
-
-        required property string iconName
-
-        implicitHeight: 34
-        hoverEnabled: true
-        focusPolicy: Qt.StrongFocus
-        Accessible.name: text
-        Accessible.onPressAction: if (enabled) choose()
-
-        function choose() {
-            T.TabBar.tabBar.setCurrentIndex(T.TabBar.index);
-        }
-        function chooseBeside(step: int) {
-            const tabBar = T.TabBar.tabBar;
-            tabBar.setCurrentIndex(Math.max(0, Math.min(tabBar.count - 1, T.TabBar.index + step)));
-            tabBar.currentItem.forceActiveFocus(Qt.TabFocusReason);
-        }
-
-        Keys.onReturnPressed: choose()
-        Keys.onEnterPressed: choose()
-        Keys.onLeftPressed: chooseBeside(-1)
-        Keys.onRightPressed: chooseBeside(1)
-
-        background: ContinuousRectangle {
-            radius: 8
-            color: tab.checked ? Theme.raised : tab.hovered ? Theme.hover : "transparent"
-            borderColor: tab.checked ? Theme.separator : "transparent"
-        }
-        contentItem: IconLabel {
-            text: tab.text
-            iconName: tab.iconName
-            color: tab.checked ? Theme.primary : Theme.secondary
-            fontWeight: tab.checked ? Font.DemiBold : Font.Normal
-        }
-
-        FocusRing {
-            shown: tab.visualFocus
-            distance: 0
-            radius: 8
-        }
-    }
+    objectName: "panelTabs"
+    spacing: Theme.spacing
 
     T.TabBar {
         id: bar
 
         Layout.fillWidth: true
-        implicitHeight: 40
+        implicitHeight: Math.max(quickTab.implicitHeight, customTab.implicitHeight) + topPadding + bottomPadding
         padding: 3
         spacing: 3
         background: ContinuousRectangle {
@@ -74,21 +35,30 @@ ColumnLayout {
             spacing: bar.spacing
         }
 
-        Tab {
+        PanelTab {
+            id: quickTab
+
             text: "Quick response"
             iconName: "wand.and.stars"
-            width: (bar.availableWidth - bar.spacing) * 0.4
+            width: (bar.availableWidth - bar.spacing) * 0.375
+            height: bar.availableHeight
         }
-        Tab {
+        PanelTab {
+            id: customTab
+
             text: "Custom interactive response"
             iconName: "bubble.left.and.text.bubble.right.fill"
-            width: (bar.availableWidth - bar.spacing) * 0.6 // The longer title gets the wider tab.
+            width: (bar.availableWidth - bar.spacing) * 0.625 // The longer title gets the wider tab.
+            height: bar.availableHeight
         }
     }
     Item {
+        id: area
+
+        readonly property real chrome: 2 * Theme.smallPadding
+
         Layout.fillWidth: true
         Layout.fillHeight: true
-        Layout.topMargin: Theme.spacing
 
         ContinuousRectangle {
             anchors.fill: parent
@@ -101,11 +71,73 @@ ColumnLayout {
             currentIndex: bar.currentIndex
 
             Item {
+                id: quickResponse
+
+                readonly property real minimumHeight: Math.max(200, reply.minimumHeight + 2 * Theme.smallPadding)
+
                 objectName: "quickResponse"
+
+                ReplySection {
+                    id: reply
+
+                    anchors.fill: parent
+                    anchors.margins: Theme.smallPadding
+                    anchors.bottomMargin: Theme.smallPadding + Math.max(0, parent.height - 500)
+                    viewState: tabs.viewState.reply
+                }
             }
             Item {
+                id: customInteractiveResponse
+
+                readonly property real minimumHeight: prompt.implicitHeight + 2 * Theme.smallPadding + 10 + chat.minimumHeight
+
                 objectName: "customInteractiveResponse"
+
+                Text {
+                    id: prompt
+
+                    anchors.left: parent.left
+                    anchors.right: parent.right
+                    anchors.top: parent.top
+                    anchors.margins: Theme.smallPadding
+                    text: "Provide specific prompts to the AI assistant for more detailed and personalized reply options."
+                    Accessible.role: Accessible.StaticText
+                    Accessible.name: text
+                    color: Theme.primary
+                    font.pixelSize: Theme.body
+                    font.weight: Font.Light
+                    wrapMode: Text.Wrap
+                }
+                ChatView {
+                    id: chat
+
+                    anchors.left: parent.left
+                    anchors.right: parent.right
+                    anchors.top: prompt.bottom
+                    anchors.bottom: parent.bottom
+                    anchors.topMargin: 10
+                    viewState: tabs.viewState.chat
+                }
             }
+        }
+        ToastView {
+            anchors.fill: parent
+            objectName: "toast"
+            message: tabs.viewState.reply.toastMessage
+            shown: tabs.viewState.reply.showToast
+        }
+        LoadingOverlay {
+            anchors.fill: parent
+            objectName: "loadingOverlay"
+            shown: tabs.viewState.reply.isLoading
+        }
+        TooltipView {
+            anchors.horizontalCenter: parent.horizontalCenter
+            anchors.bottom: parent.bottom
+            anchors.bottomMargin: 40
+            objectName: "tooltip"
+            message: "Text copied to clipboard!"
+            shown: tabs.viewState.reply.showTooltip
         }
     }
 }

@@ -13,9 +13,13 @@ PlainButton {
     readonly property bool filled: backgroundColor.a > 0
     readonly property bool outlined: borderColor.a > 0
     readonly property color foreground: filled ? "white" : Theme.primary
+    readonly property real fullPadding: outlined ? 27.5 : 8
+    readonly property real leastPadding: 8
 
     text: label
-    horizontalPadding: outlined ? 27.5 : 8
+    implicitWidth: implicitContentWidth + 2 * fullPadding
+    // In a narrow row the padding gives way before the text breaks.
+    horizontalPadding: Math.max(leastPadding, Math.min(fullPadding, (width - implicitContentWidth) / 2))
     verticalPadding: 8
     cornerRadius: 20
 

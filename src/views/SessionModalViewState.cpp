@@ -1,6 +1,6 @@
 #include "views/SessionModalViewState.h"
 
-#include "features/SummaryRequest.h"
+#include "features/RepliedMessage.h"
 #include "platform/foundation/print.h"
 #include "state/AuthManager.h"
 #include "state/ReplyEmailManager.h"
@@ -22,16 +22,17 @@ SessionModalViewState::SessionModalViewState(std::shared_ptr<ButtonStateManager>
                                              std::shared_ptr<SummarizeStateManager> summarizeStateManager,
                                              DeveloperMenuState& developerMenu, QObject* parent)
     : QObject(parent)
-    , m_buttonStateManager(std::move(buttonStateManager))
     , m_summarizeStateManager(std::move(summarizeStateManager))
     , m_developerMenu(developerMenu)
     , m_hasSummarySection(ReplyEmailManager::shared().hasSubject())
+    , m_reply(std::move(buttonStateManager))
 {
+    takeSummary();
     take(SummarizeManager::shared().fallbackSummarizeContent.get());
     connect(m_summarizeStateManager.get(), &SummarizeStateManager::sectionChanged, this,
             &SessionModalViewState::summaryChanged);
     connect(m_summarizeStateManager.get(), &SummarizeStateManager::summarizeResponseChanged, this,
-            &SessionModalViewState::summaryTextChanged);
+            &SessionModalViewState::takeSummary);
 }
 
 SessionModalViewState::Summary SessionModalViewState::summary() const
@@ -49,9 +50,10 @@ SessionModalViewState::Summary SessionModalViewState::summary() const
     return Summary::Nothing;
 }
 
-QString SessionModalViewState::summaryText() const
+void SessionModalViewState::takeSummary()
 {
-    return QString::fromStdString(m_summarizeStateManager->summarizeResponse().value_or(""));
+    m_summary = ShownText::of(m_summarizeStateManager->summarizeResponse().value_or(""));
+    Q_EMIT summaryTextChanged();
 }
 
 void SessionModalViewState::setTextareaInput(const QString& text)
@@ -104,6 +106,11 @@ QString SessionModalViewState::textareaHint() const
 void SessionModalViewState::summarizeClicked()
 {
     m_summarizeStateManager->summarizeFallback();
+}
+
+void SessionModalViewState::copySummaryClicked() const
+{
+    copyToClipboard(m_summarizeStateManager->summarizeResponse().value_or(""));
 }
 
 void SessionModalViewState::logOutClicked()

@@ -1,8 +1,9 @@
 #pragma once
 
-#include "features/ButtonStateManager.h"
 #include "features/SummarizeStateManager.h"
+#include "views/ChatViewState.h"
 #include "views/DeveloperMenuState.h"
+#include "views/ReplySectionState.h"
 
 #include <memory>
 
@@ -20,12 +21,15 @@ class SessionModalViewState : public QObject
     QML_UNCREATABLE("Made with its panel")
     Q_PROPERTY(Summary summary READ summary NOTIFY summaryChanged)
     Q_PROPERTY(QString summaryText READ summaryText NOTIFY summaryTextChanged)
+    /// Says so when only a part of the summary is shown.
+    Q_PROPERTY(QString summaryNote READ summaryNote NOTIFY summaryTextChanged)
     Q_PROPERTY(quillmate::DeveloperMenuState* developerMenu READ developerMenu CONSTANT)
+    Q_PROPERTY(quillmate::ReplySectionState* reply READ reply CONSTANT)
+    Q_PROPERTY(quillmate::ChatViewState* chat READ chat CONSTANT)
     /// Whether there is a message being replied to, and so a summary section.
     Q_PROPERTY(bool hasSummarySection READ hasSummarySection CONSTANT)
     /// What the fallback editor shows.
     Q_PROPERTY(QString textareaInput READ textareaInput WRITE setTextareaInput NOTIFY textareaInputChanged)
-
     /// Stands in the empty editor; says so when the kept text is too long to be shown.
     Q_PROPERTY(QString textareaHint READ textareaHint NOTIFY textareaInputChanged)
 
@@ -39,8 +43,11 @@ public:
                           DeveloperMenuState& developerMenu, QObject* parent);
 
     [[nodiscard]] Summary summary() const;
-    [[nodiscard]] QString summaryText() const;
+    [[nodiscard]] QString summaryText() const { return m_summary.text; }
+    [[nodiscard]] QString summaryNote() const { return m_summary.note; }
     [[nodiscard]] DeveloperMenuState* developerMenu() const { return &m_developerMenu; }
+    [[nodiscard]] ReplySectionState* reply() { return &m_reply; }
+    [[nodiscard]] ChatViewState* chat() { return &m_chat; }
     [[nodiscard]] bool hasSummarySection() const { return m_hasSummarySection; }
     [[nodiscard]] QString textareaInput() const { return m_textareaInput; }
     [[nodiscard]] QString textareaHint() const;
@@ -51,6 +58,7 @@ public:
     void summarySectionAppeared();
     Q_INVOKABLE void fallbackEditorAppeared();
     Q_INVOKABLE void summarizeClicked();
+    Q_INVOKABLE void copySummaryClicked() const;
     Q_INVOKABLE void logOutClicked();
 
 Q_SIGNALS:
@@ -61,11 +69,14 @@ Q_SIGNALS:
 private:
     /// What the editor is to show of a kept text.
     void take(const std::string& content);
+    void takeSummary();
 
-    std::shared_ptr<ButtonStateManager> m_buttonStateManager;
     std::shared_ptr<SummarizeStateManager> m_summarizeStateManager;
     DeveloperMenuState& m_developerMenu;
     const bool m_hasSummarySection;
+    ReplySectionState m_reply;
+    ChatViewState m_chat;
+    ShownText m_summary;
     QString m_textareaInput;
     std::size_t m_hiddenBytes = 0; // Length of a kept text that is not shown.
 };

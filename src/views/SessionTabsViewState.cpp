@@ -1,9 +1,12 @@
 #include "views/SessionTabsViewState.h"
 
+#include "platform/appkit/NSWorkspace.h"
 #include "platform/foundation/MainOwned.h"
+#include "platform/foundation/print.h"
 #include "service/HandleApiRequests.h"
 #include "state/APIManager.h"
 #include "state/AppVersion.h"
+#include "state/IncommingUpdatesManager.h"
 #include "views/HostedViewOf.h"
 #include "views/PanelHeight.h"
 
@@ -19,6 +22,8 @@ SessionTabsViewState::SessionTabsViewState(std::shared_ptr<void> coordinator)
     , m_summarizeStateManager(SummarizeStateManager::make())
     , m_modal(m_buttonStateManager, m_summarizeStateManager, m_developerMenu, nullptr)
 {
+    connect(&IncommingUpdatesManager::shared(), &IncommingUpdatesManager::incommingUpdatesAvailableChanged, this,
+            &SessionTabsViewState::incommingUpdatesAvailableChanged);
 }
 
 HostedView SessionTabsViewState::makeView(std::shared_ptr<void> coordinator)
@@ -36,6 +41,26 @@ void SessionTabsViewState::appeared()
     m_buttonStateManager->loadStoredResponses();
     m_developerMenu.installKeyMonitor();
     m_modal.summarySectionAppeared();
+}
+
+bool SessionTabsViewState::incommingUpdatesAvailable()
+{
+    return IncommingUpdatesManager::shared().incommingUpdatesAvailable();
+}
+
+void SessionTabsViewState::remindMeLaterClicked() const
+{
+    print("Remind me later clicked");
+    IncommingUpdatesManager::shared().setIncommingUpdatesAvailable(false);
+}
+
+void SessionTabsViewState::updateNowClicked() const
+{
+    print("Update now clicked");
+    const auto link = IncommingUpdatesManager::shared().updateUrl.get();
+    if (const auto url = link ? URL::parse(*link) : std::nullopt) {
+        NSWorkspace::shared().open(*url);
+    }
 }
 
 void SessionTabsViewState::disappeared()

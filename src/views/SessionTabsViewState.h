@@ -22,6 +22,8 @@ class SessionTabsViewState : public QObject
     Q_PROPERTY(quillmate::SessionModalViewState* modal READ modal CONSTANT)
     /// The least height of the panel, in points.
     Q_PROPERTY(int customHeight READ customHeight CONSTANT)
+    /// Whether the update notice lies over the panel.
+    Q_PROPERTY(bool incommingUpdatesAvailable READ incommingUpdatesAvailable NOTIFY incommingUpdatesAvailableChanged)
 
 public:
     /// `coordinator` is kept as long as the panel.
@@ -32,11 +34,18 @@ public:
 
     [[nodiscard]] SessionModalViewState* modal() { return &m_modal; }
     [[nodiscard]] int customHeight() const { return m_customHeight; }
+    [[nodiscard]] static bool incommingUpdatesAvailable();
     [[nodiscard]] SummarizeStateManager& summarizeStateManager() { return *m_summarizeStateManager; }
     [[nodiscard]] ButtonStateManager& buttonStateManager() { return *m_buttonStateManager; }
 
+    Q_INVOKABLE void remindMeLaterClicked() const;
+    Q_INVOKABLE void updateNowClicked() const;
+
     void appeared();
     void disappeared();
+
+Q_SIGNALS:
+    void incommingUpdatesAvailableChanged();
 
 private:
     const std::shared_ptr<void> m_coordinator;

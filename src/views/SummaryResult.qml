@@ -7,6 +7,9 @@ Item {
     id: result
 
     required property string summary
+    property string note: ""
+    signal copyAllClicked
+
     property real maximumTextHeight: 220
 
     implicitHeight: column.implicitHeight + 2 * Theme.smallPadding
@@ -38,6 +41,8 @@ Item {
             Layout.margins: Theme.smallPadding
             objectName: "summaryText"
             text: result.summary
+            note: result.note
+            onCopyAllClicked: result.copyAllClicked()
             maximumHeight: result.maximumTextHeight
         }
     }

@@ -24,6 +24,8 @@ Item {
         active: section.shown === SessionModalViewState.Result
         sourceComponent: SummaryResult {
             summary: section.viewState.summaryText
+            note: section.viewState.summaryNote
+            onCopyAllClicked: section.viewState.copySummaryClicked()
             maximumTextHeight: section.maximumTextHeight
         }
     }

@@ -14,7 +14,9 @@ template<typename Test>
 int runViewTest(int argc, char** argv)
 {
     ViewEngine::chooseRendering();
-    qputenv("QUILLMATE_APPEARANCE", "light"); // Whatever the desktop's is.
+    // Whatever the desktop's are.
+    qputenv("QUILLMATE_APPEARANCE", "light");
+    qputenv("QUILLMATE_TEXT_SCALE", "1");
     QGuiApplication application(argc, argv);
     QAccessible::setActive(true);
     Test test;

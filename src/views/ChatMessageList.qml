@@ -1,0 +1,110 @@
+import QtQuick
+import QtQuick.Controls.Basic
+import Quillmate.Views
+
+// The conversation, oldest message first. Only the rows in sight are there. The keyboard walks from message to message
+// with the arrow keys and copies the one it is on.
+ListView {
+    id: list
+
+    required property ChatViewState viewState
+
+    readonly property bool onScreen: visible && Window.window !== null
+    // The end stays in sight, whatever changes, until the user goes elsewhere.
+    property bool following: true
+
+    // The rows' heights are estimates until they are made, so that one call stops short of the end.
+    function settleAtEnd() {
+        for (let i = 0; i < 2; ++i) {
+            forceLayout();
+            positionViewAtEnd();
+        }
+    }
+    function scrollToEnd() {
+        glide.stop();
+        following = true;
+        const before = contentY;
+        settleAtEnd();
+        // From far away it glides in over the last page alone.
+        const from = Math.max(before, contentY - height);
+        if (!onScreen || from >= contentY)
+            return;
+        glide.from = from;
+        glide.to = contentY;
+        glide.start();
+    }
+    function walk(step: int) {
+        currentIndex = currentIndex < 0 ? count - 1 : Math.max(0, Math.min(count - 1, currentIndex + step));
+        positionViewAtIndex(currentIndex, ListView.Contain);
+        following = currentIndex === count - 1;
+    }
+    function follow() {
+        if (following && !glide.running)
+            settleAtEnd();
+    }
+
+    model: viewState.messages
+    currentIndex: -1
+    highlightFollowsCurrentItem: false
+    keyNavigationEnabled: false
+    boundsBehavior: Flickable.StopAtBounds
+    activeFocusOnTab: count > 0
+    clip: true
+    Accessible.role: Accessible.List
+    Accessible.name: "Conversation"
+    onActiveFocusChanged: if (activeFocus && currentIndex < 0) walk(0)
+    onHeightChanged: Qt.callLater(follow)
+    onWidthChanged: Qt.callLater(follow)
+    onContentHeightChanged: Qt.callLater(follow)
+    onMovementStarted: following = false
+    onMovementEnded: following = atYEnd
+    Component.onCompleted: settleAtEnd()
+
+    Keys.onUpPressed: walk(-1)
+    Keys.onDownPressed: walk(1)
+    Keys.onPressed: event => {
+        const pages = {
+            [Qt.Key_Home]: -count,
+            [Qt.Key_End]: count,
+            [Qt.Key_PageUp]: -5,
+            [Qt.Key_PageDown]: 5
+        };
+        if (event.matches(StandardKey.Copy)) {
+            viewState.copyMessage(currentIndex);
+            event.accepted = true;
+        } else if (pages[event.key] !== undefined) {
+            walk(pages[event.key]);
+            event.accepted = true;
+        }
+    }
+
+    ScrollBar.vertical: ScrollBar {
+        policy: list.contentHeight > list.height ? ScrollBar.AlwaysOn : ScrollBar.AlwaysOff
+        onPressedChanged: list.following = !pressed && list.atYEnd
+    }
+
+    delegate: ChatRow {
+        width: list.width - 8 // The scroll bar's.
+        errorText: index === list.viewState.errorRow ? list.viewState.chatErrorMessage : ""
+        current: list.activeFocus && index === list.currentIndex
+        onCopyClicked: list.viewState.copyMessage(index)
+    }
+
+    NumberAnimation {
+        id: glide
+
+        target: list
+        property: "contentY"
+        duration: 200
+        easing.type: Easing.OutCubic
+        onFinished: list.settleAtEnd()
+    }
+    Connections {
+        target: list.viewState
+
+        function onMessagesChanged() {
+            list.currentIndex = -1;
+            list.scrollToEnd();
+        }
+    }
+}

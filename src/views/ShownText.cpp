@@ -1,0 +1,52 @@
+#include "views/ShownText.h"
+
+#include <QLocale>
+#include <QTextBoundaryFinder>
+
+#include <algorithm>
+
+namespace quillmate
+{
+namespace
+{
+
+/// A text document's own marks, and control characters other than tabulators and line ends.
+bool isUnshowable(QChar character)
+{
+    const char16_t code = character.unicode();
+    const bool layout = code == u'\t' || code == u'\n' || code == u'\r';
+    const bool control = code < 0x20 || (code >= 0x7F && code < 0xA0 && code != 0x85);
+    // An embedded object, and the marks that begin and end a frame.
+    const bool mark = code == 0xFFFC || (code >= 0xFDD0 && code <= 0xFDEF);
+    return (control && !layout) || mark;
+}
+
+/// Where the last whole character within the bound ends, as a reader counts characters.
+qsizetype lastBoundary(const QString& text)
+{
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
+    finder.setPosition(longestShownText);
+    const qsizetype end = finder.isAtBoundary() ? longestShownText : finder.toPreviousBoundary();
+    return end > 0 ? end : longestShownText;
+}
+
+} // namespace
+
+ShownText ShownText::of(const std::string& text)
+{
+    // No character takes more bytes of UTF-8 than three for each of its UTF-16 units; a few more units settle whether
+    // the bound cuts a character.
+    constexpr std::size_t enough = 3 * (longestShownText + 100);
+    const bool partly = text.size() > enough;
+    ShownText shown{QString::fromUtf8(text.data(), static_cast<qsizetype>(std::min(text.size(), enough))), {}};
+    if (partly || shown.text.size() > longestShownText) {
+        shown.text.truncate(lastBoundary(shown.text));
+        shown.note =
+            QStringLiteral("This text is very long (%1). Only its beginning is shown.")
+                .arg(QLocale::c().formattedDataSize(static_cast<qint64>(text.size()), 1, QLocale::DataSizeSIFormat));
+    }
+    std::replace_if(shown.text.begin(), shown.text.end(), isUnshowable, QChar(QChar::ReplacementCharacter));
+    return shown;
+}
+
+} // namespace quillmate
