@@ -1,0 +1,226 @@
+#include "Shots.h"
+
+#include "MadeUpState.h"
+
+#include "features/ChatErrorMessage.h"
+#include "state/SummarizeManager.h"
+#include "views/ChatViewState.h"
+#include "views/LoginViewState.h"
+#include "views/SessionTabsViewState.h"
+
+#include <QQuickItem>
+#include <QVariant>
+
+namespace quillmate
+{
+namespace
+{
+
+using Panel = SessionTabsViewState;
+
+constexpr QSize narrow(400, 550);
+constexpr QSize wide(500, 760);
+const auto rightToLeft =
+    "تقترح ليلى نقل الاجتماع إلى يوم الخميس الساعة العاشرة.\nتحتاج إلى الميزانية قبل مساء الأربعاء.";
+
+std::string repeated(const std::string& text, int times)
+{
+    std::string all;
+    for (int i = 0; i < times; ++i) {
+        all += text;
+    }
+    return all;
+}
+
+QQuickItem* find(QQuickItem& item, const QString& name)
+{
+    if (item.objectName() == name) {
+        return &item;
+    }
+    const auto children = item.childItems();
+    for (QQuickItem* child : children) {
+        if (QQuickItem* found = find(*child, name)) {
+            return found;
+        }
+    }
+    return nullptr;
+}
+
+void openChat(QQuickItem& root)
+{
+    if (QQuickItem* tabs = find(root, QStringLiteral("panelTabs"))) {
+        tabs->setProperty("currentIndex", 1);
+    }
+}
+
+void focusOn(QQuickItem& root, const char* name)
+{
+    if (QQuickItem* item = find(root, QString::fromLatin1(name))) {
+        item->forceActiveFocus(Qt::TabFocusReason);
+    }
+}
+
+/// A usual scene with one thing different.
+Scene with(const std::function<void(Scene&)>& change)
+{
+    Scene scene = usualScene();
+    change(scene);
+    return scene;
+}
+
+Scene withConversation(std::vector<std::string> conversation)
+{
+    return with([&](Scene& scene) { scene.conversation = std::move(conversation); });
+}
+
+HostedView signIn(bool message, bool menu)
+{
+    setUp(message ? usualScene() : Scene());
+    auto view = LoginViewState::makeView([] {});
+    if (menu) {
+        static_cast<LoginViewState*>(view.state.get())->developerMenu()->setShown(true);
+    }
+    return view;
+}
+
+void addSignIn(std::vector<Shot>& shots)
+{
+    const auto add = [&](const char* state, bool message, bool menu, QSize size, double scale = 1) {
+        shots.push_back({"Sign-in screen", state, [=] { return signIn(message, menu); }, {}, size, scale});
+    };
+    add("without a message", false, false, {400, 400});
+    add("with a message", true, false, narrow);
+    add("developer menu", true, true, narrow);
+    add("wide", true, false, wide);
+    add("large text", false, false, {400, 400}, 2);
+    shots.push_back({"Sign-in screen", "keyboard on the button", [] { return signIn(true, false); },
+                     [](QQuickItem& root) { focusOn(root, "loginButton"); }, narrow});
+}
+
+void addSummary(std::vector<Shot>& shots)
+{
+    const auto add = [&](const char* state, const Scene& scene, const std::function<void(Panel&)>& change = {},
+                         QSize size = {440, 640}, double scale = 1) {
+        shots.push_back({"Summary", state, [=] { return panelIn(scene, change); }, {}, size, scale});
+    };
+    const Scene none = with([](Scene& scene) {
+        scene.summary.clear();
+        scene.reply.clear();
+    });
+    add("nothing known", none);
+    add("loading", none, [](Panel& panel) { panel.summarizeStateManager().setSummarizeLoading(true); });
+    add("result", usualScene());
+    add("long result", with([](Scene& scene) { scene.summary = repeated(scene.summary + '\n', 12); }), {}, narrow);
+    add("right to left", with([](Scene& scene) { scene.summary = rightToLeft; }));
+    add("too long to be shown whole", with([](Scene& scene) { scene.summary = repeated("All of it. ", 900'000); }));
+    const auto failed = [](const std::string& kept) {
+        return [kept](Panel& panel) {
+            SummarizeManager::shared().requestFailed = true;
+            panel.summarizeStateManager().setSummarizeResponse(std::nullopt);
+            if (!kept.empty()) {
+                panel.modal()->setTextareaInput(QString::fromStdString(kept));
+            }
+        };
+    };
+    add("could not be loaded", none, failed(""), narrow);
+    add("could not be loaded, pasted text", none, failed("Dear Maria,\n\nthis is the text of the message."), wide);
+    add("large text", usualScene(), {}, narrow, 2);
+    shots.push_back({"Summary", "no message", [] { return panelIn({}); }, {}, {400, 400}});
+}
+
+void addReply(std::vector<Shot>& shots)
+{
+    const auto add = [&](const char* state, const Scene& scene, const std::function<void(Panel&)>& change = {},
+                         QSize size = {440, 640}, double scale = 1) {
+        shots.push_back({"Replies", state, [=] { return panelIn(scene, change); }, {}, size, scale});
+    };
+    const Scene none = with([](Scene& scene) { scene.reply.clear(); });
+    add("first reply", none);
+    add("loading", none, [](Panel& panel) { panel.buttonStateManager().setGenerateResponseLoading(true); });
+    add("reply", usualScene());
+    add("narrow", usualScene(), {}, narrow);
+    add("wide", usualScene(), {}, wide);
+    add("right to left", with([](Scene& scene) { scene.reply = rightToLeft; }));
+    add("long, one word of 10,000 characters", with([](Scene& scene) {
+            scene.reply = "<b>Not bold</b> " + std::string(10'000, 'w') + repeated("\nThe end.", 20);
+        }));
+    add("too long to be shown whole", with([](Scene& scene) { scene.reply = repeated("All of it. ", 900'000); }));
+    add("toast", usualScene(),
+        [](Panel& panel) { panel.buttonStateManager().announce("Response generated successfully."); });
+    add("error", usualScene(), [](Panel& panel) {
+        panel.buttonStateManager().announce("Error sending request: " +
+                                            repeated("The server could not be reached. ", 30));
+    });
+    add("copied", usualScene(), [](Panel& panel) { panel.modal()->reply()->setShowTooltip(true); });
+    add("large text", usualScene(), {}, narrow, 2);
+    add("developer menu", usualScene(), [](Panel& panel) { panel.modal()->developerMenu()->setShown(true); });
+    shots.push_back({"Replies", "keyboard on a button", [] { return panelIn(usualScene()); },
+                     [](QQuickItem& root) { focusOn(root, "submitButton"); }});
+}
+
+void addChat(std::vector<Shot>& shots)
+{
+    const auto add = [&](const char* state, const Scene& scene, const std::function<void(ChatViewState&)>& change = {},
+                         QSize size = {440, 640}, double scale = 1) {
+        shots.push_back({"Chat", state,
+                         [=] {
+                             return panelIn(scene, [change](Panel& panel) {
+                                 if (change) {
+                                     change(*panel.modal()->chat());
+                                 }
+                             });
+                         },
+                         openChat, size, scale});
+    };
+    const auto fail = [](ChatViewState&) {
+        ChatErrorMessage::shared().setChatErrorMessage("Something went wrong, please try again");
+    };
+    add("empty", withConversation({}));
+    add("conversation", usualScene());
+    add("awaiting an answer", withConversation({"When does she want to meet?"}),
+        [](ChatViewState& chat) { chat.chat().setLoading(true); });
+    add("failed", withConversation({"When?", "On Thursday.", "And where does she want to meet this time?"}), fail,
+        narrow);
+    add("both directions",
+        withConversation({"متى الاجتماع؟", rightToLeft, "And the budget?", "By Wednesday evening."}));
+    add("emoji, markup, control characters",
+        withConversation({"👩‍👩‍👧‍👦 👍🏽 🇧🇷 ok?",
+                          "<h1>No heading</h1> & \x01\x02 https://a.example/", "", std::string(300, 'w')}));
+    add("too long to be shown whole", withConversation({"All of it?", repeated("All of it. ", 900'000)}));
+    add("narrow", usualScene(), {}, narrow);
+    add("wide", usualScene(), {}, wide);
+    add("large text", usualScene(), {}, narrow, 2);
+    shots.push_back({"Chat", "keyboard on a message", [] { return panelIn(usualScene()); },
+                     [](QQuickItem& root) {
+                         openChat(root);
+                         focusOn(root, "chatMessages");
+                     }});
+    shots.push_back({"Chat", "stand-alone", [] { return chatIn(usualScene()); }, {}, {400, 500}});
+}
+
+void addUpdate(std::vector<Shot>& shots)
+{
+    const auto add = [&](const char* state, QSize size, double scale = 1) {
+        const Scene scene = with([](Scene& changed) { changed.updateAnnounced = true; });
+        shots.push_back({"Update notice", state, [=] { return panelIn(scene); }, {}, size, scale});
+    };
+    add("over the panel", {440, 640});
+    add("narrow", narrow);
+    add("wide", wide);
+    add("large text", narrow, 2);
+}
+
+} // namespace
+
+std::vector<Shot> allShots()
+{
+    std::vector<Shot> shots;
+    addSignIn(shots);
+    addSummary(shots);
+    addReply(shots);
+    addChat(shots);
+    addUpdate(shots);
+    return shots;
+}
+
+} // namespace quillmate
