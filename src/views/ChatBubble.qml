@@ -31,7 +31,7 @@ Item {
         objectName: "bubbleText"
         x: Theme.padding
         y: Theme.padding
-        width: Math.min(Math.ceil(implicitWidth), bubble.maximumWidth - 2 * Theme.padding)
+        width: Math.min(Math.ceil(implicitWidth), Math.max(1, bubble.maximumWidth - 2 * Theme.padding))
         text: bubble.body
         textFormat: TextEdit.PlainText
         readOnly: true

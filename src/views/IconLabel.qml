@@ -13,9 +13,18 @@ Item {
 
     readonly property real symbolRoom: iconName === "" ? 0 : Theme.symbol + Theme.spacing
 
-    implicitWidth: symbolRoom + content.implicitWidth
+    // Measured apart: what a Text says of itself depends on the width that it is given.
+    readonly property real textWidth: Math.ceil(metrics.advanceWidth) + 1
+
+    implicitWidth: symbolRoom + textWidth
     implicitHeight: Math.max(iconName === "" ? 0 : Theme.symbol, content.implicitHeight)
 
+    TextMetrics {
+        id: metrics
+
+        text: label.text
+        font: content.font
+    }
     Row {
         anchors.centerIn: parent
         spacing: Theme.spacing
@@ -32,8 +41,7 @@ Item {
             id: content
 
             anchors.verticalCenter: parent.verticalCenter
-            // Rounded up: a text that is a fraction too wide must not break.
-            width: Math.min(Math.ceil(implicitWidth), Math.max(0, label.width - label.symbolRoom))
+            width: Math.min(label.textWidth, Math.max(1, label.width - label.symbolRoom))
             text: label.text
             textFormat: Text.PlainText
             color: label.color

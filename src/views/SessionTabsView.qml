@@ -50,7 +50,7 @@ Item {
         Loader {
             anchors.fill: parent
             opacity: root.updateAnnounced ? 1 : 0
-            active: opacity > 0
+            active: root.updateAnnounced || opacity > 0
             enabled: root.updateAnnounced
             sourceComponent: UpdateModalView {
                 objectName: "updateModalView"

@@ -21,13 +21,28 @@ bool isUnshowable(QChar character)
     return (control && !layout) || mark;
 }
 
-/// Where the last whole character within the bound ends, as a reader counts characters.
-qsizetype lastBoundary(const QString& text)
+/// How many units of the text can be laid out in a blink: a unit of an emoji or a mark takes as long as many letters.
+qsizetype showableLength(const QString& text)
+{
+    constexpr qsizetype slowness = 16;
+    qsizetype cost = 0;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar unit = text[i];
+        cost += unit.isSurrogate() || unit.isMark() || unit.unicode() == 0x200D ? slowness : 1;
+        if (cost > longestShownText) {
+            return i;
+        }
+    }
+    return text.size();
+}
+
+/// The end of the last whole character up to there, as a reader counts characters.
+qsizetype lastBoundary(const QString& text, qsizetype length)
 {
     QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
-    finder.setPosition(longestShownText);
-    const qsizetype end = finder.isAtBoundary() ? longestShownText : finder.toPreviousBoundary();
-    return end > 0 ? end : longestShownText;
+    finder.setPosition(length);
+    const qsizetype end = finder.isAtBoundary() ? length : finder.toPreviousBoundary();
+    return end > 0 ? end : length;
 }
 
 } // namespace
@@ -39,8 +54,9 @@ ShownText ShownText::of(const std::string& text)
     constexpr std::size_t enough = 3 * (longestShownText + 100);
     const bool partly = text.size() > enough;
     ShownText shown{QString::fromUtf8(text.data(), static_cast<qsizetype>(std::min(text.size(), enough))), {}};
-    if (partly || shown.text.size() > longestShownText) {
-        shown.text.truncate(lastBoundary(shown.text));
+    const qsizetype length = showableLength(shown.text);
+    if (partly || length < shown.text.size()) {
+        shown.text.truncate(lastBoundary(shown.text, length));
         shown.note =
             QStringLiteral("This text is very long (%1). Only its beginning is shown.")
                 .arg(QLocale::c().formattedDataSize(static_cast<qint64>(text.size()), 1, QLocale::DataSizeSIFormat));

@@ -18,7 +18,8 @@ struct ShownText {
     static ShownText of(const std::string& text);
 };
 
-/// The longest text that is shown whole, in UTF-16 units.
-constexpr qsizetype longestShownText = 32'000;
+/// The longest text that is shown whole, in UTF-16 units; less where it is laid out slowly, as emoji and stacked marks
+/// are.
+constexpr qsizetype longestShownText = 16'000;
 
 } // namespace quillmate

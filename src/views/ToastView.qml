@@ -14,7 +14,7 @@ Item {
     }
 
     opacity: shown ? 1 : 0
-    visible: opacity > 0
+    visible: shown || opacity > 0
     onShownChanged: announce()
     onMessageChanged: announce()
 
@@ -39,7 +39,7 @@ Item {
 
             anchors.centerIn: parent
             // Even, so that the middle falls on a pixel.
-            width: Math.min(2 * Math.ceil(implicitWidth / 2), toast.width - 4 * Theme.padding)
+            width: Math.min(2 * Math.ceil(implicitWidth / 2), Math.max(1, toast.width - 4 * Theme.padding))
             text: toast.message
             textFormat: Text.PlainText
             color: "white"

@@ -13,7 +13,7 @@ ContinuousRectangle {
     radius: 8
     color: Qt.rgba(0, 0, 0, 0.7)
     opacity: shown ? 1 : 0
-    visible: opacity > 0
+    visible: shown || opacity > 0
     Accessible.role: Accessible.ToolTip
     Accessible.name: message
 

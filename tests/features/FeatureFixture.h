@@ -1,0 +1,47 @@
+#pragma once
+
+#include "platform/foundation/MainSchedule.h"
+#include "support/LogCapture.h"
+#include "support/TestEnvironment.h"
+#include "support/TestServer.h"
+
+#include <optional>
+#include <string>
+
+#include <QStringList>
+
+namespace quillmate
+{
+
+/// A signed-in user who replies to a message, and a service behind the features. Time stands still.
+class FeatureFixture
+{
+public:
+    using Text = std::optional<std::string>;
+
+    FeatureFixture();
+
+    /// Signed in as e@a.example, replying to m1 with "The content", nothing stored, nothing said or asked so far.
+    void reset();
+    /// Another compose session begins.
+    static void replyTo(const Text& messageId, const Text& content);
+
+    /// The requests received as "/chat/send Bearer token {…}", path below the API's.
+    [[nodiscard]] QStringList sent() const;
+    /// The whole settings store as "key=value".
+    [[nodiscard]] static QStringList stored();
+
+    TestServer& server() { return m_server; }
+    LogCapture& log() { return m_log; }
+
+private:
+    TestEnvironment m_environment;
+    TestServer m_server;
+    LogCapture m_log;
+    ManualTime m_time;
+};
+
+/// What the plugin says of itself in every body.
+constexpr auto pluginMembers = R"("plugin_source":"plugin_apple","plugin_version":"v1.0.0")";
+
+} // namespace quillmate
