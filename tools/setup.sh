@@ -15,7 +15,10 @@ base_packages=(
     libsimdjson-dev nlohmann-json3-dev libsqlite3-dev libgmime-3.0-dev libssl-dev openssl xdg-utils
 )
 # What the tests take beside that.
-test_packages=(xvfb xauth fonts-dejavu-core bc)
+test_packages=(
+    xvfb xauth fonts-dejavu-core bc
+    at-spi2-core dbus python3 python3-gi gir1.2-atspi-2.0 xclip xdotool
+)
 # What the checks of the sources take beside that.
 check_packages=(clang-format clang-tidy git)
 

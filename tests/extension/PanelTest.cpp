@@ -1,6 +1,6 @@
 #include "extension/PanelFixture.h"
+#include "features/RepliedMessage.h"
 #include "features/SummarizeStateManager.h"
-#include "features/SummaryRequest.h"
 #include "platform/foundation/MainSchedule.h"
 #include "platform/foundation/NotificationCenter.h"
 #include "platform/foundation/UserDefaults.h"

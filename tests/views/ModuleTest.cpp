@@ -37,12 +37,31 @@ QVariantMap ModuleTest::requiredProperties(const QString& view)
     const auto state = [](QObject* object) { return QVariantMap{{"viewState", QVariant::fromValue(object)}}; };
     const QVariantMap button = {
         {"label", "Go"}, {"iconName", "wand.and.stars"}, {"backgroundColor", "red"}, {"borderColor", "blue"}};
+    const QVariantMap bubble = {
+        {"sentByCurrentUser", true}, {"body", "A text"}, {"note", "A note"}, {"rightToLeft", false}};
+    const auto with = [](QVariantMap properties, const QVariantMap& more) {
+        properties.insert(more);
+        return properties;
+    };
+    const QVariantMap chat = state(m_tabs.modal()->chat());
     const std::map<QString, QVariantMap> known = {
+        {"ChatBubble", with(bubble, {{"maximumWidth", 300}})},
+        {"ChatContentView", chat},
+        {"ChatInput", chat},
+        {"ChatMessageList", chat},
+        {"ChatRow", with(bubble, {{"index", 0}, {"hasBody", true}})},
+        {"ChatView", chat},
         {"CustomButton", {{"title", "Login"}, {"backgroundColor", "red"}, {"iconName", "wand.and.stars"}}},
         {"DeveloperMenu", {{"menuState", QVariant::fromValue(m_login.developerMenu())}}},
         {"FallbackEditor", state(m_tabs.modal())},
         {"FocusRing", {{"shown", true}}},
+        {"LoadingOverlay", {{"shown", true}}},
         {"LoginView", state(&m_login)},
+        {"LongTextNote", {{"note", "A note"}}},
+        {"PanelScroll", {{"contentMinimumHeight", 900}}},
+        {"PanelTab", {{"text", "Tab"}, {"iconName", "wand.and.stars"}}},
+        {"PanelTabs", state(m_tabs.modal())},
+        {"ReplySection", state(m_tabs.modal()->reply())},
         {"ScrollableText", {{"text", "A text"}}},
         {"SegmentedPicker", {{"options", DeveloperMenuState::environments()}, {"selection", "live"}}},
         {"SessionButton", button},
@@ -53,6 +72,7 @@ QVariantMap ModuleTest::requiredProperties(const QString& view)
         {"SummarySection", state(m_tabs.modal())},
         {"ToastView", {{"message", "A message"}}},
         {"TooltipView", {{"message", "A message"}}},
+        {"UpdateModalView", state(&m_tabs)},
     };
     const auto found = known.find(view);
     return found == known.end() ? QVariantMap() : found->second;

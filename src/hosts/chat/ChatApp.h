@@ -16,7 +16,11 @@ public:
     ChatApp(const ChatApp&) = delete;
     ChatApp& operator=(const ChatApp&) = delete;
 
-    void show() { m_window.show(); }
+    void show()
+    {
+        m_window.show();
+        m_window.requestActivate();
+    }
 
 private:
     void fit();

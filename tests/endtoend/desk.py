@@ -1,0 +1,172 @@
+"""A program under test as a user of the desktop meets it: by keyboard, and over the accessibility bus."""
+
+import os
+import subprocess
+import tempfile
+import time
+
+import gi
+
+gi.require_version("Atspi", "2.0")
+from gi.repository import Atspi  # noqa: E402
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+PATIENCE = int(os.environ.get("PATIENCE", "60"))  # seconds; a sanitizer makes programs slow
+
+
+def until(condition, what):
+    """The condition's first true value; an error when there is none in good time."""
+    end = time.monotonic() + PATIENCE
+    while time.monotonic() < end:
+        found = condition()
+        if found:
+            return found
+        time.sleep(0.05)
+    raise AssertionError("In vain: " + what)
+
+
+def walk(node):
+    """The node and everything below it, in order; what goes away meanwhile is left out."""
+    try:
+        yield node
+        for index in range(node.get_child_count()):
+            child = node.get_child_at_index(index)
+            if child is not None:
+                yield from walk(child)
+    except gi.repository.GLib.Error:
+        return
+
+
+class Desk:
+    """One program with a home of its own."""
+
+    def __init__(self, program, arguments, environment=None):
+        self.home = tempfile.TemporaryDirectory()
+        # The desktop's way to the browser, whichever browsers the machine has.
+        os.mkdir(self.home.name + "/bin")
+        os.symlink(os.path.join(HERE, "browser"), self.home.name + "/bin/xdg-open")
+        settings = dict(
+            os.environ,
+            QT_QPA_PLATFORM="xcb",
+            QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1",
+            XDG_DATA_HOME=self.home.name + "/data",
+            XDG_CACHE_HOME=self.home.name + "/cache",
+            PATH=self.home.name + "/bin:" + os.environ["PATH"],
+            **(environment or {}),
+        )
+        self.log = open(self.home.name + "/log", "w+b")
+        self.process = subprocess.Popen(
+            [program, *arguments], env=settings, stdin=subprocess.PIPE, stdout=self.log, stderr=subprocess.STDOUT
+        )
+
+    def end(self):
+        """Ends it in order and gives its status."""
+        self.process.terminate()
+        status = self.process.wait(PATIENCE)
+        self.process.stdin.close()
+        self.log.close()
+        self.home.cleanup()
+        return status
+
+    def lines(self):
+        with open(self.home.name + "/log", errors="replace") as log:
+            return log.read().splitlines()
+
+    def pages(self):
+        """What was handed to the browser."""
+        path = self.home.name + "/bin/pages"
+        return open(path).read().splitlines() if os.path.exists(path) else []
+
+    def root(self):
+        """What the bus knows of the program."""
+        desktop = Atspi.get_desktop(0)
+        for index in range(desktop.get_child_count()):
+            application = desktop.get_child_at_index(index)
+            if application is not None and application.get_process_id() == self.process.pid:
+                return application
+        return None
+
+    def find(self, role, name):
+        """The visible node of that role and name, or None."""
+        if self.process.poll() is not None:
+            raise AssertionError("The program has ended:\n" + "\n".join(self.lines()))
+        root = self.root()
+        for node in walk(root) if root else ():
+            try:
+                if node.get_role_name() == role and (name is None or name in node.get_name()):
+                    if node.get_state_set().contains(Atspi.StateType.SHOWING):
+                        return node
+            except gi.repository.GLib.Error:
+                continue
+        return None
+
+    def wait_for(self, role, name):
+        return until(lambda: self.find(role, name), f"{role} “{name}”; there is:\n" + self.describe)
+
+    def press(self, role, name):
+        """Presses it as a screen reader does."""
+        node = self.wait_for(role, name)
+        names = [Atspi.Action.get_action_name(node, index) for index in range(Atspi.Action.get_n_actions(node))]
+        Atspi.Action.do_action(node, names.index("Press"))
+
+    def focused(self):
+        """The node that has the keyboard; None while no control has it."""
+        root = self.root()
+        for node in walk(root) if root else ():
+            try:
+                states = node.get_state_set()
+                if states.contains(Atspi.StateType.FOCUSED) and states.contains(Atspi.StateType.SHOWING):
+                    if node.get_role_name() not in ("frame", "application", "panel", "page tab list"):
+                        return node
+            except gi.repository.GLib.Error:
+                continue
+        return None
+
+    @staticmethod
+    def settle():
+        """Lets a key arrive and what it does come to an end."""
+        time.sleep(0.1)
+
+    @property
+    def describe(self):
+        root = self.root()
+        return "\n".join(f"  {node.get_role_name()}: {node.get_name()[:80]}" for node in walk(root)) if root else ""
+
+
+class Service:
+    """A service of its own, for the extension's live host."""
+
+    def __init__(self, program, arguments):
+        self.folder = tempfile.TemporaryDirectory()
+        self.process = subprocess.Popen(
+            [program, "--port", "0", "--data", self.folder.name, *arguments], stdout=subprocess.PIPE
+        )
+        self.address = self.process.stdout.readline().decode().split("https://")[1].strip()
+
+    def environment(self):
+        return {
+            "QUILLMATE_CONNECT_TO": "quillmate.example=" + self.address,
+            "QUILLMATE_CA_FILE": self.folder.name + "/ca.pem",
+        }
+
+    def end(self):
+        self.process.terminate()
+        status = self.process.wait(PATIENCE)
+        self.process.stdout.close()
+        self.folder.cleanup()
+        return status
+
+
+def write_into(field, text):
+    Atspi.Component.grab_focus(field)
+    until(lambda: field.get_state_set().contains(Atspi.StateType.FOCUSED), "the focus on " + field.get_name())
+    type_text(text)
+
+
+def keys(*names):
+    """Types on the keyboard, into whichever window has it."""
+    subprocess.run(["xdotool", "key", "--delay", "20", *names], check=True)
+
+
+def type_text(text):
+    subprocess.run(["xdotool", "type", "--delay", "20", text], check=True)
