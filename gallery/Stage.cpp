@@ -30,7 +30,7 @@ QImage Stage::take(const Shot& shot)
     if (shot.then) {
         shot.then(*item);
     }
-    const QImage picture = item->childItems().isEmpty() ? QImage() : settle();
+    QImage picture = item->childItems().isEmpty() ? QImage() : settle();
     item->setParentItem(nullptr);
     return picture;
 }

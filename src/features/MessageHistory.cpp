@@ -80,7 +80,7 @@ Result<MessageHistory, JSONError> MessageHistory::decode(std::string_view bytes)
 Result<std::string, JSONError> MessageHistory::encode()
 {
     for (; m_encodedCount < m_messages.size(); ++m_encodedCount) {
-        const auto message = encodeMessage(m_messages[m_encodedCount]);
+        auto message = encodeMessage(m_messages[m_encodedCount]);
         if (!message) {
             return message;
         }

@@ -1,3 +1,5 @@
+pragma ComponentBehavior: Bound
+
 import QtQuick
 import QtQuick.Controls.Basic
 import Quillmate.Views
@@ -53,9 +55,9 @@ ListView {
     Accessible.role: Accessible.List
     Accessible.name: "Conversation"
     onActiveFocusChanged: if (activeFocus && currentIndex < 0) walk(0)
-    onHeightChanged: Qt.callLater(follow)
-    onWidthChanged: Qt.callLater(follow)
-    onContentHeightChanged: Qt.callLater(follow)
+    onHeightChanged: followSoon.restart()
+    onWidthChanged: followSoon.restart()
+    onContentHeightChanged: followSoon.restart()
     onMovementStarted: following = false
     onMovementEnded: following = atYEnd
     Component.onCompleted: settleAtEnd()
@@ -90,6 +92,13 @@ ListView {
         onCopyClicked: list.viewState.copyMessage(index)
     }
 
+    // After what changes now has come to rest.
+    Timer {
+        id: followSoon
+
+        interval: 0
+        onTriggered: list.follow()
+    }
     NumberAnimation {
         id: glide
 
