@@ -379,8 +379,12 @@ void ChatFlowTest::twoScreensOfOneMessage()
     QCOMPARE(shown(one), QStringLiteral("[one] Hi., chat - -"));
     QCOMPARE(replaced.count(), 1);
     QCOMPARE(changed.count(), 1);
-    // The same messages once more are no change.
+    // The same messages once more are no change, in whatever form.
     one->loadMessages();
+    QCOMPARE(replaced.count(), 1);
+    UserDefaults::standard().setData("reply m1", " " + storedFormOf(one).toStdString());
+    one->loadMessages();
+    QCOMPARE(replaced.count(), 2);
     QCOMPARE(changed.count(), 1);
 }
 

@@ -28,8 +28,13 @@ private:
 namespace
 {
 
-#define ID "E621E1F8-C36C-495A-93FC-0C247A3E6E5F"
-constexpr auto id = ID;
+constexpr auto id = "E621E1F8-C36C-495A-93FC-0C247A3E6E5F";
+
+/// JSON written with single quotes, and with ID for an id.
+QByteArray json(const QByteArray& text)
+{
+    return QByteArray(text).replace('\'', '"').replace("ID", id);
+}
 
 std::vector<Message> everyKind()
 {
@@ -60,12 +65,11 @@ void MessageHistoryTest::writtenForm()
         history.append(message);
         QVERIFY(history.encode());
     }
-    const std::string written = R"([{"id":")" ID R"(","text":"Why \"so\"?\n","isSentByCurrentUser":true},)"
-                                R"({"id":")" ID R"(","response":"Dé)"
-                                "\u2028"
-                                R"(🪶/\\\u0001","isSentByCurrentUser":false},)"
-                                R"({"id":")" ID R"(","isSentByCurrentUser":true},)"
-                                R"({"id":")" ID R"(","text":"","response":"","isSentByCurrentUser":false}])";
+    const std::string written = json("[{'id':'ID','text':'Why \\\"so\\\"?\\n','isSentByCurrentUser':true},"
+                                     "{'id':'ID','response':'Dé\u2028🪶/\\\\\\u0001','isSentByCurrentUser':false},"
+                                     "{'id':'ID','isSentByCurrentUser':true},"
+                                     "{'id':'ID','text':'','response':'','isSentByCurrentUser':false}]")
+                                    .toStdString();
     QCOMPARE(history.encode().value(), written);
     QCOMPARE(MessageHistory(everyKind()).encode().value(), written);
     QVERIFY(same(MessageHistory::decode(written).value().messages(), everyKind()));
@@ -79,24 +83,21 @@ void MessageHistoryTest::foreignForms_data()
 {
     QTest::addColumn<QByteArray>("stored");
     QTest::addColumn<QByteArray>("ours");
-    const QByteArray one = R"([{"id":")" ID R"(","text":"a","isSentByCurrentUser":true}])";
-    const QByteArray none = R"([{"id":")" ID R"(","isSentByCurrentUser":true}])";
-    QTest::newRow("ours") << one << one;
-    QTest::newRow("empty") << QByteArray("[]") << QByteArray("[]");
-    QTest::newRow("white space and order")
-        << QByteArray("\n[ {\t\"isSentByCurrentUser\" : true,\r\n\"text\":\"a\", \"id\" : \"" ID "\" } ] \n") << one;
-    QTest::newRow("lower-case id") << one.toLower().replace("issentbycurrentuser", "isSentByCurrentUser") << one;
-    QTest::newRow("nulls") << QByteArray(R"([{"id":")" ID
-                                         R"(","text":null,"response":null,"isSentByCurrentUser":true}])")
-                           << none;
-    QTest::newRow("unknown keys")
-        << QByteArray(R"([{"id":")" ID
-                      R"(","date":-1.5e3,"more":{"text":["b",{}]},"Text":1,"isSentByCurrentUser":true}])")
-        << none;
-    QTest::newRow("a key twice") << QByteArray(one).replace("\"text\"", R"("text":"b","text")") << one;
-    QTest::newRow("escapes") << QByteArray(R"([{"\u0069d":")" ID
-                                           R"(","text":"\ud83e\udeb6\u00e9\/\u0000","isSentByCurrentUser":true}])")
-                             << QByteArray(R"([{"id":")" ID R"(","text":"🪶é/\u0000","isSentByCurrentUser":true}])");
+    const QByteArray one = json("[{'id':'ID','text':'a','isSentByCurrentUser':true}]");
+    const QByteArray none = json("[{'id':'ID','isSentByCurrentUser':true}]");
+    const auto row = [](const char* name, const QByteArray& stored, const QByteArray& ours) {
+        QTest::newRow(name) << stored << ours;
+    };
+    row("ours", one, one);
+    row("empty", "[]", "[]");
+    row("white space and order", json("\n[ {\t'isSentByCurrentUser' : true,\r\n'text':'a', 'id' : 'ID' } ] \n"), one);
+    row("lower-case id", QByteArray(one).replace(id, QByteArray(id).toLower()), one);
+    row("nulls", json("[{'id':'ID','text':null,'response':null,'isSentByCurrentUser':true}]"), none);
+    row("unknown keys",
+        json("[{'id':'ID','date':-1.5e3,'more':{'text':['b',{}]},'Text':1,'isSentByCurrentUser':true}]"), none);
+    row("a key twice", json("[{'id':'ID','text':'b','text':'a','isSentByCurrentUser':true}]"), one);
+    row("escapes", json("[{'\\u0069d':'ID','text':'\\ud83e\\udeb6\\u00e9\\/\\u0000','isSentByCurrentUser':true}]"),
+        json("[{'id':'ID','text':'🪶é/\\u0000','isSentByCurrentUser':true}]"));
 }
 
 void MessageHistoryTest::foreignForms()
@@ -115,29 +116,31 @@ void MessageHistoryTest::foreignForms()
 void MessageHistoryTest::unreadableForms_data()
 {
     QTest::addColumn<QByteArray>("stored");
-    const QByteArray good = R"({"id":")" ID R"(","text":"a","isSentByCurrentUser":true})";
-    for (const char* text : {"", "[", "{}", "null", "\"a\"", "42", "[1]", "[null]", "[[]]", "[{}]",
-                             "[{\"id\":\"" ID "\"}]", R"([{"isSentByCurrentUser":true}])"}) {
-        QTest::addRow("%s", text) << QByteArray(text);
+    for (const char* text : {"", "[", "{}", "null", "'a'", "42", "[1]", "[null]", "[[]]", "[{}]", "[{'id':'ID'}]",
+                             "[{'isSentByCurrentUser':true}]"}) {
+        QTest::addRow("%s", text) << json(text);
     }
-    const auto changed = [&good](const char* name, const char* before, const char* after) {
-        QTest::newRow(name) << "[" + good + "," + QByteArray(good).replace(before, after) + "]";
-    };
-    changed("an id too short", "5F\"", "5\"");
-    changed("an id without hyphens", ID, "E621E1F8C36C495A93FC0C247A3E6E5F");
-    changed("an id in braces", ID, "{" ID "}");
-    changed("an id that is a number", "\"" ID "\"", "1");
-    changed("an id that is null", "\"" ID "\"", "null");
-    changed("a sender that is a number", "true", "1");
-    changed("a sender that is a text", "true", "\"true\"");
-    changed("a sender that is null", "true", "null");
-    changed("a text that is a number", "\"a\"", "1");
-    changed("a text that is a list", "\"a\"", "[\"a\"]");
-    changed("a response that is a Boolean", "\"text\":\"a\"", "\"response\":true");
-    changed("a lone surrogate", "\"a\"", R"("\ud83e")");
-    changed("not UTF-8", "\"a\"", "\"\xff\"");
-    changed("no end", "true}", "true");
-    QTest::newRow("something behind") << "[" + good + "]x";
+    // Beside a sound one, which is not taken either.
+    const QByteArray good = "{'id':'ID','text':'a','isSentByCurrentUser':true}";
+    constexpr const char* changes[][2] = {{"ID", "E621E1F8-C36C-495A-93FC-0C247A3E6E5"}, // too short
+                                          {"ID", "E621E1F8C36C495A93FC0C247A3E6E5F"},
+                                          {"ID", "{ID}"},
+                                          {"'ID'", "1"},
+                                          {"'ID'", "null"},
+                                          {"true", "1"},
+                                          {"true", "'true'"},
+                                          {"true", "null"},
+                                          {"'a'", "1"},
+                                          {"'a'", "['a']"},
+                                          {"'text':'a'", "'response':true"},
+                                          {"'a'", "'\\ud83e'"}, // half a pair
+                                          {"'a'", "'\xff'"},
+                                          {"true}", "true"},
+                                          {"true}", "true}]x"}};
+    for (const auto& [before, after] : changes) {
+        QTest::addRow("%s for %s", after, before)
+            << json("[" + good + "," + QByteArray(good).replace(before, after) + "]");
+    }
 }
 
 void MessageHistoryTest::unreadableForms()

@@ -1,12 +1,14 @@
 #include "platform/foundation/URLExchange.h"
 
 #include "platform/foundation/URLManagers.h"
+#include "platform/foundation/UploadBody.h"
 
 #include <QNetworkAccessManager>
 #include <QNetworkRequest>
 #include <QUrl>
 
 #include <algorithm>
+#include <memory>
 #include <utility>
 
 namespace quillmate
@@ -46,6 +48,7 @@ URLError::Kind kindOf(QNetworkReply::NetworkError error)
     case QNetworkReply::ProxyConnectionRefusedError:
         return URLError::Kind::CannotConnectToHost;
     case QNetworkReply::RemoteHostClosedError:
+    case QNetworkReply::ContentReSendError: // It would have to be sent again, which is not ours to decide.
     case QNetworkReply::TemporaryNetworkFailureError:
     case QNetworkReply::NetworkSessionFailedError:
     case QNetworkReply::ProxyConnectionClosedError:
@@ -151,12 +154,18 @@ void URLExchange::send()
         request.setRawHeader(QByteArray::fromStdString(name), QByteArray::fromStdString(value));
     }
 
-    const QByteArray body = m_request.body ? QByteArray::fromStdString(*m_request.body) : QByteArray();
     QNetworkAccessManager& manager = m_managers.managerFor(m_request);
     // It caches only what it knows to be a GET.
-    m_reply = m_request.method == "GET"
-                  ? manager.get(request)
-                  : manager.sendCustomRequest(request, QByteArray::fromStdString(m_request.method), body);
+    if (m_request.method == "GET") {
+        m_reply = manager.get(request);
+    } else {
+        auto body = std::make_unique<UploadBody>(m_request.body ? m_request.body : std::make_shared<std::string>());
+        // The length must be known beforehand, or all of it is read ahead, and could be sent again.
+        request.setHeader(QNetworkRequest::ContentLengthHeader, body->bytesAvailable());
+        request.setAttribute(QNetworkRequest::DoNotBufferUploadDataAttribute, true);
+        m_reply = manager.sendCustomRequest(request, QByteArray::fromStdString(m_request.method), body.get());
+        body.release()->setParent(m_reply);
+    }
     m_reply->setParent(this);
     connect(m_reply, &QNetworkReply::readyRead, this, &URLExchange::received);
     connect(m_reply, &QNetworkReply::finished, this, &URLExchange::finished);
