@@ -92,6 +92,9 @@ void ChatState::loadMessages()
         return;
     }
     const MessageHistory before = std::exchange(m_history, std::move(decoded).value());
+    if (before.messages() == messages() && before.hasSameTexts(m_history)) {
+        return; // Written in another way, but the same.
+    }
     Q_EMIT messagesReplaced();
     if (before.messages() != messages()) {
         Q_EMIT messagesChanged();
@@ -147,7 +150,7 @@ void ChatState::receiveStart(const Result<ChatStartResponse, ApiError>& result)
         handleChatFailure();
         return;
     }
-    if (m_period.isOver()) {
+    if (m_period.isTokenGone()) {
         return; // Whoever signs in next does not send this user's message.
     }
     m_assistantId = result.value().assistantId;

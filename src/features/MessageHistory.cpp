@@ -2,7 +2,9 @@
 
 #include "platform/foundation/JSONDecoder.h"
 
+#include <algorithm>
 #include <array>
+#include <span>
 #include <utility>
 
 namespace quillmate
@@ -75,6 +77,15 @@ Result<MessageHistory, JSONError> MessageHistory::decode(std::string_view bytes)
         return Result<MessageHistory, JSONError>::failure(*failure);
     }
     return MessageHistory(std::move(messages));
+}
+
+bool MessageHistory::hasSameTexts(const MessageHistory& other) const
+{
+    return std::equal(m_messages.begin(), m_messages.end(), other.m_messages.begin(), other.m_messages.end(),
+                      [](const Message& one, const Message& two) {
+                          return one.text == two.text && one.response == two.response &&
+                                 one.isSentByCurrentUser == two.isSentByCurrentUser;
+                      });
 }
 
 Result<std::string, JSONError> MessageHistory::encode()

@@ -5,6 +5,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace quillmate
@@ -26,6 +27,8 @@ public:
     static Result<MessageHistory, JSONError> decode(std::string_view bytes);
 
     [[nodiscard]] const std::vector<Message>& messages() const { return m_messages; }
+    /// Whether two histories of the same messages also say the same.
+    [[nodiscard]] bool hasSameTexts(const MessageHistory& other) const;
     void append(Message message) { m_messages.push_back(std::move(message)); }
     /// The stored form. Fails on a text that is not UTF-8.
     Result<std::string, JSONError> encode();

@@ -15,7 +15,8 @@ RepliedMessage RepliedMessage::withId(const std::optional<std::string>& messageI
     if (current.messageId == messageId) {
         return {true, std::move(current.content)};
     }
-    return {false, loadFallbackContent(messageId)};
+    auto kept = messageId ? loadFallbackContent(messageId) : std::nullopt;
+    return {false, kept && kept->empty() ? std::nullopt : std::move(kept)};
 }
 
 void storeFallbackContent(const std::optional<std::string>& messageId, const std::string& text)

@@ -10,8 +10,8 @@ namespace quillmate
 struct RepliedMessage {
     /// Whether it is the one that is being replied to now; another compose window may have begun since.
     bool isCurrent = false;
-    /// Its content while it is the current one, else the text kept for it. Neither's text ever goes under the other's
-    /// id: content and id are taken in one look.
+    /// What the shared record holds while it is the current one, taken in one look with the id; else the text kept for
+    /// it, an empty one counting as none. Messages without an id cannot be told apart, so nothing kept counts for them.
     std::optional<std::string> content;
 
     /// By the id that the panel was made for. Any thread.

@@ -22,7 +22,7 @@ namespace
 std::optional<std::string> contentToAnswer(const std::optional<std::string>& messageId)
 {
     auto content = RepliedMessage::withId(messageId).content;
-    if (!content) {
+    if (!content || content->empty()) {
         content = loadFallbackContent(messageId);
     }
     return content && content->empty() ? std::nullopt : content;

@@ -100,6 +100,10 @@ void SummarizeStateManager::summarizeFallback()
 
 void SummarizeStateManager::receiveFallback(const std::optional<SummarizedResponse>& record)
 {
+    if (m_period.isOver()) {
+        setSummarizeLoading(false);
+        return;
+    }
     if (record) {
         print("Summarization successful: SummarizedResponse(messageId: \"" + record->messageId + "\", response: \"" +
               record->response + "\")");

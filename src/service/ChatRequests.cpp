@@ -68,11 +68,10 @@ MessageResult readAnswer(const JSONValue& reply)
     return *answer;
 }
 
-template<typename Body, typename Value>
-void send(const URL& url, const std::string& accessToken, const Body& body,
+template<typename Value>
+void send(const URL& url, const std::string& accessToken, Result<std::string, JSONError> encoded,
           Result<Value, ApiError> (*read)(const JSONValue&), std::function<void(Result<Value, ApiError>)> completion)
 {
-    auto encoded = body.encode();
     if (!encoded) {
         print("Failed to encode JSON: " + encoded.error().description);
         completion(Result<Value, ApiError>::failure(ApiError::invalidData()));
@@ -97,14 +96,15 @@ void HandleApiRequests::sendChatStart(const URL& url, const std::string& accessT
 {
     print("Start chat url:", url.absoluteString());
     print("Start chat access_token:", accessToken);
-    print("Start chat body:", body.description());
-    send(url, accessToken, body, readStart, std::move(completion));
+    auto encoded = body.encode();
+    print("Start chat body:", encoded ? encoded.value() : body.description());
+    send(url, accessToken, std::move(encoded), readStart, std::move(completion));
 }
 
 void HandleApiRequests::sendChatMessage(const URL& url, const std::string& accessToken, const ChatBody& body,
                                         ChatMessageCompletion completion)
 {
-    send(url, accessToken, body, readAnswer, std::move(completion));
+    send(url, accessToken, body.encode(), readAnswer, std::move(completion));
 }
 
 } // namespace quillmate

@@ -46,8 +46,8 @@ void HandleApiRequests::sendTrainingData(const URL& url, const std::string& acce
                                          TrainingCompletion completion)
 {
     URLRequest request = makePostRequest(url, accessToken, AcceptHeader::Omitted);
-    print("TRAINIG DATA BODY", body.description());
     auto encoded = body.encode();
+    print("TRAINIG DATA BODY", encoded ? encoded.value() : body.description());
     if (!encoded) {
         print("Failed to encode JSON: " + encoded.error().description);
         return;

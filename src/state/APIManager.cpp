@@ -83,6 +83,7 @@ void APIManager::selectApiEndpoint(const std::string& key)
     NotificationCenter::defaultCenter().post(quillmate::apiEndpointChanged);
     NotificationCenter::defaultCenter().post(userDidLogout);
     AuthManager::shared().accessToken.set(std::nullopt);
+    AuthManager::shared().countTokenGivenUp();
 }
 
 const std::string& currentApiURL()

@@ -18,6 +18,7 @@ AuthManager& AuthManager::shared()
 void AuthManager::logout()
 {
     ++m_logoutCount;
+    countTokenGivenUp();
     accessToken.set(std::nullopt);
     clearSettingsStore();
     URLCache::shared().removeAllCachedResponses();

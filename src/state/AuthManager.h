@@ -22,13 +22,17 @@ public:
     /// thread.
     void logout();
 
-    /// How often the user has signed out in this process.
+    /// How often `logout` has run in this process.
     [[nodiscard]] unsigned logoutCount() const { return m_logoutCount; }
+    /// A user's time is over, by `logout` or by another environment.
+    void countTokenGivenUp() { ++m_tokenCount; }
+    [[nodiscard]] unsigned tokenCount() const { return m_tokenCount; }
 
 private:
     AuthManager() = default;
 
     std::atomic<unsigned> m_logoutCount = 0;
+    std::atomic<unsigned> m_tokenCount = 0;
 };
 
 /// Removes every key of the settings store.

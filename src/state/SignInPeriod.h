@@ -5,21 +5,27 @@
 namespace quillmate
 {
 
-/// The time up to the next sign-out. What a panel asked for in one period must not be stored in the next: the store was
-/// emptied, and another user may have signed in. Any thread.
+/// The time up to the next sign-out. Any thread.
 class SignInPeriod
 {
 public:
     /// The period of now.
     SignInPeriod()
-        : m_number(AuthManager::shared().logoutCount())
+        : m_logouts(AuthManager::shared().logoutCount())
+        , m_tokens(AuthManager::shared().tokenCount())
     {
     }
 
-    [[nodiscard]] bool isOver() const { return AuthManager::shared().logoutCount() != m_number; }
+    /// What a panel asked for before must be neither stored nor shown: the store was emptied, and another user may have
+    /// signed in.
+    [[nodiscard]] bool isOver() const { return AuthManager::shared().logoutCount() != m_logouts; }
+    /// The token of before is gone, after a change of environment as well: nothing more may be sent in the name of
+    /// whoever signs in next.
+    [[nodiscard]] bool isTokenGone() const { return AuthManager::shared().tokenCount() != m_tokens; }
 
 private:
-    unsigned m_number;
+    unsigned m_logouts;
+    unsigned m_tokens;
 };
 
 } // namespace quillmate

@@ -1,5 +1,7 @@
 #include "views/BlurredPicture.h"
 
+#include "platform/foundation/DispatchQueue.h"
+
 #include <QPainter>
 
 #include <algorithm>
@@ -76,6 +78,7 @@ BlurredPicture::BlurredPicture(QQuickItem* parent)
     m_pause.setInterval(millisecondsBetweenGrabs);
     connect(&m_pause, &QTimer::timeout, this, &BlurredPicture::grab);
     connect(this, &BlurredPicture::sourceChanged, this, &BlurredPicture::grab);
+    connect(this, &BlurredPicture::blurRadiusChanged, this, &BlurredPicture::blurAgain);
 }
 
 void BlurredPicture::itemChange(ItemChange change, const ItemChangeData& value)
@@ -92,6 +95,7 @@ void BlurredPicture::follow(QQuickWindow* window)
         disconnect(m_window, nullptr, this, nullptr);
     }
     m_window = window;
+    m_grab = nullptr; // What was asked of the old window may never come.
     if (window) {
         connect(window, &QQuickWindow::frameSwapped, this, &BlurredPicture::frameShown);
         grab();
@@ -120,7 +124,9 @@ void BlurredPicture::grab()
 
 void BlurredPicture::take()
 {
-    QImage sharp = std::exchange(m_grab, nullptr)->image();
+    const auto result = std::exchange(m_grab, nullptr);
+    DispatchQueue::main().async([result] {}); // It is in the middle of its own signal.
+    QImage sharp = result->image();
     // The grab takes a frame of its own; one more than that may have shown something new.
     constexpr int framesOfGrab = 1;
     if (m_framesSinceGrab > framesOfGrab && !m_pause.isActive()) {
@@ -131,6 +137,11 @@ void BlurredPicture::take()
     }
     m_sharp = std::move(sharp);
     m_sharp.setDevicePixelRatio(m_window ? m_window->effectiveDevicePixelRatio() : 1);
+    blurAgain();
+}
+
+void BlurredPicture::blurAgain()
+{
     m_blurred = blurred(m_sharp, m_blurRadius * m_sharp.devicePixelRatio());
     update();
     Q_EMIT pictureChanged();

@@ -22,7 +22,7 @@ class BlurredPicture : public QQuickPaintedItem
     /// The item shown, which must be visible in the same window.
     Q_PROPERTY(QQuickItem* source MEMBER m_source NOTIFY sourceChanged REQUIRED)
     /// The blur's standard deviation, in points.
-    Q_PROPERTY(double blurRadius MEMBER m_blurRadius NOTIFY sourceChanged)
+    Q_PROPERTY(double blurRadius MEMBER m_blurRadius NOTIFY blurRadiusChanged)
 
 public:
     explicit BlurredPicture(QQuickItem* parent = nullptr);
@@ -34,6 +34,7 @@ public:
 
 Q_SIGNALS:
     void sourceChanged();
+    void blurRadiusChanged();
     void pictureChanged();
 
 protected:
@@ -44,6 +45,7 @@ private:
     void frameShown();
     void grab();
     void take();
+    void blurAgain();
 
     QPointer<QQuickItem> m_source;
     double m_blurRadius = 3;

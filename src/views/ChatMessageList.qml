@@ -12,6 +12,10 @@ ListView {
     required property ChatViewState viewState
 
     readonly property bool onScreen: visible && Window.window !== null
+    // The message that the keyboard is on.
+    property int walkedIndex: -1
+    // The keyboard walks here; a click into a message's text gives the list no more than the text.
+    readonly property bool walking: Window.activeFocusItem === list
     // The end stays in sight, whatever changes, until the user goes elsewhere.
     property bool following: true
 
@@ -36,9 +40,9 @@ ListView {
         glide.start();
     }
     function walk(step: int) {
-        currentIndex = currentIndex < 0 ? count - 1 : Math.max(0, Math.min(count - 1, currentIndex + step));
-        positionViewAtIndex(currentIndex, ListView.Contain);
-        following = currentIndex === count - 1;
+        walkedIndex = walkedIndex < 0 ? count - 1 : Math.max(0, Math.min(count - 1, walkedIndex + step));
+        positionViewAtIndex(walkedIndex, ListView.Contain);
+        following = walkedIndex === count - 1;
     }
     function follow() {
         if (following && !glide.running)
@@ -46,7 +50,7 @@ ListView {
     }
 
     model: viewState.messages
-    currentIndex: -1
+    currentIndex: -1 // The list would give the keyboard to the current row.
     highlightFollowsCurrentItem: false
     keyNavigationEnabled: false
     boundsBehavior: Flickable.StopAtBounds
@@ -54,7 +58,7 @@ ListView {
     clip: true
     Accessible.role: Accessible.List
     Accessible.name: "Conversation"
-    onActiveFocusChanged: if (activeFocus && currentIndex < 0) walk(0)
+    onWalkingChanged: if (walking && walkedIndex < 0) walk(0)
     onHeightChanged: followSoon.restart()
     onWidthChanged: followSoon.restart()
     onContentHeightChanged: followSoon.restart()
@@ -72,7 +76,7 @@ ListView {
             [Qt.Key_PageDown]: 5
         };
         if (event.matches(StandardKey.Copy)) {
-            viewState.copyMessage(currentIndex);
+            viewState.copyMessage(walkedIndex);
             event.accepted = true;
         } else if (pages[event.key] !== undefined) {
             walk(pages[event.key]);
@@ -88,7 +92,7 @@ ListView {
     delegate: ChatRow {
         width: list.width - 8 // The scroll bar's.
         errorText: index === list.viewState.errorRow ? list.viewState.chatErrorMessage : ""
-        current: list.activeFocus && index === list.currentIndex
+        current: list.walking && index === list.walkedIndex
         onCopyClicked: list.viewState.copyMessage(index)
     }
 
@@ -112,7 +116,7 @@ ListView {
         target: list.viewState
 
         function onMessagesChanged() {
-            list.currentIndex = -1;
+            list.walkedIndex = list.walking ? list.count - 1 : -1;
             list.scrollToEnd();
         }
     }

@@ -73,12 +73,12 @@ QHash<int, QByteArray> ChatMessages::roleNames() const
             {RightToLeft, "rightToLeft"}};
 }
 
-std::string ChatMessages::text(int row) const
+std::optional<std::string> ChatMessages::text(int row) const
 {
     if (row < 0 || row >= m_count) {
-        return {};
+        return std::nullopt;
     }
-    return bodyOf(m_chat->messages()[static_cast<std::size_t>(row)]).value_or("");
+    return bodyOf(m_chat->messages()[static_cast<std::size_t>(row)]);
 }
 
 } // namespace quillmate

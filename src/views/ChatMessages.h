@@ -3,6 +3,8 @@
 #include "features/ChatState.h"
 
 #include <memory>
+#include <optional>
+#include <string>
 
 #include <QAbstractListModel>
 
@@ -33,8 +35,8 @@ public:
     [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
     [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
 
-    /// The whole text of a row; empty when there is none.
-    [[nodiscard]] std::string text(int row) const;
+    /// The whole text of a row; absent where there is no such row or it has none.
+    [[nodiscard]] std::optional<std::string> text(int row) const;
 
 private:
     void appended();

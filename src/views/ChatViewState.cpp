@@ -53,7 +53,9 @@ int ChatViewState::errorRow() const
 
 void ChatViewState::copyMessage(int row) const
 {
-    copyToClipboard(m_messages.text(row));
+    if (const auto text = m_messages.text(row)) {
+        copyToClipboard(*text);
+    }
 }
 
 void ChatViewState::setShown(bool shown)

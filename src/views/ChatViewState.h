@@ -42,7 +42,7 @@ public:
     [[nodiscard]] ChatState& chat() { return *m_chat; }
 
     Q_INVOKABLE void sendMessage() { m_chat->sendMessage(); }
-    /// Copies the whole text of a row.
+    /// Copies the whole text of a row; without one the clipboard stays as it is.
     Q_INVOKABLE void copyMessage(int row) const;
     /// The screen is shown, or hidden; the same again does nothing.
     Q_INVOKABLE void setShown(bool shown);

@@ -4,6 +4,7 @@
 #include "features/Training.h"
 #include "platform/appkit/NSPasteboard.h"
 #include "platform/foundation/DispatchQueue.h"
+#include "platform/foundation/print.h"
 
 #include <QPointer>
 
@@ -89,7 +90,9 @@ void copyToClipboard(const std::string& text)
 {
     NSPasteboard& pasteboard = NSPasteboard::general();
     pasteboard.declareTypes({NSPasteboard::PasteboardType::String});
-    pasteboard.setString(text, NSPasteboard::PasteboardType::String);
+    if (!pasteboard.setString(text, NSPasteboard::PasteboardType::String)) {
+        print("The text cannot be copied because it is not valid UTF-8.");
+    }
 }
 
 } // namespace quillmate

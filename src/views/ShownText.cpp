@@ -42,7 +42,10 @@ qsizetype lastBoundary(const QString& text, qsizetype length)
     QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
     finder.setPosition(length);
     const qsizetype end = finder.isAtBoundary() ? length : finder.toPreviousBoundary();
-    return end > 0 ? end : length;
+    if (end > 0) {
+        return end;
+    }
+    return text[length - 1].isHighSurrogate() ? length - 1 : length; // One character longer than all there is room for.
 }
 
 } // namespace
@@ -52,10 +55,9 @@ ShownText ShownText::of(const std::string& text)
     // No character takes more bytes of UTF-8 than three for each of its UTF-16 units; a few more units settle whether
     // the bound cuts a character.
     constexpr std::size_t enough = 3 * (longestShownText + 100);
-    const bool partly = text.size() > enough;
     ShownText shown{QString::fromUtf8(text.data(), static_cast<qsizetype>(std::min(text.size(), enough))), {}};
     const qsizetype length = showableLength(shown.text);
-    if (partly || length < shown.text.size()) {
+    if (length < shown.text.size()) {
         shown.text.truncate(lastBoundary(shown.text, length));
         shown.note =
             QStringLiteral("This text is very long (%1). Only its beginning is shown.")

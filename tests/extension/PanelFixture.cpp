@@ -93,6 +93,7 @@ void PanelFixture::click(const char* objectName)
     auto* target = item(objectName);
     QVERIFY2(target, objectName);
     QVERIFY(QTest::qWaitForWindowExposed(&m_window));
+    m_window.grabWindow(); // Lays out what is new, so that the click meets it.
     const QPointF centre = target->mapToScene({target->width() / 2, target->height() / 2});
     QTest::mouseClick(&m_window, Qt::LeftButton, Qt::NoModifier, centre.toPoint());
 }

@@ -32,6 +32,8 @@ private Q_SLOTS:
     void endAfterEveryChange();
     void staysWhereTheUserIs();
     void keyboardCopies();
+    void answerWhileWalking();
+    void clickKeepsThePlace();
     void selecting();
     void hostileTexts_data();
     void hostileTexts();
@@ -311,6 +313,33 @@ void ChatViewTest::keyboardCopies()
     QCOMPARE(copied(), QStringLiteral("First"));
     m_fixture.press(Qt::Key_Down);
     QCOMPARE(copied(), QStringLiteral("Second"));
+}
+
+void ChatViewTest::answerWhileWalking()
+{
+    show({"First", "Second"});
+    QGuiApplication::clipboard()->setText(QStringLiteral("the user's own"));
+    list()->forceActiveFocus(Qt::TabFocusReason);
+    m_state->setNewMessageText(QStringLiteral("Third"));
+    m_state->sendMessage();
+    m_fixture.press(Qt::Key_C, Qt::ControlModifier);
+    QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("Third"));
+    m_state->copyMessage(-1); // Nothing there: nothing happens.
+    QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("Third"));
+}
+
+void ChatViewTest::clickKeepsThePlace()
+{
+    show(numbered(50));
+    list()->forceActiveFocus(Qt::TabFocusReason);
+    m_fixture.press(Qt::Key_Home);
+    QTRY_VERIFY(row(0));
+    m_fixture.shown()->forceActiveFocus();
+    list()->setProperty("walkedIndex", -1);
+    m_fixture.click(within(row(0), "bubbleText"));
+    QTest::qWait(0);
+    QVERIFY(row(0));
+    QVERIFY(row(0)->mapToItem(list(), {0, 0}).y() >= 0);
 }
 
 void ChatViewTest::selecting()

@@ -158,6 +158,7 @@ bool ViewFixture::pressAccessible(QAccessible::Role role, const QString& name)
 void ViewFixture::click(QQuickItem* target)
 {
     QVERIFY(target);
+    m_window.grabWindow(); // Lays out what is new, so that the click meets it.
     const QPointF centre = target->mapToScene({target->width() / 2, target->height() / 2});
     QTest::mouseClick(&m_window, Qt::LeftButton, Qt::NoModifier, centre.toPoint());
 }

@@ -1,6 +1,7 @@
 #include "platform/appkit/NSFont.h"
 
 #include "platform/appkit/PortalSetting.h"
+#include "platform/foundation/print.h"
 
 #include <QEvent>
 #include <QFontInfo>
@@ -8,6 +9,8 @@
 #include <QPointer>
 
 #include <algorithm>
+#include <cmath>
+#include <string>
 
 namespace quillmate
 {
@@ -17,6 +20,21 @@ namespace
 constexpr double designPixels = 10.0 * 96 / 72;
 constexpr double smallest = 1;
 constexpr double largest = 3;
+constexpr auto variable = "QUILLMATE_TEXT_SCALE";
+
+std::optional<double> scaleOfEnvironment()
+{
+    if (qEnvironmentVariableIsEmpty(variable)) {
+        return std::nullopt;
+    }
+    bool isNumber = false;
+    const double scale = qgetenv(variable).toDouble(&isNumber);
+    if (isNumber && std::isfinite(scale) && scale > 0) {
+        return scale;
+    }
+    print(std::string(variable) + " is not a number from 1 to 3; the desktop's text size is used.");
+    return std::nullopt;
+}
 
 } // namespace
 
@@ -32,10 +50,8 @@ NSFont& NSFont::shared()
 NSFont::NSFont(QObject* parent)
     : QObject(parent)
 {
-    bool isNumber = false;
-    m_forced = qgetenv("QUILLMATE_TEXT_SCALE").toDouble(&isNumber);
-    if (!isNumber) {
-        m_forced = 0;
+    m_forced = scaleOfEnvironment();
+    if (!m_forced) {
         new PortalSetting(
             QStringLiteral("org.gnome.desktop.interface"), QStringLiteral("text-scaling-factor"),
             [this](const QVariant& value) {
@@ -64,10 +80,7 @@ bool NSFont::eventFilter(QObject* receiver, QEvent* event)
 
 void NSFont::update()
 {
-    double scale = m_forced;
-    if (scale == 0) {
-        scale = std::max(m_portal, QFontInfo(QGuiApplication::font()).pixelSize() / designPixels);
-    }
+    double scale = m_forced.value_or(std::max(m_portal, QFontInfo(QGuiApplication::font()).pixelSize() / designPixels));
     // A desktop that says nothing may have a default of 9 points, which nobody has chosen.
     scale = std::clamp(scale, smallest, largest);
     if (m_textScale != scale) {

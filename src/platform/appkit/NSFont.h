@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 #include <QObject>
 
 namespace quillmate
@@ -18,7 +20,7 @@ public:
 
     /// 1 for the sizes that the views were drawn for; from 1 to 3.
     [[nodiscard]] double textScale() const { return m_textScale; }
-    /// Chooses the scale, whatever the desktop and the environment say.
+    /// Chooses the scale, whatever the desktop and the environment say; above 0.
     void setTextScale(double scale);
 
 Q_SIGNALS:
@@ -31,7 +33,7 @@ private:
     explicit NSFont(QObject* parent);
     void update();
 
-    double m_forced = 0; // 0: not.
+    std::optional<double> m_forced;
     double m_portal = 1;
     double m_textScale = 1;
 };

@@ -189,7 +189,8 @@ void URLExchange::finished()
     const QVariant statusAttribute = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
     const int status = statusAttribute.toInt();
     if (!statusAttribute.isValid() || !isReplyStatus(error, status)) {
-        fail(kindOf(error), m_reply->errorString());
+        // What Qt says of a body that it cannot send again is of no use to a user.
+        fail(kindOf(error), error == QNetworkReply::ContentReSendError ? QString() : m_reply->errorString());
         return;
     }
     const bool redirects = status == 301 || status == 302 || status == 303 || status == 307 || status == 308;

@@ -8,9 +8,9 @@
 namespace quillmate
 {
 
-/// A request's body that is read once, without a way back. Qt sends a request again by itself when the connection closes
-/// before the reply begins, also one that must not be done twice (RFC 9110, section 9.2.2); it cannot do so with a body
-/// that has been read.
+/// A request's body that is read once, without a way back. Qt sends a request again by itself when the connection
+/// closes before the reply begins, also one that must not be done twice (RFC 9110, section 9.2.2); it cannot do so with
+/// a body that has been read.
 class UploadBody final : public QIODevice
 {
 public:
