@@ -93,6 +93,7 @@ void addSignIn(std::vector<Shot>& shots)
     add("developer menu", true, true, narrow);
     add("wide", true, false, wide);
     add("large text", false, false, {400, 400}, 2);
+    add("developer menu, large text", true, true, narrow, 2);
     shots.push_back({"Sign-in screen", "keyboard on the button", [] { return signIn(true, false); },
                      [](QQuickItem& root) { focusOn(root, "loginButton"); }, narrow});
 }

@@ -62,7 +62,10 @@ ListView {
     onHeightChanged: followSoon.restart()
     onWidthChanged: followSoon.restart()
     onContentHeightChanged: followSoon.restart()
-    onMovementStarted: following = false
+    onMovementStarted: {
+        glide.stop();
+        following = false;
+    }
     onMovementEnded: following = atYEnd
     Component.onCompleted: settleAtEnd()
 
@@ -86,6 +89,7 @@ ListView {
 
     ScrollBar.vertical: ScrollBar {
         policy: list.contentHeight > list.height ? ScrollBar.AlwaysOn : ScrollBar.AlwaysOff
+        Accessible.ignored: true
         onPressedChanged: list.following = !pressed && list.atYEnd
     }
 
@@ -110,7 +114,7 @@ ListView {
         property: "contentY"
         duration: 200
         easing.type: Easing.OutCubic
-        onFinished: list.settleAtEnd()
+        onFinished: if (list.following) list.settleAtEnd()
     }
     Connections {
         target: list.viewState

@@ -32,7 +32,11 @@ Item {
             spacing: Theme.spacing
 
             Text {
+                Layout.fillWidth: true
+                Layout.minimumWidth: 60
+                Layout.maximumWidth: Math.ceil(implicitWidth) + 1
                 text: "Select API endpoint"
+                wrapMode: Text.Wrap
                 Accessible.role: Accessible.StaticText
                 Accessible.name: text
                 color: Theme.primary

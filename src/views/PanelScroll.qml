@@ -20,12 +20,24 @@ Flickable {
         }
         return false;
     }
-    function bringIntoSight(item: Item) {
-        if (!item || !interactive || !isWithin(item))
+    // What of an item can be seen at most: a long text shows through a window of its own.
+    function windowOf(item: Item): Item {
+        let window = item;
+        for (let outer = item; outer !== holder; outer = outer.parent) {
+            if (outer.clip)
+                window = outer;
+        }
+        return window;
+    }
+    function bringIntoSight(focused: Item) {
+        if (!focused || !interactive || !isWithin(focused))
+            return;
+        const item = windowOf(focused);
+        if (item.height > height)
             return;
         const top = item.mapToItem(holder, 0, 0).y - Theme.spacing;
         const bottom = top + item.height + 2 * Theme.spacing;
-        if (top < contentY || item.height > height)
+        if (top < contentY)
             contentY = Math.max(0, Math.min(top, contentHeight - height));
         else if (bottom > contentY + height)
             contentY = Math.min(bottom, contentHeight) - height;
@@ -40,6 +52,7 @@ Flickable {
 
     ScrollBar.vertical: ScrollBar {
         policy: scroll.interactive ? ScrollBar.AlwaysOn : ScrollBar.AlwaysOff
+        Accessible.ignored: true
     }
 
     Item {

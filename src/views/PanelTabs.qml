@@ -132,9 +132,9 @@ ColumnLayout {
             shown: tabs.viewState.reply.isLoading
         }
         TooltipView {
-            anchors.horizontalCenter: parent.horizontalCenter
-            anchors.bottom: parent.bottom
-            anchors.bottomMargin: 40
+            // In the middle of what 40 points below it leave.
+            anchors.centerIn: parent
+            anchors.verticalCenterOffset: -20
             objectName: "tooltip"
             message: "Text copied to clipboard!"
             shown: tabs.viewState.reply.showTooltip

@@ -17,11 +17,11 @@ T.AbstractButton {
     Accessible.onPressAction: if (enabled) clicked()
 
     Keys.onReturnPressed: event => {
-        if (!event.isAutoRepeat)
+        if (visible && !event.isAutoRepeat) // A hidden one may hold the keyboard still.
             clicked();
     }
     Keys.onEnterPressed: event => {
-        if (!event.isAutoRepeat)
+        if (visible && !event.isAutoRepeat) // A hidden one may hold the keyboard still.
             clicked();
     }
 

@@ -8,8 +8,17 @@ Item {
 
     required property ReplySectionState viewState
 
+    readonly property bool showsReply: viewState.showsReply
+
     // With a few lines of the reply in sight.
-    readonly property real minimumHeight: content.implicitHeight - (reply.visible ? Math.max(0, reply.implicitHeight - 6 * Theme.body) : 0)
+    readonly property real minimumHeight: content.implicitHeight - (showsReply ? Math.max(0, reply.implicitHeight - 6 * Theme.body) : 0)
+
+    // The keyboard stays on the button that stands in the place of the one it was on.
+    onShowsReplyChanged: {
+        const gone = showsReply ? generateButton : regenerateButton;
+        if (gone.activeFocus)
+            (showsReply ? regenerateButton : generateButton).forceActiveFocus(Qt.TabFocusReason);
+    }
 
     ColumnLayout {
         id: content
@@ -19,7 +28,7 @@ Item {
 
         Text {
             Layout.fillWidth: true
-            visible: !section.viewState.showsReply
+            visible: !section.showsReply
             text: "Generate instant responses based on the selected email."
             Accessible.role: Accessible.StaticText
             Accessible.name: text
@@ -29,9 +38,11 @@ Item {
             wrapMode: Text.Wrap
         }
         SessionButton {
+            id: generateButton
+
             Layout.fillWidth: true
             objectName: "generateButton"
-            visible: !section.viewState.showsReply
+            visible: !section.showsReply
             label: "Generate response"
             iconName: "captions.bubble"
             backgroundColor: Theme.indigo
@@ -39,9 +50,11 @@ Item {
             onClicked: section.viewState.generateClicked()
         }
         SessionButton {
+            id: regenerateButton
+
             Layout.fillWidth: true
             objectName: "regenerateButton"
-            visible: section.viewState.showsReply
+            visible: section.showsReply
             label: "Regenerate response"
             iconName: "repeat.circle"
             backgroundColor: "transparent"
@@ -50,7 +63,7 @@ Item {
         }
         Text {
             Layout.fillWidth: true
-            visible: section.viewState.showsReply
+            visible: section.showsReply
             text: "Regenerating a response will use additional tokens"
             Accessible.role: Accessible.StaticText
             Accessible.name: text
@@ -68,7 +81,7 @@ Item {
             Layout.minimumHeight: 3 * Theme.body
             Layout.margins: Theme.smallPadding
             objectName: "replyText"
-            visible: section.viewState.showsReply
+            visible: section.showsReply
             text: section.viewState.replyText
             note: section.viewState.replyNote
             onCopyAllClicked: section.viewState.copyClicked()
@@ -79,7 +92,7 @@ Item {
             readonly property real buttonHeight: Math.max(submitButton.implicitHeight, copyButton.implicitHeight)
 
             Layout.fillWidth: true
-            visible: section.viewState.showsReply
+            visible: section.showsReply
             spacing: Theme.spacing
 
             SessionButton {
@@ -116,7 +129,7 @@ Item {
         }
         Item {
             Layout.fillHeight: true
-            visible: !section.viewState.showsReply
+            visible: !section.showsReply
         }
     }
 }

@@ -29,6 +29,7 @@ Flickable {
 
     ScrollBar.vertical: ScrollBar {
         policy: view.interactive ? ScrollBar.AlwaysOn : ScrollBar.AlwaysOff
+        Accessible.ignored: true
     }
 
     Column {
@@ -41,7 +42,7 @@ Flickable {
             id: edit
 
             objectName: "scrollableText"
-            width: parent.width - (view.contentHeight > view.maximumHeight ? 12 : 0)
+            width: parent.width - 12 // The scroll bar's, whether there is one or not.
             text: view.text
             textFormat: TextEdit.PlainText
             readOnly: true

@@ -9,7 +9,7 @@ QtObject {
 
     // Colours
     readonly property color primary: dark ? "#f2f2f4" : "#1c1c1f"
-    readonly property color secondary: dark ? "#a3a3ab" : "#63636b"
+    readonly property color secondary: dark ? "#a6a6ae" : "#63636b"
     readonly property color controlBackground: dark ? "#1f1f23" : "#ffffff"
     readonly property color windowBackground: dark ? "#28282d" : "#f5f5f8"
     readonly property color raised: dark ? "#35353c" : "#ffffff"
@@ -25,6 +25,7 @@ QtObject {
     readonly property color userBubble: "#2563eb"
     readonly property color error: dark ? "#ff8a80" : "#c62828"
     readonly property color notice: Qt.rgba(0.5, 0.5, 0.5, 0.2)
+    readonly property color noticeSecondary: dark ? "#b4b4bc" : "#57575f"
     readonly property color selection: dark ? "#5a3b7c" : "#e3ccf9"
 
     // Font sizes; they go with the desktop's.

@@ -16,6 +16,7 @@ ContinuousRectangle {
     visible: shown || opacity > 0
     Accessible.role: Accessible.ToolTip
     Accessible.name: message
+    onShownChanged: if (shown) Announcer.alert(tooltip)
 
     Behavior on opacity {
         NumberAnimation {

@@ -82,7 +82,7 @@ Item {
                     text: "A new version of the Quillmate app was released. Download the new version to use the latest updates."
                     Accessible.role: Accessible.StaticText
                     Accessible.name: text
-                    color: Theme.secondary
+                    color: Theme.noticeSecondary
                     font.pixelSize: Theme.subheadline
                     wrapMode: Text.Wrap
                 }

@@ -1,3 +1,4 @@
+#include "platform/appkit/NSAppearance.h"
 #include "platform/appkit/NSFont.h"
 #include "platform/appkit/NSWorkspace.h"
 #include "platform/foundation/MainOwned.h"
@@ -14,9 +15,12 @@
 
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QJSValue>
 #include <QMimeData>
 #include <QSignalSpy>
 #include <QTest>
+
+#include <cmath>
 
 using namespace quillmate;
 
@@ -28,6 +32,9 @@ class PanelOverlaysTest : public QObject
 private Q_SLOTS:
     void init();
     void replySection();
+    void keyboardAfterTheFirstReply();
+    void contrast_data();
+    void contrast();
     void toast();
     void toastIsAnAlert();
     void loading();
@@ -80,6 +87,12 @@ void PanelOverlaysTest::replySection()
     UserDefaults::standard().setBoolean("m1_generateResponse", true);
     buttons().updateSection();
     QVERIFY(!m_fixture.item("generateButton"));
+    // About as high on both tabs: a panel must not begin to scroll because of the tab.
+    auto* tabs = m_fixture.item("panelTabs");
+    const double height = tabs->property("minimumHeight").toDouble();
+    tabs->setProperty("currentIndex", 1);
+    QVERIFY(std::abs(tabs->property("minimumHeight").toDouble() - height) < 40);
+    tabs->setProperty("currentIndex", 0);
     QCOMPARE(m_fixture.item("replyText")->property("text").toString(), QStringLiteral("A <b>reply</b>"));
     QVERIFY(m_fixture.accessible(QAccessible::Button, QStringLiteral("Regenerate response")));
     QVERIFY(m_fixture.accessible(QAccessible::StaticText,
@@ -95,6 +108,58 @@ void PanelOverlaysTest::replySection()
              (QStringList{"Regenerate response", "A <b>reply</b>", "Submit to train AI", "Copy to clipboard"}));
     buttons().setGenerateResponse(std::nullopt);
     QVERIFY(m_fixture.item("generateButton"));
+}
+
+void PanelOverlaysTest::keyboardAfterTheFirstReply()
+{
+    show();
+    m_fixture.item("generateButton")->forceActiveFocus(Qt::TabFocusReason);
+    UserDefaults::standard().setBoolean("m1_generateResponse", true);
+    buttons().setGenerateResponse("Dear Ana");
+    QVERIFY(m_fixture.item("regenerateButton")->hasActiveFocus());
+    // A hidden control that holds the keyboard does nothing.
+    auto* hidden = m_fixture.anyItem("generateButton");
+    hidden->forceActiveFocus(Qt::TabFocusReason);
+    m_fixture.log().take();
+    m_fixture.press(Qt::Key_Return);
+    QCOMPARE(m_fixture.log().take(), QStringList());
+}
+
+void PanelOverlaysTest::contrast_data()
+{
+    QTest::addColumn<bool>("dark");
+    QTest::newRow("light") << false;
+    QTest::newRow("dark") << true;
+}
+
+void PanelOverlaysTest::contrast()
+{
+    QFETCH(const bool, dark);
+    NSAppearance::shared().setDark(dark);
+    m_fixture.showText(
+        "Item { function over(top: color, below: color): color {"
+        " return Qt.tint(below, top); }"
+        " property var pairs: [[Theme.primary, Theme.windowBackground], [Theme.primary, Theme.controlBackground],"
+        " [Theme.secondary, Theme.windowBackground], [Theme.secondary, Theme.hover], [Theme.primary, Theme.raised],"
+        " [Theme.noticeSecondary, over(Theme.notice, Theme.windowBackground)],"
+        " [Theme.error, Theme.windowBackground], [Theme.accentText, Theme.windowBackground],"
+        " [\"white\", Theme.blue], [\"white\", Theme.indigo], [\"white\", Theme.accent],"
+        " [\"white\", Theme.userBubble], [Theme.primary, Theme.selection]] }");
+    const auto luminance = [](const QColor& color) { // WCAG 2.1
+        const auto linear = [](double value) {
+            return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+        };
+        return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+    };
+    const auto pairs = m_fixture.shown()->property("pairs").value<QJSValue>().toVariant().toList();
+    QCOMPARE(pairs.size(), 13);
+    for (qsizetype i = 0; i < pairs.size(); ++i) {
+        const double one = luminance(pairs[i].toList()[0].value<QColor>());
+        const double two = luminance(pairs[i].toList()[1].value<QColor>());
+        const double ratio = (std::max(one, two) + 0.05) / (std::min(one, two) + 0.05);
+        QVERIFY2(ratio >= 4.5, qPrintable(QStringLiteral("pair %1: %2").arg(i).arg(ratio)));
+    }
+    NSAppearance::shared().setDark(false);
 }
 
 void PanelOverlaysTest::toast()
@@ -149,7 +214,7 @@ void PanelOverlaysTest::copyNotice()
     QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("Dear Ana"));
     QCOMPARE(QGuiApplication::clipboard()->mimeData()->formats(), QStringList{QStringLiteral("text/plain")});
     QVERIFY(m_fixture.item("tooltip"));
-    QVERIFY(m_fixture.accessible(QAccessible::ToolTip, QStringLiteral("Text copied to clipboard!")));
+    QTRY_VERIFY(m_fixture.accessible(QAccessible::ToolTip, QStringLiteral("Text copied to clipboard!")));
     ManualTime::advance(1.9);
     QVERIFY(m_state->modal()->reply()->showTooltip());
     ManualTime::advance(0.1);

@@ -23,7 +23,7 @@ const ChatPhrases& chatPhrases(Language language)
                     QStringLiteral("Nichts in der Nachricht passt zu dieser Frage. Ich arbeite ohne Sprachmodell und "
                                    "suche nach ihren Wörtern; mit anderen Wörtern klappt es vielleicht."),
                     QStringLiteral("Hier ist keine Nachricht mit Text, die ich ansehen könnte."),
-                    QStringLiteral("Gern geschehen: Fragen Sie mich, was Sie über die Nachricht wissen möchten.")},
+                    QStringLiteral("Gern. Fragen Sie mich, was Sie über die Nachricht wissen möchten.")},
         ChatPhrases{
             QStringLiteral("Le message dit\u00A0:"),
             QStringLiteral("Sur ce que vous avez demandé plus tôt, le message dit\u00A0:"),

@@ -19,7 +19,7 @@ namespace
 
 constexpr double designPixels = 10.0 * 96 / 72;
 constexpr double smallest = 1;
-constexpr double largest = 3;
+constexpr double largest = 2;
 constexpr auto variable = "QUILLMATE_TEXT_SCALE";
 
 std::optional<double> scaleOfEnvironment()
@@ -32,7 +32,7 @@ std::optional<double> scaleOfEnvironment()
     if (isNumber && std::isfinite(scale) && scale > 0) {
         return scale;
     }
-    print(std::string(variable) + " is not a number from 1 to 3; the desktop's text size is used.");
+    print(std::string(variable) + " is not a number from 1 to 2; the desktop's text size is used.");
     return std::nullopt;
 }
 

@@ -18,7 +18,7 @@ public:
     /// Made on first use; goes with the application object.
     static NSFont& shared();
 
-    /// 1 for the sizes that the views were drawn for; from 1 to 3.
+    /// 1 for the sizes that the views were drawn for; from 1 to 2, the most that a panel of 400 points has room for.
     [[nodiscard]] double textScale() const { return m_textScale; }
     /// Chooses the scale, whatever the desktop and the environment say; above 0.
     void setTextScale(double scale);
