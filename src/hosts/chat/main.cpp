@@ -37,12 +37,6 @@ int failUsage(std::string_view sentence)
     return usageStatus;
 }
 
-bool hasDisplay()
-{
-    return !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") ||
-           !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
-}
-
 } // namespace
 
 int main(int argc, char** argv)
@@ -60,7 +54,7 @@ int main(int argc, char** argv)
         const std::string wrong = argument == "--help" || argument == "--version" ? argv[2] : argument;
         return failUsage("the argument " + wrong + " is unknown; --help lists what there is");
     }
-    if (!hasDisplay()) {
+    if (!quillmate::DisplayWatch::isDisplayNamed()) {
         return failUsage("there is no display to show the chat on; set DISPLAY or WAYLAND_DISPLAY");
     }
     quillmate::ViewEngine::chooseRendering();

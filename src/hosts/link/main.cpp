@@ -12,7 +12,6 @@
 #include <QIcon>
 
 #include <cstdio>
-#include <cstdlib>
 #include <fcntl.h>
 #include <optional>
 #include <string_view>
@@ -52,15 +51,6 @@ int takeStandardOutput()
     return frames;
 }
 
-bool hasDisplay()
-{
-    const auto set = [](const char* name) {
-        const char* value = std::getenv(name);
-        return value && *value;
-    };
-    return set("DISPLAY") || set("WAYLAND_DISPLAY") || set("QT_QPA_PLATFORM");
-}
-
 } // namespace
 
 int main(int argc, char** argv)
@@ -80,7 +70,7 @@ int main(int argc, char** argv)
             return failUsage("the option " + std::string(argument) + " is unknown; --help lists what there is");
         }
     }
-    if (!hasDisplay()) {
+    if (!quillmate::DisplayWatch::isDisplayNamed()) {
         return failUsage("there is no display to show panels on; set DISPLAY or WAYLAND_DISPLAY");
     }
     quillmate::FrameWriter output(takeStandardOutput());

@@ -60,4 +60,10 @@ DisplayWatch::~DisplayWatch()
     qInstallMessageHandler(watched().otherHandler);
 }
 
+bool DisplayWatch::isDisplayNamed()
+{
+    return !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") ||
+           !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
+}
+
 } // namespace quillmate

@@ -15,6 +15,10 @@ public:
     /// sentence already.
     DisplayWatch(std::string program, std::string advice);
     ~DisplayWatch();
+
+    /// Whether the environment names a display, or a platform that may do without one.
+    [[nodiscard]] static bool isDisplayNamed();
+
     DisplayWatch(const DisplayWatch&) = delete;
     DisplayWatch& operator=(const DisplayWatch&) = delete;
 };
