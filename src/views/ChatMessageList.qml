@@ -40,6 +40,7 @@ ListView {
         glide.start();
     }
     function walk(step: int) {
+        glide.stop();
         walkedIndex = walkedIndex < 0 ? count - 1 : Math.max(0, Math.min(count - 1, walkedIndex + step));
         positionViewAtIndex(walkedIndex, ListView.Contain);
         following = walkedIndex === count - 1;

@@ -63,6 +63,8 @@ class Desk:
         """Ends it in order and gives its status."""
         self.process.terminate()
         status = self.process.wait(PATIENCE)
+        if status != 0:
+            print("\n".join(self.lines()[-60:]))
         self.process.stdin.close()
         self.log.close()
         self.home.cleanup()
