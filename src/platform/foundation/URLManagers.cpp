@@ -2,6 +2,7 @@
 
 #include "platform/foundation/ApplicationFolders.h"
 #include "platform/foundation/FreshDiskCache.h"
+#include "platform/foundation/URLExchange.h"
 #include "platform/foundation/print.h"
 
 #include <QCryptographicHash>
@@ -90,6 +91,12 @@ URLManagers::URLManagers(NetworkEnvironment environment)
     }
     const QDateTime oldest = QDateTime::currentDateTime().addDays(-daysKept);
     removeFolders([&oldest](const QFileInfo& entry) { return entry.lastModified() < oldest; });
+}
+
+URLManagers::~URLManagers()
+{
+    // A manager waits for its own thread, which may be waiting for a request's body here: the requests go first.
+    qDeleteAll(findChildren<URLExchange*>(QString(), Qt::FindDirectChildrenOnly));
 }
 
 QNetworkAccessManager& URLManagers::managerFor(const URLRequest& request)

@@ -23,6 +23,8 @@ class URLManagers : public QObject
 
 public:
     explicit URLManagers(NetworkEnvironment environment);
+    /// What is under way ends without a completion.
+    ~URLManagers() override;
 
     /// The manager for a request, made on first need; stays until this object goes.
     QNetworkAccessManager& managerFor(const URLRequest& request);
