@@ -95,6 +95,8 @@ void MessageHistoryTest::foreignForms_data()
     row("nulls", json("[{'id':'ID','text':null,'response':null,'isSentByCurrentUser':true}]"), none);
     row("unknown keys",
         json("[{'id':'ID','date':-1.5e3,'more':{'text':['b',{}]},'Text':1,'isSentByCurrentUser':true}]"), none);
+    row("a large number under an unknown key",
+        json("[{'id':'ID','n':123456789012345678901234567890,'text':'a','isSentByCurrentUser':true}]"), one);
     row("a key twice", json("[{'id':'ID','text':'b','text':'a','isSentByCurrentUser':true}]"), one);
     row("escapes", json("[{'\\u0069d':'ID','text':'\\ud83e\\udeb6\\u00e9\\/\\u0000','isSentByCurrentUser':true}]"),
         json("[{'id':'ID','text':'🪶é/\\u0000','isSentByCurrentUser':true}]"));

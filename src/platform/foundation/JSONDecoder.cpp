@@ -24,9 +24,48 @@ JSONMember memberOf(const simdjson::dom::element& value)
     return JSONOtherValue{};
 }
 
-JSONError failure(simdjson::error_code code)
+JSONMember memberOf(const JSONValue* value)
 {
-    return {simdjson::error_message(code)};
+    if (!value) {
+        return std::monostate();
+    }
+    if (value->isNull()) {
+        return nullptr;
+    }
+    if (const auto* boolean = std::get_if<bool>(&value->content())) {
+        return *boolean;
+    }
+    if (const auto* text = value->string()) {
+        return std::string_view(*text);
+    }
+    return JSONOtherValue{};
+}
+
+/// The same by the slower reader, which keeps numbers as they are written: the fast one refuses a whole text for an
+/// integer of more than 64 bits, also under a key that nobody asks for.
+std::optional<JSONError> decodeWithLargeNumbers(std::string_view bytes, std::span<const std::string_view> keys,
+                                                const JSONDecoder::Take& take)
+{
+    const auto parsed = JSONSerialization::jsonObject(bytes, JSONSerialization::Fragments::Refused);
+    if (!parsed) {
+        return parsed.error();
+    }
+    const JSONArray* records = parsed.value().array();
+    if (!records) {
+        return JSONError{"the text is not an array"};
+    }
+    std::vector<JSONMember> members(keys.size());
+    for (const JSONValue& record : *records) {
+        if (!record.object()) {
+            return JSONError{"an element of the array is not an object"};
+        }
+        std::transform(keys.begin(), keys.end(), members.begin(),
+                       [&record](std::string_view key) { return memberOf(record.member(key)); });
+        if (auto reason = take(members)) {
+            return JSONError{std::move(*reason)};
+        }
+    }
+    return std::nullopt;
 }
 
 } // namespace
@@ -37,7 +76,8 @@ std::optional<JSONError> JSONDecoder::decodeRecords(std::string_view bytes, std:
     simdjson::dom::parser parser;
     simdjson::dom::element root;
     if (const auto code = parser.parse(bytes.data(), bytes.size()).get(root)) {
-        return failure(code);
+        return code == simdjson::NUMBER_ERROR ? decodeWithLargeNumbers(bytes, keys, take)
+                                              : JSONError{simdjson::error_message(code)};
     }
     simdjson::dom::array records;
     if (root.get(records) != simdjson::SUCCESS) {
