@@ -1,5 +1,6 @@
 #include "support/TestServerThread.h"
 
+#include "platform/foundation/CryptographyEnd.h"
 #include "support/TestEnvironment.h"
 
 #include <QFile>
@@ -29,7 +30,10 @@ std::string text(const QByteArray& bytes)
 
 TestServerThread::TestServerThread(TestServer& owner, TestServer::Security security)
     : m_owner(owner)
-    , m_configuration(QSslConfiguration::defaultConfiguration())
+    , m_configuration([] {
+        leaveCryptographyToProcessEnd(); // Before the first word to it.
+        return QSslConfiguration::defaultConfiguration();
+    }())
 {
     const auto name =
         security == TestServer::Security::Stranger ? QStringLiteral("stranger") : QStringLiteral("server");

@@ -1,5 +1,6 @@
 #include "platform/foundation/URLSessionThread.h"
 
+#include "platform/foundation/CryptographyEnd.h"
 #include "platform/foundation/URLExchange.h"
 #include "platform/foundation/URLManagers.h"
 
@@ -44,6 +45,7 @@ URLSessionThread::URLSessionThread(NetworkEnvironment environment)
     : m_environment(std::move(environment))
     , m_thread(std::make_unique<QThread>())
 {
+    leaveCryptographyToProcessEnd();
     m_thread->setObjectName(QStringLiteral("URLSession"));
     moveToThread(m_thread.get());
     m_thread->start();
