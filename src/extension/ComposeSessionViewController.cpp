@@ -96,6 +96,7 @@ void ComposeSessionViewController::showLoginView()
 void ComposeSessionViewController::showSessionView()
 {
     const auto root = view();
+    const bool hadKeyboard = root->hasKeyboard();
     while (!root->subviews().empty()) {
         const auto shown = root->subviews().back();
         shown->removeFromSuperview();
@@ -110,6 +111,9 @@ void ComposeSessionViewController::showSessionView()
     addChild(host);
     root->addSubview(host->view());
     host->view()->pinEdgesToSuperview();
+    if (hadKeyboard) {
+        host->view()->takeKeyboard(); // What had it is gone.
+    }
 }
 
 } // namespace quillmate

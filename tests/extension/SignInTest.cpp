@@ -85,6 +85,9 @@ void SignInTest::wholeFlow()
     advanceToNextPoll();
     QTRY_VERIFY(m_fixture.item("sessionModalView"));
     QVERIFY(!m_fixture.item("loginButton"));
+    // The keyboard was on the button, and stays in the panel.
+    const auto* focused = m_fixture.window().activeFocusItem();
+    QVERIFY(focused && m_fixture.item("sessionModalView")->isAncestorOf(focused));
     QCOMPARE(AuthManager::shared().accessToken.get(), std::optional<std::string>("the token"));
 
     QStringList lines = m_fixture.log().take();

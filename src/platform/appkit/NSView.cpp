@@ -2,6 +2,7 @@
 
 #include <QQmlProperty>
 #include <QQuickItem>
+#include <QQuickWindow>
 
 #include <algorithm>
 #include <utility>
@@ -62,6 +63,25 @@ void NSView::removeFromSuperview()
 void NSView::setHidden(bool hidden)
 {
     m_item->setVisible(!hidden);
+}
+
+bool NSView::hasKeyboard() const
+{
+    const QQuickWindow* window = m_item->window();
+    const QQuickItem* focused = window ? window->contentItem() : nullptr;
+    // The window's own word for it is empty while another window is active, as the browser is during a sign-in.
+    while (focused && focused->scopedFocusItem()) {
+        focused = focused->scopedFocusItem();
+    }
+    return focused && (focused == m_item.get() || m_item->isAncestorOf(focused));
+}
+
+void NSView::takeKeyboard()
+{
+    QQuickItem* first = m_item->nextItemInFocusChain(true);
+    if (first && m_item->isAncestorOf(first)) {
+        first->forceActiveFocus(Qt::OtherFocusReason);
+    }
 }
 
 void NSView::pinEdgesToSuperview()

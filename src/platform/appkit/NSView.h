@@ -31,6 +31,11 @@ public:
     /// A hidden view stays where it is; nothing of it is seen or can be reached.
     void setHidden(bool hidden);
 
+    /// Whether the keyboard is on something within, or will be once the window is active again.
+    [[nodiscard]] bool hasKeyboard() const;
+    /// Puts the keyboard on the first control within, without showing where it is until the user types.
+    void takeKeyboard();
+
     /// Keeps the four edges equal to those of the view it was added to.
     void pinEdgesToSuperview();
 
