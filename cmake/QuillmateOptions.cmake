@@ -24,3 +24,17 @@ if(QUILLMATE_SANITIZE)
   add_compile_options(-Wno-maybe-uninitialized -Wno-stringop-overflow)
   add_compile_definitions(QUILLMATE_SANITIZED)
 endif()
+
+# What is handed out is hardened as Debian hardens its own programs; the sanitizers bring checks of their own, which these
+# would hide.
+if(CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT QUILLMATE_SANITIZE)
+  include(CheckPIESupported)
+  check_pie_supported(LANGUAGES CXX)
+  # Defined by some compilers already, to another value.
+  add_compile_options(-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2 -fstack-protector-strong -fstack-clash-protection
+    -Wformat -Werror=format-security "-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.")
+  if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|i.86")
+    add_compile_options(-fcf-protection)
+  endif()
+  add_link_options(-Wl,-z,relro -Wl,-z,now)
+endif()

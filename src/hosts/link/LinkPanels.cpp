@@ -6,6 +6,7 @@
 
 #include <QPointer>
 
+#include <algorithm>
 #include <utility>
 
 namespace quillmate
@@ -14,30 +15,34 @@ namespace quillmate
 LinkPanels::LinkPanels() = default;
 LinkPanels::~LinkPanels() = default;
 
-void LinkPanels::show(const std::string& session, std::shared_ptr<MEExtensionViewController> controller,
-                      const std::optional<WindowFrame>& compose)
+void LinkPanels::show(const std::string& session, const MakeController& make, const std::optional<WindowFrame>& compose)
 {
-    auto window = std::make_unique<PanelWindow>(std::move(controller));
+    if (const auto found = m_windows.find(session); found != m_windows.end()) {
+        if (compose) {
+            found->second->placeBeside(*compose);
+        }
+        found->second->comeForward();
+        return;
+    }
+    auto window = std::make_unique<PanelWindow>(make());
     if (compose) {
         window->placeBeside(*compose);
     }
-    connect(window.get(), &PanelWindow::closedByUser, this, [this, session, closed = window.get()] {
-        // The window is in the middle of its own event. By the time that is over, another may stand in its place.
-        DispatchQueue::main().async([self = QPointer<LinkPanels>(this), session, closed] {
-            if (!self) {
-                return;
-            }
-            const auto shown = self->m_windows.find(session);
-            if (shown != self->m_windows.end() && shown->second.get() == closed) {
-                self->close(session);
-                if (self->m_windows.empty()) {
-                    Q_EMIT self->lastClosedByUser();
-                }
+    connect(window.get(), &PanelWindow::closedByUser, this, [this] {
+        // The window is in the middle of its own event, and counts as open until that is over.
+        DispatchQueue::main().async([self = QPointer<LinkPanels>(this)] {
+            if (self && !self->isAnyOpen()) {
+                Q_EMIT self->lastClosedByUser();
             }
         });
     });
     window->show();
-    m_windows.insert_or_assign(session, std::move(window));
+    m_windows.emplace(session, std::move(window));
+}
+
+bool LinkPanels::isAnyOpen() const
+{
+    return std::any_of(m_windows.begin(), m_windows.end(), [](const auto& entry) { return entry.second->isVisible(); });
 }
 
 void LinkPanels::follow(const std::string& session, const WindowFrame& compose)

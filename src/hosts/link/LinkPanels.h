@@ -2,6 +2,7 @@
 
 #include "hosts/link/LinkFrame.h"
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -23,18 +24,23 @@ public:
     LinkPanels();
     ~LinkPanels() override;
 
-    /// Shows the panel, in place of one that the session may have already.
-    void show(const std::string& session, std::shared_ptr<MEExtensionViewController> controller,
-              const std::optional<WindowFrame>& compose);
-    /// Follows the compose window; nothing for a session without a panel.
+    using MakeController = std::function<std::shared_ptr<MEExtensionViewController>()>;
+
+    /// Shows the session's panel. Only the first time one is made: later the same comes forward, closed or not, since
+    /// another one could be about another session's message by now.
+    void show(const std::string& session, const MakeController& make, const std::optional<WindowFrame>& compose);
+    /// Follows the compose window; nothing for a session without a panel. A panel that the user has closed stays so.
     void follow(const std::string& session, const WindowFrame& compose);
+    /// Ends the panel with its session.
     void close(const std::string& session);
 
 Q_SIGNALS:
-    /// The user has closed the last window.
+    /// The user has closed the last window that was open.
     void lastClosedByUser();
 
 private:
+    [[nodiscard]] bool isAnyOpen() const;
+
     std::map<std::string, std::unique_ptr<PanelWindow>> m_windows;
 };
 

@@ -97,7 +97,9 @@ LinkThread::Wrong LinkThread::perform(const ViewControllerForSession& frame)
         return unknown(frame.session);
     }
     onMainThread([this, session = found->second, frame] {
-        m_panels.show(frame.session, session.handler->viewControllerForSession(session.session), frame.frame);
+        m_panels.show(
+            frame.session, [&session] { return session.handler->viewControllerForSession(session.session); },
+            frame.frame);
     });
     return std::nullopt;
 }

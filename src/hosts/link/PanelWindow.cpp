@@ -1,5 +1,6 @@
 #include "hosts/link/PanelWindow.h"
 
+#include "platform/appkit/ForeignWindow.h"
 #include "platform/appkit/MEExtensionViewController.h"
 #include "platform/appkit/WindowAppearance.h"
 
@@ -8,6 +9,7 @@
 #include <QScreen>
 
 #include <algorithm>
+#include <unistd.h>
 
 namespace quillmate
 {
@@ -16,6 +18,14 @@ namespace
 
 constexpr int gap = 8;
 constexpr int preferredWidth = 440;
+constexpr int preferredHeight = 600;
+
+/// Whether the frame says where the compose window is. On Wayland every window believes to be at the origin.
+bool isPlaceKnown(const QRectF& compose)
+{
+    const bool fromWayland = qEnvironmentVariableIsSet("WAYLAND_DISPLAY") && compose.topLeft().isNull();
+    return !fromWayland && !QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
+}
 
 } // namespace
 
@@ -39,6 +49,7 @@ PanelWindow::PanelWindow(std::shared_ptr<MEExtensionViewController> controller)
     : m_controller(std::move(controller))
 {
     setTitle(QStringLiteral("Quillmate"));
+    setProperty("_q_showWithoutActivating", true); // The user is writing: the keyboard stays there.
     QQuickItem* panel = m_controller->view()->item();
     // The panel may ask for more once a message is known.
     const auto bound = [this, panel] {
@@ -48,7 +59,7 @@ PanelWindow::PanelWindow(std::shared_ptr<MEExtensionViewController> controller)
     connect(panel, &QQuickItem::implicitWidthChanged, this, bound);
     connect(panel, &QQuickItem::implicitHeightChanged, this, bound);
     bound();
-    resize(std::max(minimumWidth(), preferredWidth), std::max(minimumHeight(), 600));
+    resize(std::max(minimumWidth(), preferredWidth), std::max(minimumHeight(), preferredHeight));
     panel->setParentItem(contentItem());
     fit();
 
@@ -64,11 +75,46 @@ PanelWindow::~PanelWindow()
 
 void PanelWindow::placeBeside(const WindowFrame& compose)
 {
-    const QRect frame(qRound(compose.left), qRound(compose.top), qRound(compose.width), qRound(compose.height));
+    const QRectF told(compose.left, compose.top, compose.width, compose.height);
+    if (!isPlaceKnown(told)) {
+        return;
+    }
+    if (!m_compose && !isVisible()) {
+        belongTo(told);
+    }
+    // The mail application may count in units of its own; the display knows better where its window is.
+    const QRect frame = (m_compose ? m_compose->frame() : std::nullopt).value_or(told.toRect());
     const QScreen* composeScreen = QGuiApplication::screenAt(frame.center());
     const QScreen* shownOn = composeScreen ? composeScreen : QGuiApplication::primaryScreen();
     if (shownOn) { // There is none while the last one is being plugged in again.
-        setGeometry(panelGeometry(frame, minimumSize(), shownOn->availableGeometry()));
+        m_place = panelGeometry(frame, minimumSize().grownBy(frameMargins()), shownOn->availableGeometry());
+        takePlace();
+    }
+}
+
+void PanelWindow::comeForward()
+{
+    show();
+    raise();
+    requestActivate();
+}
+
+void PanelWindow::belongTo(const QRectF& compose)
+{
+    m_compose = ForeignWindow::find(::getppid(), compose);
+    if (m_compose) {
+        // A window of this kind has no button of its own on a task bar, so it must have a window to belong to.
+        setFlags(Qt::Tool);
+        setTransientParent(m_compose->window());
+    }
+}
+
+void PanelWindow::takePlace()
+{
+    m_frameMargins = frameMargins();
+    setGeometry(m_place.marginsRemoved(m_frameMargins));
+    if (!handle()) {
+        setFramePosition(m_place.topLeft()); // The title bar's height is not known yet, but that there will be one.
     }
 }
 
@@ -77,6 +123,15 @@ void PanelWindow::fit()
     QQuickItem* panel = m_controller->view()->item();
     panel->setPosition({0, 0});
     panel->setSize(size());
+}
+
+void PanelWindow::moveEvent(QMoveEvent* event)
+{
+    QQuickWindow::moveEvent(event);
+    // Its title bar is known only once it is on the screen.
+    if (!m_place.isNull() && frameMargins() != m_frameMargins) {
+        takePlace();
+    }
 }
 
 void PanelWindow::resizeEvent(QResizeEvent* event)

@@ -2,6 +2,7 @@
 #include "hosts/link/Frame.h"
 #include "hosts/link/LinkPanels.h"
 #include "hosts/link/LinkThread.h"
+#include "hosts/link/NativeHostManifest.h"
 #include "platform/appkit/DisplayWatch.h"
 #include "platform/appkit/ViewEngine.h"
 #include "platform/foundation/NetworkEnvironment.h"
@@ -13,8 +14,10 @@
 
 #include <cstdio>
 #include <fcntl.h>
+#include <filesystem>
 #include <optional>
 #include <string_view>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -25,13 +28,16 @@ constexpr int usageStatus = 2;
 
 constexpr auto help =
     "Usage: quillmate-extension [HOST-ARGUMENTS…]\n"
+    "       quillmate-extension --install-host | --remove-host\n"
     "\n"
     "Quillmate's side of the host link. A mail application starts it and sends frames to its standard\n"
     "input: a 32-bit length in native byte order, then that many bytes of JSON. Answers leave by\n"
     "standard output, diagnostics by standard error.\n"
     "\n"
-    "  --help     shows this text and ends\n"
-    "  --version  shows the version and ends\n"
+    "  --install-host  tells Thunderbird, for this user, that its add-on starts this program\n"
+    "  --remove-host   takes that back\n"
+    "  --help          shows this text and ends\n"
+    "  --version       shows the version and ends\n"
     "\n"
     "QUILLMATE_CONNECT_TO=HOST=ADDRESS:PORT[,…] connects to the address in the host's place;\n"
     "QUILLMATE_CA_FILE=FILE names a PEM file with further roots to trust.\n";
@@ -40,6 +46,26 @@ int failUsage(std::string_view sentence)
 {
     std::fprintf(stderr, "quillmate-extension: %.*s\n", static_cast<int>(sentence.size()), sentence.data());
     return usageStatus;
+}
+
+/// Performs --install-host or --remove-host, which stand alone.
+int changeNativeHost(int argc, std::string_view option)
+{
+    if (argc != 2) {
+        return failUsage(std::string(option) + " takes no further argument");
+    }
+    std::error_code error;
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
+    if (error) {
+        std::fprintf(stderr, "quillmate-extension: cannot tell where this program is: %s\n", error.message().c_str());
+        return 1;
+    }
+    const auto outcome = option == "--install-host"
+                             ? quillmate::installNativeHost(quillmate::nativeHostFolder(), program)
+                             : quillmate::removeNativeHost(quillmate::nativeHostFolder());
+    std::fprintf(outcome ? stdout : stderr, "quillmate-extension: %s\n",
+                 (outcome ? outcome.value() : outcome.error()).c_str());
+    return outcome ? 0 : 1;
 }
 
 /// Keeps standard output for frames alone: the descriptor returned is the only one that leads there, and whatever
@@ -64,6 +90,9 @@ int main(int argc, char** argv)
         if (argument == "--version") {
             std::puts("quillmate-extension " QUILLMATE_VERSION);
             return 0;
+        }
+        if (argument == "--install-host" || argument == "--remove-host") {
+            return changeNativeHost(argc, argument);
         }
         // A mail application adds words of its own, a file and a name; none of them looks like an option.
         if (argument.starts_with('-')) {
@@ -99,7 +128,10 @@ int main(int argc, char** argv)
     int status = 0;
     {
         quillmate::LinkPanels panels;
-        QObject::connect(&panels, &quillmate::LinkPanels::lastClosedByUser, &application, &QGuiApplication::quit);
+        // A mail application ends the process itself, and may ask for a closed panel again.
+        if (argc == 1) {
+            QObject::connect(&panels, &quillmate::LinkPanels::lastClosedByUser, &application, &QGuiApplication::quit);
+        }
         const quillmate::LinkThread link(STDIN_FILENO, output, extension, panels, [&status](const std::string& reason) {
             if (!reason.empty()) {
                 std::fprintf(stderr, "quillmate-extension: %s\n", reason.c_str());

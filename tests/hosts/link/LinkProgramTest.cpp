@@ -114,15 +114,15 @@ void LinkProgramTest::twoSessions()
     process.send(about("viewControllerForSession", "s1"));
     process.send(begin("s2"));
     process.send(moved("viewControllerForSession", "s2"));
-    process.send(about("viewControllerForSession", "s1")); // once more: in place of the first
+    process.send(about("viewControllerForSession", "s1")); // once more: the same panel
     process.send(about("composeSessionDidEnd", "s1"));
     process.send(moved("composeSessionFrameDidChange", "s2"));
     process.send(begin("s1")); // An ended session's name is free again.
     QVERIFY(settled(process));
     // A panel is open still.
     QCOMPARE(process.endInput(), 0);
-    QCOMPARE(process.diagnostics(), linesOfNoMessage() << signInScreen << linesOfNoMessage() << signInScreen
-                                                       << signInScreen << linesOfNoMessage());
+    QCOMPARE(process.diagnostics(),
+             linesOfNoMessage() << signInScreen << linesOfNoMessage() << signInScreen << linesOfNoMessage());
     QCOMPARE(process.restOfOutput(), QByteArray());
 }
 
