@@ -14,7 +14,7 @@ HERE = os.path.dirname(os.path.abspath(__file__))
 PATIENCE = int(os.environ.get("PATIENCE", "60"))  # seconds; a sanitizer makes programs slow
 
 
-def until(condition, what):
+def until(condition, what, there_is=None):
     """The condition's first true value; an error when there is none in good time."""
     end = time.monotonic() + PATIENCE
     while time.monotonic() < end:
@@ -22,7 +22,7 @@ def until(condition, what):
         if found:
             return found
         time.sleep(0.05)
-    raise AssertionError("In vain: " + what)
+    raise AssertionError("In vain: " + what + ("; there is:\n" + there_is() if there_is else ""))
 
 
 def walk(node):
@@ -37,73 +37,45 @@ def walk(node):
         return
 
 
-class Desk:
-    """One program with a home of its own."""
+class Accessible:
+    """What the accessibility bus shows of a program."""
 
-    def __init__(self, program, arguments, environment=None):
-        self.home = tempfile.TemporaryDirectory()
-        # The desktop's way to the browser, whichever browsers the machine has.
-        os.mkdir(self.home.name + "/bin")
-        os.symlink(os.path.join(HERE, "browser"), self.home.name + "/bin/xdg-open")
-        settings = dict(
-            os.environ,
-            QT_QPA_PLATFORM="xcb",
-            QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1",
-            XDG_DATA_HOME=self.home.name + "/data",
-            XDG_CACHE_HOME=self.home.name + "/cache",
-            PATH=self.home.name + "/bin:" + os.environ["PATH"],
-            **(environment or {}),
-        )
-        self.log = open(self.home.name + "/log", "w+b")
-        self.process = subprocess.Popen(
-            [program, *arguments], env=settings, stdin=subprocess.PIPE, stdout=self.log, stderr=subprocess.STDOUT
-        )
+    def is_root(self, application):
+        """Whether that is the program."""
+        raise NotImplementedError
 
-    def end(self):
-        """Ends it in order and gives its status."""
-        self.process.terminate()
-        status = self.process.wait(PATIENCE)
-        if status != 0:
-            print("\n".join(self.lines()[-60:]))
-        self.process.stdin.close()
-        self.log.close()
-        self.home.cleanup()
-        return status
-
-    def lines(self):
-        with open(self.home.name + "/log", errors="replace") as log:
-            return log.read().splitlines()
-
-    def pages(self):
-        """What was handed to the browser."""
-        path = self.home.name + "/bin/pages"
-        return open(path).read().splitlines() if os.path.exists(path) else []
+    def complain(self):
+        """Raises an error when there is no use in waiting any longer."""
 
     def root(self):
         """What the bus knows of the program."""
         desktop = Atspi.get_desktop(0)
         for index in range(desktop.get_child_count()):
             application = desktop.get_child_at_index(index)
-            if application is not None and application.get_process_id() == self.process.pid:
+            if application is not None and self.is_root(application):
                 return application
         return None
 
-    def find(self, role, name):
-        """The visible node of that role and name, or None."""
-        if self.process.poll() is not None:
-            raise AssertionError("The program has ended:\n" + "\n".join(self.lines()))
+    def find_all(self, role, name):
+        """The visible nodes of that role and name."""
+        self.complain()
         root = self.root()
+        found = []
         for node in walk(root) if root else ():
             try:
                 if node.get_role_name() == role and (name is None or name in node.get_name()):
                     if node.get_state_set().contains(Atspi.StateType.SHOWING):
-                        return node
+                        found.append(node)
             except gi.repository.GLib.Error:
                 continue
-        return None
+        return found
+
+    def find(self, role, name):
+        """The first of them, or None."""
+        return next(iter(self.find_all(role, name)), None)
 
     def wait_for(self, role, name):
-        return until(lambda: self.find(role, name), f"{role} “{name}”; there is:\n" + self.describe)
+        return until(lambda: self.find(role, name), f"{role} “{name}”", self.describe)
 
     def press(self, role, name):
         """Presses it as a screen reader does."""
@@ -129,10 +101,77 @@ class Desk:
         """Lets a key arrive and what it does come to an end."""
         time.sleep(0.1)
 
-    @property
     def describe(self):
         root = self.root()
         return "\n".join(f"  {node.get_role_name()}: {node.get_name()[:80]}" for node in walk(root)) if root else ""
+
+
+class Home:
+    """A home of its own for a program, with the desktop's way to a browser that signs in."""
+
+    def __init__(self):
+        self.folder = tempfile.TemporaryDirectory()
+        self.path = self.folder.name
+        os.mkdir(self.path + "/bin")
+        os.symlink(os.path.join(HERE, "browser"), self.path + "/bin/xdg-open")
+
+    def environment(self):
+        return dict(
+            os.environ,
+            QT_QPA_PLATFORM="xcb",
+            QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1",
+            XDG_DATA_HOME=self.path + "/data",
+            XDG_CACHE_HOME=self.path + "/cache",
+            PATH=self.path + "/bin:" + os.environ["PATH"],
+        )
+
+    def lines(self):
+        with open(self.path + "/log", errors="replace") as log:
+            return log.read().splitlines()
+
+    def pages(self):
+        """What was handed to the browser."""
+        path = self.path + "/bin/pages"
+        return open(path).read().splitlines() if os.path.exists(path) else []
+
+
+class Desk(Accessible):
+    """One program in a home of its own."""
+
+    def __init__(self, program, arguments, environment=None):
+        self.home = Home()
+        self.log = open(self.home.path + "/log", "w+b")
+        self.process = subprocess.Popen(
+            [program, *arguments],
+            env=self.home.environment() | (environment or {}),
+            stdin=subprocess.PIPE,
+            stdout=self.log,
+            stderr=subprocess.STDOUT,
+        )
+
+    def end(self):
+        """Ends it in order and gives its status."""
+        self.process.terminate()
+        status = self.process.wait(PATIENCE)
+        if status != 0:
+            print("\n".join(self.lines()[-60:]))
+        self.process.stdin.close()
+        self.log.close()
+        self.home.folder.cleanup()
+        return status
+
+    def lines(self):
+        return self.home.lines()
+
+    def pages(self):
+        return self.home.pages()
+
+    def is_root(self, application):
+        return application.get_process_id() == self.process.pid
+
+    def complain(self):
+        if self.process.poll() is not None:
+            raise AssertionError("The program has ended:\n" + "\n".join(self.lines()))
 
 
 class Service:

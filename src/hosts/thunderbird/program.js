@@ -1,0 +1,133 @@
+// Quillmate's program, reached by native messaging: started, and started again with growing pauses when it ends.
+
+const alarmPrefix = "start again after ";
+const shortestPause = 1_000;
+const longestPause = 5 * 60_000;
+// A program that has run this long did not end because of how it was started.
+const settledAfter = 60_000;
+
+export class Program {
+  #name;
+  #port = null;
+  #startedAt = 0;
+  #pause = 0;
+  #alive = false;
+  #questions = new Map();
+  #nextRequest = 1;
+  #waiting = [];
+
+  // The frames that follow reach the process that has just been started.
+  onStarted = () => {};
+  // The process has answered: it is there and works.
+  onAlive = () => {};
+  // The process has ended or could not be started; the reason is Thunderbird's own text, empty when there is none.
+  onEnded = () => {};
+
+  // Why the process is not there, as for onEnded; null before the first end, and while it is known to work.
+  whyEnded = null;
+
+  constructor(name) {
+    this.#name = name;
+  }
+
+  get running() {
+    return this.#port !== null;
+  }
+
+  // Starts the process unless it runs. Whether it could be started shows only later.
+  start() {
+    if (this.#port) {
+      return;
+    }
+    this.#startedAt = Date.now();
+    this.#alive = false;
+    const port = browser.runtime.connectNative(this.#name);
+    this.#port = port;
+    port.onMessage.addListener((frame) => this.#received(frame));
+    port.onDisconnect.addListener(() => this.#ended(port));
+    this.onStarted();
+    for (const question of this.#waiting.splice(0)) {
+      this.#send(question);
+    }
+    // Any question would do: its answer shows that the process is there.
+    this.decide("", null);
+  }
+
+  // Starts the process, but not in the middle of a pause: after that the alarm does.
+  async startUnlessPausing() {
+    const alarms = await browser.alarms.getAll();
+    if (!alarms.some((alarm) => alarm.name.startsWith(alarmPrefix))) {
+      this.start();
+    }
+  }
+
+  // The pause is in the alarm's name, as this page may have been put to sleep and have forgotten it.
+  alarmRang(name) {
+    if (name.startsWith(alarmPrefix) && !this.#port) {
+      this.#pause = Number(name.slice(alarmPrefix.length)) || 0;
+      this.start();
+    }
+  }
+
+  post(frame) {
+    this.#port?.postMessage(frame);
+  }
+
+  // What to do with a message of that subject and sender: the action, or null. Waits for the process.
+  decide(subject, address) {
+    return new Promise((resolve) => {
+      const message = { rawData: null, subject, fromAddress: { addressString: address }, headers: null };
+      const frame = { type: "decideActionForMessage", request: this.#nextRequest++, message };
+      const question = { frame, resolve };
+      if (this.#port) {
+        this.#send(question);
+      } else {
+        this.#waiting.push(question);
+        this.startUnlessPausing();
+      }
+    });
+  }
+
+  #send(question) {
+    this.#questions.set(question.frame.request, question);
+    this.post(question.frame);
+  }
+
+  #received(frame) {
+    if (!this.#alive) {
+      this.#alive = true;
+      this.whyEnded = null;
+      this.onAlive();
+    }
+    const question = this.#questions.get(frame.request);
+    if (question) {
+      this.#questions.delete(frame.request);
+      question.resolve(frame.type === "messageActionDecision" ? frame.decision : null);
+    }
+    if (frame.type === "error") {
+      console.error(`quillmate-extension: ${frame.message}`);
+    }
+  }
+
+  #ended(port) {
+    if (this.#port !== port) {
+      return;
+    }
+    this.#port = null;
+    this.whyEnded = port.error?.message ?? "";
+    // Not asked again: a question may be what ended the process.
+    for (const question of this.#questions.values()) {
+      question.resolve(null);
+    }
+    this.#questions.clear();
+    if (Date.now() - this.#startedAt >= settledAfter) {
+      this.#pause = 0;
+    }
+    const pause = Math.min(Math.max(this.#pause * 2, shortestPause), longestPause);
+    this.#pause = pause;
+    browser.alarms.clearAll(); // There is one when it was started in the middle of a pause.
+    browser.alarms.create(alarmPrefix + pause, { when: Date.now() + pause });
+    console.error(`Quillmate's program has ended and is started again in ${pause / 1000} s. ${this.whyEnded}`);
+    this.onEnded(this.whyEnded);
+  }
+}

@@ -1,0 +1,194 @@
+// The add-on's parts against a made-up Thunderbird. The first argument is the folder of the add-on.
+
+import assert from "node:assert/strict";
+import { cpSync, mkdtempSync, rmSync, writeFileSync } from "node:fs";
+import { tmpdir } from "node:os";
+import { join } from "node:path";
+import { after, beforeEach, test } from "node:test";
+
+import { fakeBrowser, later, settle } from "./fake_browser.mjs";
+
+// Beside a note that its files are modules, which Thunderbird takes from elsewhere.
+const folder = mkdtempSync(join(tmpdir(), "quillmate-addon-"));
+after(() => rmSync(folder, { recursive: true }));
+cpSync(process.env.QUILLMATE_ADDON, folder, { recursive: true });
+writeFileSync(join(folder, "package.json"), '{"type": "module"}');
+const { Program } = await import(join(folder, "program.js"));
+const { ComposeSessions } = await import(join(folder, "compose-sessions.js"));
+const { originalMessage } = await import(join(folder, "original-message.js"));
+const { colourNewMail } = await import(join(folder, "new-mail.js"));
+
+const realNow = Date.now;
+const realError = console.error;
+
+beforeEach(() => {
+  globalThis.browser = fakeBrowser();
+  Date.now = () => 0;
+  console.error = () => {};
+});
+after(() => {
+  Date.now = realNow;
+  console.error = realError;
+});
+
+function startedProgram() {
+  const program = new Program("quillmate");
+  const sessions = new ComposeSessions(program);
+  program.onStarted = () => sessions.beginAll();
+  program.onEnded = () => sessions.programEnded();
+  program.start();
+  return { program, sessions };
+}
+
+test("pauses grow up to a bound, and start anew after a process that has lived", () => {
+  const program = new Program("quillmate");
+  program.start();
+  for (let ends = 0; ends < 12; ++ends) {
+    browser.ports.at(-1).end("No such native application quillmate");
+    if (ends % 2) {
+      program.start(); // A compose window was opened.
+    }
+    program.alarmRang(browser.alarm);
+  }
+  assert.deepEqual(browser.pauses.slice(0, 4), [1_000, 2_000, 4_000, 8_000]);
+  assert.equal(browser.pauses.at(-1), 300_000);
+  Date.now = () => 60_000;
+  browser.ports.at(-1).end();
+  assert.equal(browser.pauses.at(-1), 1_000);
+
+  const awakened = new Program("quillmate");
+  awakened.alarmRang("start again after 16000");
+  browser.ports.at(-1).end();
+  assert.equal(browser.pauses.at(-1), 32_000);
+});
+
+test("a page that wakes in the middle of a pause waits for its end", async () => {
+  browser.alarm = "start again after 8000";
+  await new Program("quillmate").startUnlessPausing();
+  assert.equal(browser.ports.length, 0);
+});
+
+test("the message as the process wants it", async (context) => {
+  const bytes = (text) => new Blob([text]);
+  const headers = { subject: ["Re: Plans"], "message-id": ["<m@a.example>"] };
+  const message = { author: "Ana <ana@a.example>", subject: "Plans", headers, source: bytes("A: b\n\nc") };
+  const rows = [
+    ["bare line feeds stay", {}, { rawData: "A: b\n\nc" }],
+    ["line ends of the network", { source: bytes("A: b\r\n\r\nc\r\r\nd\re\r") }, { rawData: "A: b\n\nc\r\nd\re\r" }],
+    ["any bytes", { source: new Blob([Uint8Array.of(0xff, 0, 13, 10, 0x80)]) }, { bytes: [0xff, 0, 10, 0x80] }],
+    ["an empty source", { source: bytes("") }, { rawData: "" }],
+    ["out of reach", { source: new Error("offline") }, { rawData: null }],
+    ["too large for a frame", { source: { size: 200 * 1024 * 1024 } }, { rawData: null }],
+    ["the subject with its Re:", {}, { subject: "Re: Plans" }],
+    ["no headers", { headers: undefined }, { subject: "Plans", headers: null }],
+    ["no address", { author: "Ana" }, { address: null }],
+    ["an address", {}, { address: "ana@a.example" }],
+  ];
+  for (const [name, change, wanted] of rows) {
+    await context.test(name, async () => {
+      browser.messagesById.set(7, { ...message, ...change });
+      const told = await originalMessage({ type: "reply", relatedMessageId: 7 });
+      const source = told.rawData === null ? null : Buffer.from(told.rawData, "base64");
+      const found = {
+        rawData: source?.toString("latin1") ?? null,
+        bytes: source ? [...source] : null,
+        subject: told.subject,
+        headers: told.headers,
+        address: told.fromAddress.addressString,
+      };
+      for (const [field, value] of Object.entries(wanted)) {
+        assert.deepEqual(found[field], value);
+      }
+    });
+  }
+  for (const details of [{ type: "new" }, { type: "draft", relatedMessageId: 7 }, { type: "reply" }]) {
+    assert.equal(await originalMessage(details), null);
+  }
+});
+
+test("a session is told and shown in one go, and ended", async () => {
+  const { sessions } = startedProgram();
+  const [port] = browser.ports;
+  const slow = later();
+  browser.details.set(1, slow.promise);
+  browser.details.set(2, { type: "new" });
+  sessions.begin({ id: 1, windowId: 1 });
+  sessions.begin({ id: 2, windowId: 2 });
+  sessions.begin({ id: 2, windowId: 2 }); // told of twice
+  await settle();
+  assert.equal(sessions.show(1), false);
+  slow.resolve({ type: "new" });
+  await settle();
+  assert.equal(sessions.show(1), true);
+  sessions.end(1);
+  sessions.end(2);
+  sessions.end(3);
+  assert.deepEqual(port.sessions.map((frame) => frame.split(" ")[0]), [
+    "composeSessionDidBegin",
+    "viewControllerForSession",
+    "composeSessionDidBegin",
+    "viewControllerForSession",
+    "viewControllerForSession",
+    "composeSessionDidEnd",
+    "composeSessionDidEnd",
+  ]);
+  const frame = port.posted.find((each) => each.type === "viewControllerForSession").frame;
+  assert.deepEqual(frame, { left: 2, top: 2, width: 300, height: 400 });
+});
+
+test("what happens while a message is read", async () => {
+  const { program, sessions } = startedProgram();
+  for (const id of [1, 2]) {
+    browser.details.set(id, later());
+  }
+  const [closed, kept] = [...browser.details.values()];
+  browser.details = new Map([[1, closed.promise], [2, kept.promise]]);
+  sessions.begin({ id: 1, windowId: 1 });
+  sessions.begin({ id: 2, windowId: 2 });
+  sessions.end(1); // The window is closed.
+  browser.details.delete(1);
+  browser.ports[0].end(); // The process ends, and there is another one.
+  program.alarmRang(browser.alarm);
+  await settle();
+  closed.resolve({ type: "new" });
+  kept.resolve({ type: "new" });
+  await settle();
+  assert.deepEqual(browser.ports[0].sessions, []);
+  assert.equal(browser.ports[1].sessions.length, 2);
+  browser.ports[1].end();
+  assert.equal(sessions.show(2), false);
+  sessions.end(2);
+});
+
+test("new mail", async () => {
+  const { program } = startedProgram();
+  browser.ports[0].posted = [];
+  const mail = (id, subject, tags) => {
+    const message = { id, subject, author: "Ana <ana@a.example>", tags };
+    browser.messagesById.set(id, message);
+    return message;
+  };
+  const first = { id: "list", messages: [mail(1, "Mars", ["later"]), mail(2, "Moon", []), mail(3, "Mars", ["$label1"])] };
+  browser.pages = [{ id: null, messages: [mail(4, "Mars moved", []), mail(5, "Mars", [])] }];
+  browser.messagesById.delete(4);
+  let done = false;
+  const all = colourNewMail(program, first).then(() => (done = true));
+  while (!done) {
+    await settle();
+    browser.ports[0].answer("Mars");
+  }
+  await all;
+  assert.deepEqual(browser.updates, [
+    [1, { tags: ["later", "$label1"] }],
+    [5, { tags: ["$label1"] }],
+  ]);
+});
+
+test("questions outlive neither their process nor a pause", async () => {
+  const program = new Program("quillmate");
+  const waiting = program.decide("Mars", null);
+  await settle();
+  assert.equal(browser.ports.length, 1); // It is started for a question.
+  browser.ports[0].end();
+  assert.equal(await waiting, null);
+});

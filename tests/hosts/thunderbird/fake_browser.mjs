@@ -1,0 +1,114 @@
+// Thunderbird's side of the add-on, as far as the add-on uses it.
+
+import assert from "node:assert/strict";
+
+class Event {
+  listeners = [];
+  addListener(listener) {
+    this.listeners.push(listener);
+  }
+  fire(...values) {
+    this.listeners.forEach((listener) => listener(...values));
+  }
+}
+
+export class Port {
+  posted = [];
+  onMessage = new Event();
+  onDisconnect = new Event();
+  postMessage(frame) {
+    this.posted.push(frame);
+  }
+  // The frames about compose sessions, as "what session".
+  get sessions() {
+    return this.posted.filter((frame) => frame.session).map((frame) => `${frame.type} ${frame.session}`);
+  }
+  end(message) {
+    this.error = message ? { message } : null;
+    this.onDisconnect.fire(this);
+  }
+  // Answers the questions there are: a red background for a subject with that word.
+  answer(word) {
+    for (const frame of this.posted.splice(0)) {
+      const red = frame.message.subject.includes(word);
+      const decision = red ? { action: "setBackgroundColor", color: 4 } : null;
+      this.onMessage.fire({ type: "messageActionDecision", request: frame.request, decision });
+    }
+  }
+}
+
+// A promise with its end in hand.
+export function later() {
+  let resolve;
+  const promise = new Promise((end) => (resolve = end));
+  return { promise, resolve };
+}
+
+// Lets everything happen that waits for nothing but its turn.
+export async function settle() {
+  for (let turn = 0; turn < 50; ++turn) {
+    await Promise.resolve();
+  }
+}
+
+export function fakeBrowser() {
+  return {
+    ports: [],
+    alarm: null, // the name of the one to come
+    pauses: [], // of the alarms, in milliseconds
+    messagesById: new Map(),
+    updates: [],
+    pages: [],
+    details: new Map(), // by tab; a promise holds the add-on up
+
+    runtime: {
+      connectNative() {
+        browser.ports.push(new Port());
+        return browser.ports.at(-1);
+      },
+    },
+    alarms: {
+      clearAll() {
+        browser.alarm = null;
+      },
+      create(name, { when }) {
+        assert.equal(browser.alarm, null, "There is one alarm at a time.");
+        browser.alarm = name;
+        browser.pauses.push(when - Date.now());
+      },
+      getAll: async () => (browser.alarm ? [{ name: browser.alarm }] : []),
+    },
+    tabs: { query: async () => [...browser.details.keys()].map((id) => ({ id, windowId: id, type: "messageCompose" })) },
+    windows: { get: async (id) => ({ left: id, top: 2, width: 300, height: 400, state: "normal", focused: false }) },
+    compose: { getComposeDetails: async (tabId) => browser.details.get(tabId) },
+    messages: {
+      async get(id) {
+        const message = browser.messagesById.get(id);
+        if (!message) {
+          throw new Error("gone");
+        }
+        return message;
+      },
+      getFull: async (id) => ({ headers: browser.messagesById.get(id).headers }),
+      async getRaw(id) {
+        const { source } = browser.messagesById.get(id);
+        if (source instanceof Error) {
+          throw source;
+        }
+        return source;
+      },
+      update: async (id, change) => browser.updates.push([id, change]),
+      continueList: async () => browser.pages.shift(),
+    },
+    messengerUtilities: {
+      parseMailboxString: async (text) => [{ email: text.match(/<(.*)>/u)?.[1] ?? "" }],
+    },
+  };
+}
+
+globalThis.FileReader = class {
+  async readAsDataURL(blob) {
+    this.result = `data:;base64,${Buffer.from(await blob.arrayBuffer()).toString("base64")}`;
+    this.onload();
+  }
+};

@@ -1,0 +1,24 @@
+// One account of local folders with an identity, so that Thunderbird starts without asking for anything.
+user_pref("mail.account.account1.server", "server1");
+user_pref("mail.account.account1.identities", "id1");
+user_pref("mail.accountmanager.accounts", "account1");
+user_pref("mail.accountmanager.defaultaccount", "account1");
+user_pref("mail.accountmanager.localfoldersserver", "server1");
+user_pref("mail.server.server1.type", "none");
+user_pref("mail.server.server1.name", "Local Folders");
+user_pref("mail.server.server1.hostname", "Local Folders");
+user_pref("mail.server.server1.userName", "nobody");
+user_pref("mail.server.server1.directory-rel", "[ProfD]Mail/Local Folders");
+user_pref("mail.identity.id1.fullName", "Daniel Okafor");
+user_pref("mail.identity.id1.useremail", "daniel.okafor@example.com");
+user_pref("mail.identity.id1.valid", true);
+user_pref("mail.identity.id1.smtpServer", "smtp1");
+user_pref("mail.identity.id1.compose_html", false);
+user_pref("mail.identity.id1.fcc", false);
+user_pref("mail.smtpservers", "smtp1");
+user_pref("mail.smtp.defaultserver", "smtp1");
+user_pref("mail.smtpserver.smtp1.hostname", "127.0.0.1");
+user_pref("mail.smtpserver.smtp1.port", 9);
+user_pref("mail.smtpserver.smtp1.type", "smtp");
+user_pref("mail.smtpserver.smtp1.try_ssl", 0);
+user_pref("mail.smtpserver.smtp1.authMethod", 1);

@@ -1,0 +1,20 @@
+// A profile for trying the add-on: nothing is looked up, sent or asked, and the add-on in the profile is taken as it is.
+user_pref("mailnews.start_page.enabled", false);
+user_pref("app.update.enabled", false);
+user_pref("datareporting.healthreport.uploadEnabled", false);
+user_pref("datareporting.policy.dataSubmissionEnabled", false);
+user_pref("datareporting.policy.dataSubmissionPolicyBypassNotification", true);
+user_pref("toolkit.telemetry.enabled", false);
+user_pref("toolkit.telemetry.server", "");
+user_pref("browser.region.update.enabled", false);
+user_pref("browser.region.network.url", "");
+user_pref("extensions.getAddons.cache.enabled", false);
+user_pref("extensions.update.enabled", false);
+user_pref("extensions.systemAddon.update.enabled", false);
+user_pref("extensions.autoDisableScopes", 0);
+user_pref("extensions.startupScanScopes", 1);
+user_pref("mail.inappnotifications.enabled", false);
+user_pref("mail.chat.enabled", false);
+user_pref("mail.rights.version", 1);
+user_pref("network.captive-portal-service.enabled", false);
+user_pref("network.connectivity-service.enabled", false);
