@@ -1,0 +1,61 @@
+# Which versions, package names and maintainers a configuration takes, and what it makes of a deployment's host. Run by
+# cmake -P with MODULES, the folder of the tree's modules.
+
+set(failures "")
+
+# check(MODULE GIVEN… [GIVES VARIABLE VALUE | STOPS WORD]): the module, with variables set to the given NAME=VALUE.
+function(check module)
+  cmake_parse_arguments(PARSE_ARGV 1 ARG "" "STOPS" "WITH;GIVES")
+  set(definitions "")
+  foreach(definition ${ARG_WITH})
+    list(APPEND definitions "-D${definition}")
+  endforeach()
+  list(GET ARG_GIVES 0 variable)
+  file(WRITE "${SCRATCH}" "include(\"${MODULES}/${module}.cmake\")\nmessage(STATUS \"<\${${variable}}>\")\n")
+  execute_process(COMMAND "${CMAKE_COMMAND}" ${definitions} -P "${SCRATCH}"
+    RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE errors)
+  if(ARG_STOPS)
+    string(REGEX REPLACE "[ \n]+" " " errors "${errors}")
+    if(status EQUAL 0 OR NOT errors MATCHES "${ARG_STOPS}")
+      set(failures "${failures}\n${ARG_WITH}: not stopped with \"${ARG_STOPS}\": ${errors}" PARENT_SCOPE)
+    endif()
+    return()
+  endif()
+  list(GET ARG_GIVES 1 value)
+  if(NOT status EQUAL 0 OR NOT output STREQUAL "-- <${value}>\n")
+    set(failures "${failures}\n${ARG_WITH}: not \"${value}\": ${output}${errors}" PARENT_SCOPE)
+  endif()
+endfunction()
+
+check(QuillmateVersion GIVES QUILLMATE_VERSION "1.0.0")
+foreach(version 0 1.2 10.20.30.40 20260101)
+  check(QuillmateVersion WITH QUILLMATE_VERSION=${version} GIVES QUILLMATE_VERSION "${version}")
+endforeach()
+foreach(version v1.0 1.0.0-1 1. .1 01.2 1.2.3.4.5 1,2 1..2 1234567890 "1 0")
+  check(QuillmateVersion WITH "QUILLMATE_VERSION=${version}" STOPS "not a bare dotted version")
+endforeach()
+
+set(name QUILLMATE_PACKAGE_NAME_USED)
+foreach(host_and_name "quillmate.example:quillmate" "Quillmate.Example:quillmate"
+    "mail.corp.example:quillmate-mail-corp-example" "MAIL.Corp.example:quillmate-mail-corp-example" "mail:quillmate-mail")
+  string(REPLACE ":" ";" pair "${host_and_name}")
+  list(GET pair 0 host)
+  list(GET pair 1 value)
+  check(QuillmatePackage WITH QUILLMATE_LIVE_HOST=${host} GIVES ${name} "${value}")
+endforeach()
+set(host QUILLMATE_LIVE_HOST=quillmate.example)
+foreach(value acme-mail c++ 0ad libx2.1)
+  check(QuillmatePackage WITH ${host} QUILLMATE_PACKAGE_NAME=${value} GIVES ${name} "${value}")
+endforeach()
+foreach(value Acme a -acme acme_mail "acme mail" ácme)
+  check(QuillmatePackage WITH ${host} "QUILLMATE_PACKAGE_NAME=${value}" STOPS "no name of a Debian package")
+endforeach()
+check(QuillmatePackage WITH ${host} "QUILLMATE_PACKAGE_MAINTAINER=Ana B. Example <ana@b.example>"
+  GIVES QUILLMATE_PACKAGE_MAINTAINER_USED "Ana B. Example <ana@b.example>")
+foreach(value ana@b.example "Ana" "Ana <ana>" "<ana@b.example>" "Ana, B. <ana@b.example>")
+  check(QuillmatePackage WITH ${host} "QUILLMATE_PACKAGE_MAINTAINER=${value}" STOPS "give a name and an address")
+endforeach()
+
+if(failures)
+  message(FATAL_ERROR "${failures}")
+endif()
