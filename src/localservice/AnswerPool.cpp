@@ -1,11 +1,13 @@
 #include "localservice/AnswerPool.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace quillmate::localservice
 {
 
 AnswerPool::AnswerPool(int threads)
+    : m_ordinaryLimit(std::max(1, threads - 1))
 {
     for (int i = 0; i < threads; ++i) {
         m_threads.emplace_back([this] { run(); });
@@ -44,19 +46,23 @@ void AnswerPool::start(std::function<void()> work, Urgency urgency)
 void AnswerPool::run()
 {
     std::unique_lock lock(m_mutex);
+    const auto canBeginOrdinary = [this] { return !m_ordinary.empty() && m_ordinaryRunning < m_ordinaryLimit; };
     for (;;) {
-        m_changed.wait(lock, [this] { return m_stop || !m_quick.empty() || !m_ordinary.empty(); });
+        m_changed.wait(lock, [&] { return m_stop || !m_quick.empty() || canBeginOrdinary(); });
         if (m_stop) {
             return;
         }
-        auto& waiting = m_quick.empty() ? m_ordinary : m_quick;
+        const bool quick = !m_quick.empty();
+        auto& waiting = quick ? m_quick : m_ordinary;
         auto work = std::move(waiting.front());
         waiting.pop_front();
         ++m_running;
+        m_ordinaryRunning += quick ? 0 : 1;
         lock.unlock();
         work();
         work = nullptr; // What the work holds goes outside the lock.
         lock.lock();
+        m_ordinaryRunning -= quick ? 0 : 1;
         if (--m_running == 0 && m_stop) {
             m_changed.notify_all();
         }

@@ -11,7 +11,8 @@
 namespace quillmate::localservice
 {
 
-/// A few threads that answer requests, the quick ones first.
+/// A few threads that answer requests, the quick ones first: of two threads or more
+/// one is always left to them, since the others may be busy for long.
 class AnswerPool
 {
 public:
@@ -37,6 +38,8 @@ private:
     std::deque<std::function<void()>> m_quick;
     std::deque<std::function<void()>> m_ordinary;
     int m_running = 0;
+    int m_ordinaryRunning = 0;
+    int m_ordinaryLimit;
     bool m_stop = false;
     std::vector<std::thread> m_threads; // Last: they use the members above.
 };

@@ -93,14 +93,20 @@ std::string_view reasonPhrase(int status)
         return "Misdirected Request";
     case 422:
         return "Unprocessable Content";
+    case 429:
+        return "Too Many Requests";
     case 431:
         return "Request Header Fields Too Large";
     case 500:
         return "Internal Server Error";
     case 501:
         return "Not Implemented";
+    case 502:
+        return "Bad Gateway";
     case 503:
         return "Service Unavailable";
+    case 504:
+        return "Gateway Timeout";
     case 505:
         return "HTTP Version Not Supported";
     default:

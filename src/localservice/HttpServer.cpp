@@ -18,12 +18,11 @@ namespace
 
 constexpr int connectionLimit = 256;
 constexpr qint64 bodyBytesLimit = qint64(512) * 1024 * 1024;
-constexpr int answerThreads = 4;
 constexpr std::chrono::seconds shutDownLimit{10};
 
 } // namespace
 
-HttpServer::HttpServer(RequestHandler& handler, QObject* parent)
+HttpServer::HttpServer(RequestHandler& handler, int answerThreads, QObject* parent)
     : QObject(parent)
     , m_handler(handler)
     , m_pool(std::make_unique<AnswerPool>(answerThreads))
@@ -137,7 +136,9 @@ bool HttpServer::waitForAnswers()
 
 void HttpServer::dispatch(HttpRequest request, QObject* context, std::function<void(HttpResponse)> done)
 {
-    const auto urgency = request.method == "GET" ? AnswerPool::Urgency::Quick : AnswerPool::Urgency::Ordinary;
+    // A person waits for the sign-in's form as for its page.
+    const bool quick = request.method == "GET" || request.listener == Listener::LoginPages;
+    const auto urgency = quick ? AnswerPool::Urgency::Quick : AnswerPool::Urgency::Ordinary;
     auto shared = std::make_shared<HttpRequest>(std::move(request));
     QPointer<QObject> guard(context);
     auto task = [this, shared, guard, done = std::move(done)]() mutable {

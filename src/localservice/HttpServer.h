@@ -54,7 +54,9 @@ class HttpServer : public QObject
 
 public:
     /// `handler` must outlive the server.
-    explicit HttpServer(RequestHandler& handler, QObject* parent = nullptr);
+    /// Answers run on that many threads, one of them kept for what is quick.
+    static constexpr int usualAnswerThreads = 5;
+    explicit HttpServer(RequestHandler& handler, int answerThreads = usualAnswerThreads, QObject* parent = nullptr);
     ~HttpServer() override;
 
     /// Accepts TLS connections; false with a reason in `errorText` when the address cannot be had. Port 0 takes any

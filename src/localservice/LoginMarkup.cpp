@@ -21,21 +21,21 @@ body { margin: 0; min-height: 100vh; display: grid; place-items: center; padding
   color: var(--text); font: 1rem/1.5 system-ui, sans-serif; }
 main { width: 100%; max-width: 25rem; padding: 2rem; border-radius: 1rem; background: var(--card);
   box-shadow: var(--shadow); overflow-wrap: anywhere; }
-svg { display: block; width: 3rem; height: 3rem; }
+svg { display: block; width: min(3rem, 16vw); height: min(3rem, 16vw); }
 h1 { margin: 1rem 0 .25rem; font-size: 1.5rem; line-height: 1.25; }
 p { margin: 0 0 1.25rem; color: var(--quiet); }
-label { display: block; margin-bottom: .25rem; font-weight: 600; }
+label { display: block; margin-bottom: .375rem; font-weight: 600; }
 input { display: block; width: 100%; min-height: 2.75rem; padding: .5rem .75rem; border: 1px solid var(--line);
   border-radius: .5rem; background: var(--card); color: inherit; font: inherit; }
 input[aria-invalid] { border-color: var(--error); }
 .field { margin-bottom: 1rem; }
-.error { margin: .25rem 0 0; color: var(--error); }
+.error { margin: .5rem 0 0; color: var(--error); }
 button { width: 100%; min-height: 2.75rem; margin-top: .5rem; padding: .5rem 1rem; border: 0; border-radius: .5rem;
   background: var(--accent); color: #ffffff; font: inherit; font-weight: 600; cursor: pointer; }
 button:hover { background: var(--accent-over); }
 :focus-visible { outline: 3px solid var(--accent); outline-offset: 2px; }
 @media (prefers-color-scheme: dark) { :focus-visible { outline-color: #c084fc; } }
-@media (max-width: 26rem) { body { padding: 0; place-items: stretch; } main { border-radius: 0; padding: 1.5rem;
+@media (max-width: 26rem) { body { padding: 0; place-items: stretch; } main { border-radius: 0; padding: min(1.5rem, 6vw);
   box-shadow: none; } }
 )css";
 

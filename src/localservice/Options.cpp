@@ -1,5 +1,7 @@
 #include "localservice/Options.h"
 
+#include "localservice/model/ModelAddress.h"
+
 #include <QDir>
 #include <QHostAddress>
 #include <QString>
@@ -30,12 +32,17 @@ Failure setAddress(Options& options, const std::string& value)
     return {};
 }
 
+bool readNumber(const std::string& value, unsigned& number)
+{
+    const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), number);
+    return error == std::errc() && end == value.data() + value.size();
+}
+
 Failure setPort(Options& options, const std::string& value)
 {
     constexpr unsigned largest = 65535;
     unsigned port = 0;
-    const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), port);
-    if (error != std::errc() || end != value.data() + value.size() || port > largest) {
+    if (!readNumber(value, port) || port > largest) {
         return "give a number from 0 (any free port) to 65535";
     }
     options.port = port;
@@ -82,16 +89,45 @@ Failure setModel(Options& options, const std::string& value)
     return value.empty() ? "give a model's name" : Failure();
 }
 
+Failure setOpenAiUrl(Options& options, const std::string& value)
+{
+    options.openAiUrl = value;
+    const auto read = readModelAddress(value);
+    const auto* failure = std::get_if<std::string>(&read);
+    return failure != nullptr ? *failure : Failure();
+}
+
+Failure setContext(Options& options, const std::string& value)
+{
+    constexpr unsigned smallest = 1024;
+    constexpr unsigned largest = 100'000'000;
+    if (!readNumber(value, options.openAiContext) || options.openAiContext < smallest ||
+        options.openAiContext > largest) {
+        return "give a number of tokens from 1024 to 100000000";
+    }
+    return {};
+}
+
 Failure setUpdateVersion(Options& options, const std::string& value)
 {
     options.update.version = value;
     return isVersion(value) ? Failure() : "give a version, such as 1.2.0 or 1.2.0-rc.1";
 }
 
-/// What was given, as it can stand in one line.
-std::string shown(const std::string& argument)
+/// What was given, as it can stand in one line: without what may be secret in a URL, its user and its query.
+std::string shown(std::string argument)
 {
     constexpr std::size_t longest = 100;
+    const std::size_t query = argument.find('?');
+    if (query != std::string::npos) {
+        argument.replace(query, std::string::npos, "?...");
+    }
+    const std::size_t user = argument.rfind('@');
+    if (user != std::string::npos) {
+        const std::size_t host = argument.find("//");
+        const std::size_t begin = host < user ? host + 2 : 0;
+        argument.replace(begin, user - begin, "...");
+    }
     std::string text = argument.substr(0, longest);
     std::replace_if(
         text.begin(), text.end(), [](char c) { return (c >= 0 && c < 0x20) || c == 0x7F; }, '?');
@@ -105,11 +141,30 @@ const std::map<std::string, Setter>& setters()
         {"--port", setPort},
         {"--data", setData},
         {"--engine", setEngine},
-        {"--openai-url", [](Options& options, const std::string& value) { return setUrl(options.openAiUrl, value); }},
+        {"--openai-url", setOpenAiUrl},
+        {"--openai-context", setContext},
         {"--openai-model", setModel},
         {"--update-version", setUpdateVersion},
         {"--update-url", [](Options& options, const std::string& value) { return setUrl(options.update.url, value); }}};
     return table;
+}
+
+/// What is wrong with the options together.
+Failure contradiction(const Options& options)
+{
+    if (options.update.version.empty() != options.update.url.empty()) {
+        return "--update-version and --update-url go together: give both or neither";
+    }
+    if (options.engine == Options::Engine::OpenAi && (options.openAiUrl.empty() || options.openAiModel.empty())) {
+        return "--engine openai needs --openai-url and --openai-model: give both, for example --openai-url "
+               "http://127.0.0.1:8080/v1 --openai-model default";
+    }
+    const bool named = !options.openAiUrl.empty() || !options.openAiModel.empty() || options.openAiContext > 0;
+    if (options.engine == Options::Engine::Builtin && named) {
+        return "--openai-url, --openai-model and --openai-context are for --engine openai: give that too, or leave "
+               "them out";
+    }
+    return {};
 }
 
 } // namespace
@@ -144,8 +199,9 @@ std::variant<Options, std::string> readOptions(const std::vector<std::string>& a
             return std::string(name).append(" cannot be \"").append(shown(value)).append("\": ").append(failure);
         }
     }
-    if (options.update.version.empty() != options.update.url.empty()) {
-        return "--update-version and --update-url go together: give both or neither";
+    const Failure failure = options.help || options.version ? Failure() : contradiction(options);
+    if (!failure.empty()) {
+        return failure;
     }
     return options;
 }
@@ -167,16 +223,22 @@ An assistant service on this machine for the Quillmate panel.
   --port N               port to listen on; 0 takes any free one (8443)
   --data DIR             folder for certificates and data
                          (${XDG_DATA_HOME:-~/.local/share}/quillmate/service)
-  --engine NAME          builtin; openai, for a language model, is not
-                         available in this version (builtin)
-  --openai-url URL       where the language model is; not used yet
-  --openai-model NAME    which model to use; not used yet
+  --engine NAME          who writes: builtin, without a language model, or
+                         openai, a model behind an OpenAI-compatible
+                         service such as llama.cpp, Ollama or vLLM (builtin)
+  --openai-url URL       that service, such as http://127.0.0.1:8080/v1
+  --openai-model NAME    the model, by the name that the service has for it
+  --openai-context N     how many tokens the model reads and writes at once;
+                         what does not fit is left out (the service is
+                         asked, or else 4096)
   --update-version V     newest version that the version check offers
   --update-url URL       where that version can be had
   --help                 show this text
   --version              show the version
 
-Clients must trust DIR/ca.pem.
+Clients must trust DIR/ca.pem. A key for the language model's service is taken
+from the environment: QUILLMATE_OPENAI_API_KEY. With openai, the messages that
+the panel shows are sent to that service.
 )";
 }
 

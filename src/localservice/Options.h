@@ -19,6 +19,7 @@ struct Options {
     Engine engine = Engine::Builtin;
     std::string openAiUrl;
     std::string openAiModel;
+    unsigned openAiContext = 0; ///< tokens; 0: the server is asked
     UpdateOffer update;
     bool help = false;
     bool version = false;

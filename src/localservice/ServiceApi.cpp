@@ -34,11 +34,6 @@ HttpResponse json(const Json& object, int status = 200)
     return jsonResponse(status, object.dump(-1, ' ', false, Json::error_handler_t::replace));
 }
 
-HttpResponse textReply(const std::string& text)
-{
-    return json({{"response", text}});
-}
-
 /// The token of "Authorization: Bearer …" (RFC 6750, 2.1); empty where there is none.
 std::string_view bearerToken(const HttpRequest& request)
 {
@@ -50,6 +45,19 @@ std::string_view bearerToken(const HttpRequest& request)
     const bool bearer = std::equal(scheme.begin(), scheme.end(), value->begin(),
                                    [](char wanted, char given) { return wanted == (given | 0x20); });
     return bearer ? std::string_view(*value).substr(scheme.size()) : std::string_view();
+}
+
+/// What an engine wrote, or its failure.
+HttpResponse textReply(const EngineText& written)
+{
+    if (const auto* failure = std::get_if<EngineFailure>(&written)) {
+        HttpResponse response = errorResponse(failure->status, failure->sentence);
+        if (failure->retryAfterSeconds > 0) {
+            response.headers.emplace_back("Retry-After", std::to_string(failure->retryAfterSeconds));
+        }
+        return response;
+    }
+    return json({{"response", std::get<std::string>(written)}});
 }
 
 HttpResponse unauthorized()
@@ -216,8 +224,10 @@ HttpResponse ServiceApi::sendChat(const User& user, const Fields& fields)
         return errorResponse(404, "There is no such chat: start a new one.");
     }
     const std::string& question = fields.at("content");
-    std::string answer = m_engine.answer(thread->text, thread->messages, question);
-    m_store.addMessages(id, {{ThreadMessage::Role::User, question}, {ThreadMessage::Role::Assistant, answer}});
+    const EngineText answer = m_engine.answer(thread->text, thread->messages, question);
+    if (const auto* text = std::get_if<std::string>(&answer)) {
+        m_store.addMessages(id, {{ThreadMessage::Role::User, question}, {ThreadMessage::Role::Assistant, *text}});
+    }
     return textReply(answer);
 }
 

@@ -1,9 +1,11 @@
 #include "localservice/Certificates.h"
+#include "localservice/CryptographyEnd.h"
 #include "localservice/HttpServer.h"
 #include "localservice/Options.h"
 #include "localservice/PrivateFiles.h"
 #include "localservice/ServiceApi.h"
 #include "localservice/engine/BuiltinEngine.h"
+#include "localservice/model/OpenAiEngine.h"
 
 #include <QCoreApplication>
 #include <QNetworkInterface>
@@ -92,7 +94,31 @@ std::string originOf(const QHostAddress& address, unsigned port)
     return "https://" + (isV6 ? '[' + text + ']' : text) + ':' + std::to_string(port);
 }
 
-int serve(const Options& options, int signalDescriptor)
+/// The engine that was asked for, or why there is none.
+std::variant<std::unique_ptr<Engine>, std::string> engineFor(const Options& options)
+{
+    if (options.engine == Options::Engine::Builtin) {
+        return std::make_unique<BuiltinEngine>();
+    }
+    const std::string key = qgetenv("QUILLMATE_OPENAI_API_KEY").toStdString();
+    if (auto failure = keyFailure(key)) {
+        return *failure;
+    }
+    const auto read = readModelAddress(options.openAiUrl);
+    if (const auto* failure = std::get_if<std::string>(&read)) {
+        return "--openai-url cannot be that: " + *failure;
+    }
+    const auto& address = std::get<ModelAddress>(read);
+    const auto log = [](const std::string& line) { complain(line, 0); };
+    if (address.isInClear()) {
+        log("messages" + std::string(key.empty() ? "" : " and the key") +
+            " go over the network unencrypted: give --openai-url as https");
+    }
+    return std::make_unique<OpenAiEngine>(
+        OpenAiEngine::Settings{address, options.openAiModel, key, options.openAiContext, {}}, log);
+}
+
+int serve(const Options& options, Engine& engine, int signalDescriptor)
 {
     if (auto failure = makePrivateFolder(options.dataFolder)) {
         return complain(*failure + ": give another folder with --data", failed);
@@ -107,9 +133,11 @@ int serve(const Options& options, int signalDescriptor)
     }
     const auto store = std::get<std::unique_ptr<ServiceStore>>(std::move(opened));
 
-    const BuiltinEngine engine;
     ServiceApi api(*store, engine, options.update);
-    HttpServer server(api);
+    // A thread that waits for a language model takes no processor.
+    constexpr int threadsThatWait = 9;
+    HttpServer server(api,
+                      options.engine == Options::Engine::OpenAi ? threadsThatWait : HttpServer::usualAnswerThreads);
     const QHostAddress address(QString::fromStdString(options.listenAddress));
     if (!server.listenSecurely(address, static_cast<quint16>(options.port),
                                std::get<QSslConfiguration>(configuration))) {
@@ -133,6 +161,7 @@ int serve(const Options& options, int signalDescriptor)
     QSocketNotifier endNotifier(signalDescriptor, QSocketNotifier::Read);
     QObject::connect(&endNotifier, &QSocketNotifier::activated, &server, [&] {
         endNotifier.setEnabled(false);
+        engine.end();
         server.shutDown();
     });
     QObject::connect(&server, &HttpServer::drained, qApp, &QCoreApplication::quit);
@@ -182,8 +211,10 @@ int main(int argc, char* argv[])
         std::puts("quillmate-service " QUILLMATE_VERSION);
         return 0;
     }
-    if (options.engine == Options::Engine::OpenAi) {
-        return complain("--engine openai is not available in this version: use --engine builtin", misused);
+    leaveCryptographyToProcessEnd();
+    const auto engine = engineFor(options);
+    if (const auto* failure = std::get_if<std::string>(&engine)) {
+        return complain(*failure, misused);
     }
-    return serve(options, signalDescriptor);
+    return serve(options, *std::get<std::unique_ptr<Engine>>(engine), signalDescriptor);
 }

@@ -1,4 +1,5 @@
 #include "localservice/MailFixtures.h"
+#include "localservice/WrittenText.h"
 #include "localservice/engine/BuiltinEngine.h"
 #include "localservice/engine/Sentences.h"
 #include "localservice/engine/TextRank.h"
@@ -112,7 +113,8 @@ private Q_SLOTS:
         QFETCH(QString, text);
         QFETCH(QString, contained);
         const QStringList all = sentences(text, 100);
-        const QStringList summary = QString::fromStdString(BuiltinEngine().summarize(text.toStdString())).split(u'\n');
+        const QStringList summary =
+            QString::fromStdString(written(BuiltinEngine().summarize(text.toStdString()))).split(u'\n');
         QVERIFY(!summary.isEmpty() && summary.size() <= 5 && summary.size() < all.size());
         QVERIFY(
             std::any_of(summary.begin(), summary.end(), [&](const QString& line) { return line.contains(contained); }));
@@ -127,11 +129,11 @@ private Q_SLOTS:
     void shortAndEmptyMessages()
     {
         const BuiltinEngine engine;
-        QCOMPARE(engine.summarize("Yes, Thursday.\n-- \nTom"), std::string("Yes, Thursday."));
-        QCOMPARE(engine.summarize("Fine. See you."), std::string("Fine. See you."));
+        QCOMPARE(written(engine.summarize("Yes, Thursday.\n-- \nTom")), std::string("Yes, Thursday."));
+        QCOMPARE(written(engine.summarize("Fine. See you.")), std::string("Fine. See you."));
         for (const char* unreadable : {"", " \n ", "\x01\x02\x03\x04\x05"}) {
-            QVERIFY(engine.summarize(unreadable).find("no text") != std::string::npos);
-            QVERIFY(!engine.reply(unreadable, {}).empty());
+            QVERIFY(written(engine.summarize(unreadable)).find("no text") != std::string::npos);
+            QVERIFY(!written(engine.reply(unreadable, {})).empty());
             QVERIFY(engine.readableText(unreadable).empty());
         }
     }
@@ -173,16 +175,16 @@ private Q_SLOTS:
         QFETCH(QByteArray, body);
         const BuiltinEngine engine;
         const std::string mail = body.toStdString();
-        const std::string summary = engine.summarize(mail);
+        const std::string summary = written(engine.summarize(mail));
         QVERIFY(!summary.empty() && summary.size() < 250'000);
-        const std::string reply = engine.reply(mail, "Anna");
+        const std::string reply = written(engine.reply(mail, "Anna"));
         QVERIFY(!reply.empty() && reply.size() < 10'000);
         // The message as a question, too, and as what was said before.
         const std::string text = engine.readableText(mail);
-        const std::string answer = engine.answer(text, {}, mail);
+        const std::string answer = written(engine.answer(text, {}, mail));
         const std::vector<ThreadMessage> earlier(40, {ThreadMessage::Role::User, text.substr(0, 8000)});
         QVERIFY(!answer.empty() && answer.size() < 250'000);
-        QVERIFY(!engine.answer(text, earlier, "And when?").empty());
+        QVERIFY(!written(engine.answer(text, earlier, "And when?")).empty());
     }
 };
 

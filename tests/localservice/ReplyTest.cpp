@@ -1,3 +1,4 @@
+#include "localservice/WrittenText.h"
 #include "localservice/engine/BuiltinEngine.h"
 #include "localservice/engine/Questions.h"
 #include "localservice/engine/SenderName.h"
@@ -11,7 +12,7 @@ namespace
 
 QString replyTo(const QString& mail, const std::string& user = {})
 {
-    return QString::fromStdString(BuiltinEngine().reply(mail.toStdString(), user));
+    return QString::fromStdString(written(BuiltinEngine().reply(mail.toStdString(), user)));
 }
 
 } // namespace

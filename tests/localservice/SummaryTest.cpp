@@ -1,3 +1,4 @@
+#include "localservice/WrittenText.h"
 #include "localservice/engine/BuiltinEngine.h"
 
 #include <QTest>
@@ -75,7 +76,7 @@ private Q_SLOTS:
         QFETCH(QString, text);
         QFETCH(QStringList, contained);
         QFETCH(QStringList, left);
-        const QString summary = QString::fromStdString(BuiltinEngine().summarize(text.toStdString()));
+        const QString summary = QString::fromStdString(written(BuiltinEngine().summarize(text.toStdString())));
         for (const QString& part : contained) {
             QVERIFY2(summary.contains(part), qPrintable(summary));
         }

@@ -21,7 +21,7 @@ QString consideredText(const std::string& mail)
 
 } // namespace
 
-std::string BuiltinEngine::summarize(const std::string& mail) const
+EngineText BuiltinEngine::summarize(const std::string& mail) const
 {
     const QString text = ownText(consideredText(mail));
     if (text.isEmpty()) {
@@ -30,7 +30,7 @@ std::string BuiltinEngine::summarize(const std::string& mail) const
     return summaryOf(text).join(u'\n').toStdString();
 }
 
-std::string BuiltinEngine::reply(const std::string& mail, const std::string& userName) const
+EngineText BuiltinEngine::reply(const std::string& mail, const std::string& userName) const
 {
     return replyDraft(consideredText(mail), QString::fromStdString(userName)).toStdString();
 }
@@ -40,8 +40,8 @@ std::string BuiltinEngine::readableText(const std::string& mail) const
     return ownText(consideredText(mail)).toStdString();
 }
 
-std::string BuiltinEngine::answer(const std::string& text, const std::vector<ThreadMessage>& earlier,
-                                  const std::string& question) const
+EngineText BuiltinEngine::answer(const std::string& text, const std::vector<ThreadMessage>& earlier,
+                                 const std::string& question) const
 {
     return chatAnswer(QString::fromStdString(text), earlier, question).toStdString();
 }

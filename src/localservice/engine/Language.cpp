@@ -52,12 +52,11 @@ const Words& commonWords(Language language)
     return lists[static_cast<std::size_t>(language)];
 }
 
-} // namespace
+constexpr qsizetype lookedAt = 4000;
 
-Language languageOf(const QString& text, Language otherwise)
+/// The language that the script alone tells.
+std::optional<Language> languageOfScript(const QString& sample)
 {
-    constexpr qsizetype lookedAt = 4000;
-    const QString sample = text.left(lookedAt);
     qsizetype kana = 0;
     qsizetype arabic = 0;
     qsizetype letters = 0;
@@ -73,26 +72,60 @@ Language languageOf(const QString& text, Language otherwise)
     if (arabic * 2 > letters) {
         return Language::Arabic;
     }
+    return std::nullopt;
+}
+
+QStringList foldedWords(const QString& sample)
+{
     static const QRegularExpression notLetters(QStringLiteral("[^\\p{L}]+"),
                                                QRegularExpression::UseUnicodePropertiesOption);
     QString folded = sample.toLower().normalized(QString::NormalizationForm_D);
     folded.remove(QRegularExpression(QStringLiteral("\\p{M}")));
-    const QStringList words = folded.split(notLetters, Qt::SkipEmptyParts);
-    const auto commonIn = [&words](Language language) {
-        const Words& common = commonWords(language);
-        return std::count_if(words.begin(), words.end(), [&](const QString& word) { return common.contains(word); });
-    };
+    return folded.split(notLetters, Qt::SkipEmptyParts);
+}
+
+qsizetype commonIn(Language language, const QStringList& words)
+{
+    const Words& common = commonWords(language);
+    return std::count_if(words.begin(), words.end(), [&](const QString& word) { return common.contains(word); });
+}
+
+} // namespace
+
+Language languageOf(const QString& text, Language otherwise)
+{
+    const QString sample = text.left(lookedAt);
+    if (const auto language = languageOfScript(sample)) {
+        return *language;
+    }
+    const QStringList words = foldedWords(sample);
     // "¿" and "ß" stand in no other of them.
     Language best = sample.contains(u'¿') ? Language::Spanish : sample.contains(u'ß') ? Language::German : otherwise;
-    auto most = commonIn(best);
+    auto most = commonIn(best, words);
     for (const Language language : {Language::English, Language::German, Language::French, Language::Spanish}) {
-        const auto count = commonIn(language);
+        const auto count = commonIn(language, words);
         if (count > most) {
             most = count;
             best = language;
         }
     }
     return best;
+}
+
+std::optional<Language> clearLanguageOf(const QString& text)
+{
+    const QString sample = text.left(lookedAt);
+    if (const auto language = languageOfScript(sample)) {
+        // Persian and Urdu share the script and have letters of their own.
+        static const QRegularExpression notArabic(QStringLiteral("[پچژگکیںہے]"));
+        return *language == Language::Arabic && sample.contains(notArabic) ? std::nullopt : language;
+    }
+    const QStringList words = foldedWords(sample);
+    const Language best = languageOf(sample, Language::English);
+    // A third of a text are the common words of its language; those of a sister language come to less than a quarter.
+    constexpr qsizetype fewestWords = 4;
+    const bool clear = words.size() >= fewestWords && commonIn(best, words) * 10 >= words.size() * 3;
+    return clear && best == languageOf(sample, Language::German) ? std::optional(best) : std::nullopt;
 }
 
 bool isCommonWord(const QString& word)

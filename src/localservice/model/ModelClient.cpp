@@ -1,0 +1,197 @@
+#include "localservice/model/ModelClient.h"
+
+#include <QDateTime>
+#include <QEventLoop>
+#include <QHostAddress>
+#include <QNetworkAccessManager>
+#include <QNetworkProxy>
+#include <QNetworkReply>
+#include <QNetworkRequest>
+#include <QTimer>
+
+#include <algorithm>
+#include <memory>
+#include <utility>
+
+namespace quillmate::localservice
+{
+
+namespace
+{
+
+using Problem = ModelResponse::Problem;
+
+constexpr qint64 largestBody = qint64(8) * 1024 * 1024;
+
+Problem problemOf(QNetworkReply::NetworkError error)
+{
+    switch (error) {
+    case QNetworkReply::ConnectionRefusedError:
+    case QNetworkReply::HostNotFoundError:
+    case QNetworkReply::TemporaryNetworkFailureError:
+    case QNetworkReply::NetworkSessionFailedError:
+    case QNetworkReply::ProxyConnectionRefusedError:
+    case QNetworkReply::ProxyNotFoundError:
+    case QNetworkReply::UnknownNetworkError: // no route, network down
+        return Problem::Unreachable;
+    case QNetworkReply::TimeoutError:
+    case QNetworkReply::ProxyTimeoutError:
+        return Problem::NoConnection;
+    case QNetworkReply::SslHandshakeFailedError:
+        return Problem::Untrusted;
+    default:
+        return Problem::Broken;
+    }
+}
+
+/// Retry-After (RFC 9110, 10.2.3) in seconds, at most a day; 0 where there is none.
+int retryAfter(const QByteArray& value)
+{
+    constexpr qint64 longest = 86'400;
+    bool isNumber = false;
+    qint64 seconds = value.trimmed().toLongLong(&isNumber);
+    if (!isNumber) {
+        const QDateTime time = QDateTime::fromString(QString::fromLatin1(value.trimmed()), Qt::RFC2822Date);
+        seconds = time.isValid() ? QDateTime::currentDateTimeUtc().secsTo(time) : 0;
+    }
+    return static_cast<int>(std::clamp<qint64>(seconds, 0, longest));
+}
+
+QNetworkRequest requestFor(const QUrl& url, const std::string& key)
+{
+    QNetworkRequest request(url);
+    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
+    request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
+    request.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
+    request.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
+    request.setHeader(QNetworkRequest::UserAgentHeader, QStringLiteral("quillmate-service"));
+    request.setRawHeader("Accept", "application/json");
+    if (!key.empty()) {
+        request.setRawHeader("Authorization", "Bearer " + QByteArray::fromStdString(key));
+    }
+    return request;
+}
+
+ModelResponse responseOf(QNetworkReply& reply)
+{
+    ModelResponse response;
+    response.status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    response.body = reply.readAll();
+    response.retryAfterSeconds = retryAfter(reply.rawHeader("Retry-After"));
+    const bool ofStatus = reply.error() == QNetworkReply::NoError || response.status < 200 || response.status > 299;
+    if (response.status == 0 || !ofStatus) {
+        response.problem = problemOf(reply.error());
+    }
+    return response;
+}
+
+} // namespace
+
+/// Names a loop to `end` while it waits.
+class ModelClient::Waiting
+{
+public:
+    Waiting(ModelClient& client, QEventLoop& loop)
+        : m_client(client)
+        , m_loop(loop)
+    {
+        const std::lock_guard lock(m_client.m_mutex);
+        m_client.m_waiting.insert(&m_loop);
+    }
+    ~Waiting()
+    {
+        const std::lock_guard lock(m_client.m_mutex);
+        m_client.m_waiting.erase(&m_loop);
+    }
+    Waiting(const Waiting&) = delete;
+    Waiting& operator=(const Waiting&) = delete;
+    [[nodiscard]] bool ended() const
+    {
+        const std::lock_guard lock(m_client.m_mutex);
+        return m_client.m_ended;
+    }
+
+private:
+    ModelClient& m_client;
+    QEventLoop& m_loop;
+};
+
+ModelClient::ModelClient(std::string key, ModelLimits limits)
+    : m_key(std::move(key))
+    , m_limits(limits)
+{
+}
+
+void ModelClient::end()
+{
+    const std::lock_guard lock(m_mutex);
+    m_ended = true;
+    for (QEventLoop* loop : m_waiting) {
+        QMetaObject::invokeMethod(loop, &QEventLoop::quit, Qt::QueuedConnection);
+    }
+}
+
+ModelResponse ModelClient::get(const QUrl& url, QDeadlineTimer end)
+{
+    return exchange(url, nullptr, end);
+}
+
+ModelResponse ModelClient::post(const QUrl& url, const QByteArray& json, QDeadlineTimer end)
+{
+    return exchange(url, &json, end);
+}
+
+ModelResponse ModelClient::exchange(const QUrl& url, const QByteArray* json, QDeadlineTimer end)
+{
+    // A manager belongs to one thread and a pool's thread has none of its own; beside a model's time it costs nothing.
+    QNetworkAccessManager manager;
+    QEventLoop loop;
+    const Waiting waiting(*this, loop);
+    if (waiting.ended()) {
+        return {Problem::Ended, 0, {}, 0};
+    }
+    if (url.host() == QStringLiteral("localhost") || QHostAddress(url.host()).isLoopback()) {
+        manager.setProxy(QNetworkProxy(QNetworkProxy::NoProxy));
+    }
+    QNetworkRequest request = requestFor(url, m_key);
+    if (json != nullptr) {
+        request.setHeader(QNetworkRequest::ContentTypeHeader, QStringLiteral("application/json"));
+    }
+    const std::unique_ptr<QNetworkReply> reply(json != nullptr ? manager.post(request, *json) : manager.get(request));
+
+    Problem broken = Problem::None;
+    const auto breakOff = [&broken, &loop](Problem problem) {
+        broken = problem;
+        loop.quit();
+    };
+    QTimer connecting;
+    connecting.setSingleShot(true);
+    QObject::connect(&connecting, &QTimer::timeout, &loop, [&] { breakOff(Problem::NoConnection); });
+    connecting.start(m_limits.connect);
+    QObject::connect(reply.get(), &QNetworkReply::requestSent, &connecting, &QTimer::stop);
+    // A long request is sent in pieces, the first of them when there is a connection.
+    QObject::connect(reply.get(), &QNetworkReply::uploadProgress, &connecting, [&connecting](qint64 sent, qint64) {
+        if (sent > 0) {
+            connecting.stop();
+        }
+    });
+    QTimer whole;
+    whole.setSingleShot(true);
+    QObject::connect(&whole, &QTimer::timeout, &loop, [&] { breakOff(Problem::Slow); });
+    whole.start(std::max<std::chrono::milliseconds>(std::chrono::milliseconds(end.remainingTime()), {}));
+    QObject::connect(reply.get(), &QNetworkReply::readyRead, &loop, [&] {
+        if (reply->bytesAvailable() > largestBody) {
+            breakOff(Problem::Broken);
+        }
+    });
+    QObject::connect(reply.get(), &QNetworkReply::finished, &loop, &QEventLoop::quit);
+    if (!reply->isFinished()) {
+        loop.exec();
+    }
+    if (waiting.ended()) {
+        return {Problem::Ended, 0, {}, 0};
+    }
+    return broken != Problem::None ? ModelResponse{broken, 0, {}, 0} : responseOf(*reply);
+}
+
+} // namespace quillmate::localservice

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QString>
+#include <QStringView>
+
+namespace quillmate::localservice
+{
+
+/// Bounds for the number of a model's tokens in a text, without knowing the model's vocabulary.
+
+/// Hardly any vocabulary needs more: an ASCII letter or blank counts as a third of a token, another ASCII character as
+/// one; further characters as one, one and a half or three, by their two, three or four bytes in UTF-8.
+qsizetype mostTokens(QStringView text);
+/// Hardly any vocabulary needs fewer: one token for each word of letters or digits and for every 12 of its characters
+/// (four in scripts without blanks between words); nothing for signs and blanks, of which long runs may be one token.
+qsizetype leastTokens(QStringView text);
+/// The longest beginning of at most that many of `mostTokens`, cut after a line or a word where one ends in its last
+/// fifth.
+QString withinTokens(const QString& text, qsizetype tokens);
+
+} // namespace quillmate::localservice
