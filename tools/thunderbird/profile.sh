@@ -15,10 +15,12 @@ make_mbox() {
 
 # make_profile PROFILE XPI MESSAGE…: mail and accounts are made once and then the user's; the rest is brought up to date.
 make_profile() {
-    local profile=$1 xpi=$2
+    local profile=$1 xpi=$2 file
     shift 2
     mkdir -p "$profile/extensions" "$profile/Mail/Local Folders"
-    [ -f "$profile/prefs.js" ] || cp tools/thunderbird/prefs.js "$profile/prefs.js"
+    for file in prefs.js folderTree.json session.json; do # The account; the folder that is open at first.
+        [ -f "$profile/$file" ] || cp "tools/thunderbird/$file" "$profile/$file"
+    done
     [ -f "$profile/Mail/Local Folders/Inbox" ] || make_mbox "$profile/Mail/Local Folders/Inbox" "$@"
     cp tools/thunderbird/user.js "$profile/user.js"
     cp "$xpi" "$profile/extensions/$addon_id.xpi"

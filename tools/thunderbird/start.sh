@@ -32,9 +32,12 @@ start_thunderbird() {
     done
     export QUILLMATE_CONNECT_TO=$routes QUILLMATE_CA_FILE="$folder/service/ca.pem" QUILLMATE_USER_HOME=$HOME
     say "starting Thunderbird: open a message and press Reply, and the panel appears beside the reply"
-    local status=0
-    HOME="$folder/home" thunderbird --no-remote --profile "$folder/profile" "$@" || status=$?
-    kill "$service" 2>/dev/null || true # It may have ended by itself.
-    wait "$service" 2>/dev/null || true
+    HOME="$folder/home" thunderbird --no-remote --profile "$folder/profile" "$@" &
+    local thunderbird=$! status=0
+    # However this ends, nothing of it stays behind.
+    trap 'kill "$thunderbird" "$service" 2>/dev/null' INT TERM HUP
+    wait "$thunderbird" || status=$?
+    kill "$service" "$thunderbird" 2>/dev/null || true # Both may have ended by themselves.
+    wait
     [ "$status" -eq 0 ] || fail "Thunderbird ended with status $status; what it said is above"
 }

@@ -95,7 +95,9 @@ void PanelWindow::placeBeside(const WindowFrame& compose)
 void PanelWindow::comeForward()
 {
     show();
-    raise();
+    if (m_compose) {
+        raise(); // Only X11 knows such a thing.
+    }
     requestActivate();
 }
 
