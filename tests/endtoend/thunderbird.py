@@ -2,6 +2,7 @@
 
 import glob
 import os
+import re
 import shlex
 import signal
 import subprocess
@@ -54,7 +55,7 @@ class Thunderbird(Accessible):
         self.home = Home()
         self.programs = programs
         self.profile = self.home.path + "/profile"
-        self.shell(f"make_profile {shlex.quote(self.profile)} {programs}/../quillmate.xpi " + shlex.join(mail))
+        self.shell(shlex.join(["make_profile", self.profile, programs + "/../quillmate.xpi", *mail]))
         with open(self.profile + "/user.js", "a") as user:
             user.write('user_pref("marionette.port", 0);\n' + preferences)
         if host_installed:
@@ -70,8 +71,10 @@ class Thunderbird(Accessible):
             stderr=subprocess.STDOUT,
             start_new_session=True,
         )
-        port = until(self.port, "Thunderbird's port")
-        self.marionette = Marionette(port)
+        self.marionette = None
+
+    def connect(self):
+        self.marionette = Marionette(until(self.port, "Thunderbird's port"))
 
     def shell(self, command):
         subprocess.run(["bash", "-ec", ". tools/thunderbird/profile.sh; " + command], cwd=ROOT, check=True)
@@ -97,7 +100,7 @@ class Thunderbird(Accessible):
     def extension(self):
         """The process of quillmate-extension, None while there is none."""
         found = subprocess.run(
-            ["pgrep", "-f", f"^{self.programs}/quillmate-extension .*{self.home.path}"], capture_output=True, text=True
+            ["pgrep", "-f", f"^{re.escape(self.programs)}/quillmate-extension .*{self.home.path}"], capture_output=True, text=True
         ).stdout.split()
         return int(found[0]) if found else None
 

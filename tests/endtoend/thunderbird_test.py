@@ -12,7 +12,7 @@ from desk import Atspi, Service, keys, type_text, until
 from large_message import write_large_message
 from mail_drop import MailDrop
 from thunderbird import COMMON, ROOT, Thunderbird
-from windows import active_window, frame_of, is_on_screen, run, window
+from windows import active_window, frame_of, is_on_screen, owner_of, run, window, windows
 
 PROGRAMS = os.path.realpath(sys.argv.pop(1))
 REPLY = "Write: Re: Delivery"  # how the title of a reply to that sample begins
@@ -46,14 +46,13 @@ TAGS = COMMON + 'return [...inbox("server2").messages].map(each => [each.mime2De
 class Panels(unittest.TestCase):
     def setUp(self):
         self.service = Service(PROGRAMS + "/quillmate-service", [])
-
-    def tearDown(self):
-        self.thunderbird.destroy()
-        self.assertEqual(self.service.end(), 0)
+        self.addCleanup(lambda: self.assertEqual(self.service.end(), 0))
 
     def start(self, **options):
-        self.thunderbird = Thunderbird(PROGRAMS, self.service, **options)
-        return self.thunderbird
+        thunderbird = Thunderbird(PROGRAMS, self.service, **options)
+        self.addCleanup(thunderbird.destroy)
+        thunderbird.connect()
+        return thunderbird
 
     def test_a_day_of_writing(self):
         thunderbird = self.start()
@@ -121,6 +120,30 @@ class Panels(unittest.TestCase):
         until(lambda: len(thunderbird.panels()) == 2, "the panel that was closed")
         until(lambda: active_window() == "Quillmate", "the keyboard in the panel")
 
+    def test_process_that_ends(self):
+        thunderbird = self.start()
+        numbers = [thunderbird.compose("New"), thunderbird.compose("ReplyToSender", "spring catalogue")]
+        for number in numbers:
+            thunderbird.with_window(number, "composing.moveTo(60, 50); composing.resizeTo(700, 650);")
+        until(lambda: frame_of("Write: (no subject)") == frame_of(REPLY), "two windows in one place")
+        run("xdotool", "windowminimize", str(window(REPLY)))
+        until(lambda: not is_on_screen(REPLY), "one window minimised")
+        first = thunderbird.extension()
+        os.kill(first, signal.SIGKILL)
+        until(lambda: thunderbird.extension() not in (None, first) and windows("Quillmate"), "a panel again")
+
+        def owners():
+            return {owner_of(panel) for panel in windows("Quillmate")}
+
+        until(
+            lambda: owners() == {window("Write: (no subject)")},
+            "a panel beside the window that is to be seen",
+            lambda: run("wmctrl", "-lG") + str(owners()),
+        )
+        run("wmctrl", "-a", REPLY)
+        both = {window("Write: (no subject)"), window(REPLY)}
+        until(lambda: owners() == both, "a panel for each", lambda: f"{owners()} of {both}")
+
     def test_large_message(self):
         with tempfile.NamedTemporaryFile("wb", suffix=".eml") as file:
             write_large_message(file)
@@ -131,7 +154,7 @@ class Panels(unittest.TestCase):
 
     def test_new_mail_turns_red(self):
         with open(ROOT + "/samples/mars.eml", "rb") as mars, open(ROOT + "/samples/plain.eml", "rb") as plain:
-            drop = MailDrop([mars.read(), plain.read()])
+            drop = MailDrop([plain.read(), mars.read()])  # The one to be marked comes last, when all is said of the first.
         with drop:
             thunderbird = self.start(preferences=POP_ACCOUNT % drop.port)
             until(thunderbird.extension, "the process")

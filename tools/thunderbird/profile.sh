@@ -1,6 +1,6 @@
 # Sourced, from the root of the checkout: a Thunderbird profile with sample mail and the add-on, and the home that it runs in.
 
-addon_id=quillmate@quillmate.example
+addon_id=$(sed -n 's/^set(QUILLMATE_ADDON_ID "\(.*\)")$/\1/p' cmake/QuillmateAddon.cmake)
 
 # make_mbox FILE MESSAGE…: the messages as Thunderbird keeps local mail.
 make_mbox() {
@@ -10,7 +10,8 @@ make_mbox() {
         echo "From - Tue Mar  4 09:15:42 2025"
         tr -d '\r' <"$message" | sed 's/^From />From /'
         echo
-    done >"$file"
+    done >"$file.new"
+    mv "$file.new" "$file"
 }
 
 # make_profile PROFILE XPI MESSAGE…: mail and accounts are made once and then the user's; the rest is brought up to date.
@@ -23,7 +24,9 @@ make_profile() {
     done
     [ -f "$profile/Mail/Local Folders/Inbox" ] || make_mbox "$profile/Mail/Local Folders/Inbox" "$@"
     cp tools/thunderbird/user.js "$profile/user.js"
-    cp "$xpi" "$profile/extensions/$addon_id.xpi"
+    # Not over the old one, which a running Thunderbird may be reading.
+    cp "$xpi" "$profile/extensions/new"
+    mv "$profile/extensions/new" "$profile/extensions/$addon_id.xpi"
 }
 
 # make_home HOME PROGRAM: a home for Thunderbird alone, in which it finds the program. The program itself runs in the

@@ -7,11 +7,15 @@ host_named() {
     sed -n "s/^QUILLMATE_$1_HOST:[A-Z]*=//p" build/release/CMakeCache.txt
 }
 
-# start_service DATA: sets service_address; the service ends with this shell. It keeps its standard error.
+# start_service DATA: sets service_address; the service ends with this shell, however that ends.
 start_service() {
     coproc SERVICE { exec build/release/bin/quillmate-service --port 0 --data "$1"; }
-    service=$SERVICE_PID
-    local line
+    service=$SERVICE_PID thunderbird=
+    trap 'kill "$service" ${thunderbird:+"$thunderbird"} 2>/dev/null || true; wait' EXIT
+    local line name
+    for name in INT:130 TERM:143 HUP:129; do
+        trap "say 'ended; what was not saved in Thunderbird is gone'; exit ${name#*:}" "${name%:*}"
+    done
     read -r -t 60 line <&"${SERVICE[0]}" || fail "the assistant service on this machine did not start"
     service_address=${line#quillmate-service listening on https://}
 }
@@ -31,13 +35,13 @@ start_thunderbird() {
         routes+="${routes:+,}$host=$service_address"
     done
     export QUILLMATE_CONNECT_TO=$routes QUILLMATE_CA_FILE="$folder/service/ca.pem" QUILLMATE_USER_HOME=$HOME
-    say "starting Thunderbird: open a message and press Reply, and the panel appears beside the reply"
+    # The display may be opened by a key in the user's own home.
+    [ -n "${XAUTHORITY-}" ] || [ ! -f "$HOME/.Xauthority" ] || export XAUTHORITY=$HOME/.Xauthority
+    say "starting Thunderbird: press Reply on a message, and the panel appears beside it; close Thunderbird to end"
     HOME="$folder/home" thunderbird --no-remote --profile "$folder/profile" "$@" &
-    local thunderbird=$! status=0
-    # However this ends, nothing of it stays behind.
-    trap 'kill "$thunderbird" "$service" 2>/dev/null' INT TERM HUP
+    thunderbird=$!
+    local status=0
     wait "$thunderbird" || status=$?
-    kill "$service" "$thunderbird" 2>/dev/null || true # Both may have ended by themselves.
-    wait
+    thunderbird=
     [ "$status" -eq 0 ] || fail "Thunderbird ended with status $status; what it said is above"
 }

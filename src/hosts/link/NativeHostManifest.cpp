@@ -108,7 +108,10 @@ Failure makeFolder(const std::filesystem::path& folder)
     std::filesystem::path made;
     for (const auto& part : folder) {
         made /= part;
-        if (::mkdir(made.c_str(), S_IRWXU) != 0 && errno != EEXIST && !std::filesystem::is_directory(made)) {
+        const int reason = ::mkdir(made.c_str(), S_IRWXU) == 0 ? 0 : errno;
+        std::error_code unknown; // Where it cannot be told, it is none.
+        if (reason != 0 && reason != EEXIST && !std::filesystem::is_directory(made, unknown)) {
+            errno = reason;
             return failed("make the folder", made);
         }
     }

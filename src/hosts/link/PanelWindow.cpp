@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <unistd.h>
+#include <utility>
 
 namespace quillmate
 {
@@ -41,6 +42,7 @@ QRect panelGeometry(const QRect& compose, const QSize& leastSize, const QRect& a
         const int atLeft = compose.left() - gap - width;
         left = atLeft >= available.left() ? atLeft : availableRight - width;
     }
+    left = std::max(left, available.left()); // A screen may be narrower than the panel.
     const int lowestTop = std::max(available.top(), available.top() + available.height() - height);
     return {left, std::clamp(compose.top(), available.top(), lowestTop), width, height};
 }
@@ -79,9 +81,7 @@ void PanelWindow::placeBeside(const WindowFrame& compose)
     if (!isPlaceKnown(told)) {
         return;
     }
-    if (!m_compose && !isVisible()) {
-        belongTo(told);
-    }
+    belongTo(told);
     // The mail application may count in units of its own; the display knows better where its window is.
     const QRect frame = (m_compose ? m_compose->frame() : std::nullopt).value_or(told.toRect());
     const QScreen* composeScreen = QGuiApplication::screenAt(frame.center());
@@ -95,19 +95,37 @@ void PanelWindow::placeBeside(const WindowFrame& compose)
 void PanelWindow::comeForward()
 {
     show();
-    if (m_compose) {
-        raise(); // Only X11 knows such a thing.
+    if (QGuiApplication::platformName() == QLatin1String("xcb")) {
+        raise(); // Elsewhere there is no such thing.
     }
     requestActivate();
 }
 
 void PanelWindow::belongTo(const QRectF& compose)
 {
-    m_compose = ForeignWindow::find(::getppid(), compose);
     if (m_compose) {
-        // A window of this kind has no button of its own on a task bar, so it must have a window to belong to.
-        setFlags(Qt::Tool);
-        setTransientParent(m_compose->window());
+        // What is told of a window that is being moved is behind the times. But where another window than ours is said
+        // to have moved, ours is the wrong one: two in one place cannot be told apart.
+        const auto before = std::exchange(m_composeFrame, m_compose->frame());
+        if (m_composeFrame != before || m_compose->covers(compose)) {
+            return;
+        }
+    }
+    auto found = ForeignWindow::find(::getppid(), compose);
+    if (!found) {
+        return;
+    }
+    const bool wasVisible = isVisible();
+    if (wasVisible) {
+        hide(); // The display learns whose it is only when it is shown.
+    }
+    // A window of this kind has no button of its own on a task bar, so it must have a window to belong to.
+    setFlags(Qt::Tool);
+    setTransientParent(found->window());
+    m_compose = std::move(found);
+    m_composeFrame = m_compose->frame();
+    if (wasVisible) {
+        show();
     }
 }
 

@@ -41,12 +41,13 @@ protected:
 
 private:
     void fit();
-    /// Makes it belong to the compose window, which takes effect when it is next shown.
+    /// Makes it belong to the window of the mail application that covers the frame, unless it does already.
     void belongTo(const QRectF& compose);
     void takePlace();
 
     std::shared_ptr<MEExtensionViewController> m_controller;
     std::unique_ptr<ForeignWindow> m_compose; // Null where it is not known.
+    std::optional<QRect> m_composeFrame;      // As it was last.
     QRect m_place;                            // With the title bar; null before it has been told.
     QMargins m_frameMargins;                  // As they were when it took its place.
 };

@@ -11,9 +11,9 @@ const sessions = new ComposeSessions(program);
 
 program.onStarted = () => sessions.beginAll();
 program.onAlive = () => explanation.forget();
-program.onEnded = (reason) => {
+program.onEnded = (reason, hopeless) => {
   sessions.programEnded();
-  explanation.programEnded(reason);
+  explanation.programEnded(reason, hopeless);
 };
 
 browser.tabs.onCreated.addListener((tab) => {
@@ -27,9 +27,9 @@ browser.alarms.onAlarm.addListener((alarm) => program.alarmRang(alarm.name));
 browser.messages.onNewMailReceived.addListener((folder, list) => colourNewMail(program, list));
 browser.composeAction.onClicked.addListener((tab) => {
   // Where nothing is wrong the panel comes by itself, as soon as the message has been read.
-  if (!sessions.show(tab.id) && program.whyEnded !== null) {
+  if (!sessions.show(tab.id) && !program.alive) {
+    explanation.wanted();
     program.start();
-    explanation.showInFront(program.whyEnded);
   }
 });
 

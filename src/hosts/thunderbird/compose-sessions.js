@@ -1,6 +1,6 @@
 // A session per compose window: begun with the message it is about, shown, moved along, and ended with the window.
 
-import { WindowWatch, frameOf } from "./window-watch.js";
+import { WindowWatch, frameOf, frameOnScreen } from "./window-watch.js";
 import { originalMessage } from "./original-message.js";
 
 export class ComposeSessions {
@@ -72,18 +72,20 @@ export class ComposeSessions {
   async #hand(tabId, session) {
     const name = `compose ${this.#nextNumber++}`;
     session.name = name;
-    let message = null;
+    // The window may go meanwhile, or the process, and then this session is handed to another one.
+    const isStillWanted = () => this.#sessions.get(tabId) === session && session.name === name && this.#program.running;
     let frame = null;
+    let message = null;
     try {
       // Waits until the window is ready; before that its frame is not right either.
       const details = await browser.compose.getComposeDetails(tabId);
+      frame = await frameOnScreen(session.windowId, isStillWanted);
       message = await originalMessage(details);
-      frame = frameOf(await browser.windows.get(session.windowId));
+      frame = frameOf(await browser.windows.get(session.windowId)) ?? frame; // Reading a long message takes seconds.
     } catch (error) {
       console.error("Quillmate could not read what this window is about:", error);
     }
-    // Meanwhile the window may be gone, or the process another one, which this session was handed to anew.
-    if (this.#sessions.get(tabId) !== session || session.name !== name || !this.#program.running) {
+    if (!isStillWanted()) {
       return;
     }
     // In one go: the panel is about the message that came last.

@@ -3,43 +3,51 @@
 const toldKey = "toldThatTheProgramIsMissing";
 
 // Thunderbird's own words for a program that is not installed, or not for this add-on.
-const missing = /no such native application|does not exist|not executable|permission to use native|not installed/iu;
+const missing = /no such native application|permission to use native/iu;
 
 export class Explanation {
   #tabId = -1;
   #telling = false;
+  #wanted = false;
 
-  // The reason is Thunderbird's own text.
-  async programEnded(reason) {
-    if (this.#telling || !missing.test(reason)) {
+  // The user asks for the panel: should the program not come up, the reason is wanted at once.
+  wanted() {
+    this.#wanted = true;
+  }
+
+  // As the program tells it.
+  async programEnded(reason, hopeless) {
+    const wanted = this.#wanted;
+    if (this.#telling || !(wanted || hopeless || missing.test(reason))) {
       return;
     }
+    this.#wanted = false;
     this.#telling = true; // The process is tried again before a slow start of Thunderbird has come to an end.
-    const { [toldKey]: told } = await browser.storage.local.get(toldKey);
-    if (!told) {
-      await this.show(reason);
-      await browser.storage.local.set({ [toldKey]: true });
+    try {
+      const { [toldKey]: told } = await browser.storage.local.get(toldKey);
+      if (wanted || !told) {
+        const tab = await this.#show(missing.test(reason) ? "missing" : "ended");
+        if (wanted) {
+          await browser.windows.update(tab.windowId, { focused: true });
+        }
+        await browser.storage.local.set({ [toldKey]: true });
+      }
+    } catch (error) {
+      console.error("Quillmate could not show why its program is not there:", error);
+    } finally {
+      this.#telling = false;
     }
-    this.#telling = false;
   }
 
   // The program is there: should it go one day, that is news.
   forget() {
+    this.#wanted = false;
     browser.storage.local.remove(toldKey);
   }
 
-  // For a user who asked.
-  async showInFront(reason) {
-    const tab = await this.show(reason);
-    await browser.windows.update(tab.windowId, { focused: true });
-  }
-
-  // Opens the page, or brings its tab to the front of its window, and gives the tab. The reason is as for programEnded.
-  async show(reason) {
-    const shown = {
-      url: browser.runtime.getURL(`explanation.html?${missing.test(reason) ? "missing" : "ended"}`),
-      active: true,
-    };
+  // Opens the page, or brings its tab to the front of its window, and gives the tab.
+  async #show(section) {
+    const shown = { url: browser.runtime.getURL(`explanation.html?${section}`), active: true };
     try {
       return await browser.tabs.update(this.#tabId, shown);
     } catch {

@@ -3,6 +3,8 @@
 const alarmPrefix = "start again after ";
 const shortestPause = 1_000;
 const longestPause = 5 * 60_000;
+// Reached with the third attempt.
+const hopelessPause = 2_000;
 // A program that has run this long did not end because of how it was started.
 const settledAfter = 60_000;
 
@@ -20,11 +22,9 @@ export class Program {
   onStarted = () => {};
   // The process has answered: it is there and works.
   onAlive = () => {};
-  // The process has ended or could not be started; the reason is Thunderbird's own text, empty when there is none.
-  onEnded = () => {};
-
-  // Why the process is not there, as for onEnded; null before the first end, and while it is known to work.
-  whyEnded = null;
+  // The process has ended or could not be started. The reason is Thunderbird's own text, empty when there is none;
+  // hopeless: it has been tried several times and has not answered once.
+  onEnded = (reason, hopeless) => {};
 
   constructor(name) {
     this.#name = name;
@@ -32,6 +32,11 @@ export class Program {
 
   get running() {
     return this.#port !== null;
+  }
+
+  // Whether it runs and has answered.
+  get alive() {
+    return this.#alive;
   }
 
   // Starts the process unless it runs. Whether it could be started shows only later.
@@ -73,7 +78,8 @@ export class Program {
     this.#port?.postMessage(frame);
   }
 
-  // What to do with a message of that subject and sender: the action, or null. Waits for the process.
+  // What to do with a message of that subject and sender: the action, or null. Waits for the process; a pause so long that
+  // this page is put to sleep ends the wait without an answer.
   decide(subject, address) {
     return new Promise((resolve) => {
       const message = { rawData: null, subject, fromAddress: { addressString: address }, headers: null };
@@ -96,7 +102,6 @@ export class Program {
   #received(frame) {
     if (!this.#alive) {
       this.#alive = true;
-      this.whyEnded = null;
       this.onAlive();
     }
     const question = this.#questions.get(frame.request);
@@ -113,8 +118,10 @@ export class Program {
     if (this.#port !== port) {
       return;
     }
+    const hopeless = !this.#alive && this.#pause >= hopelessPause;
+    const reason = port.error?.message ?? "";
     this.#port = null;
-    this.whyEnded = port.error?.message ?? "";
+    this.#alive = false;
     // Not asked again: a question may be what ended the process.
     for (const question of this.#questions.values()) {
       question.resolve(null);
@@ -127,7 +134,7 @@ export class Program {
     this.#pause = pause;
     browser.alarms.clearAll(); // There is one when it was started in the middle of a pause.
     browser.alarms.create(alarmPrefix + pause, { when: Date.now() + pause });
-    console.error(`Quillmate's program has ended and is started again in ${pause / 1000} s. ${this.whyEnded}`);
-    this.onEnded(this.whyEnded);
+    console.error(`Quillmate's program has ended and is started again in ${pause / 1000} s. ${reason}`);
+    this.onEnded(reason, hopeless);
   }
 }

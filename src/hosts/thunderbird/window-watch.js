@@ -9,6 +9,18 @@ export function frameOf(window) {
   return state === "minimized" || width <= 1 || height <= 1 ? null : { left, top, width, height };
 }
 
+// The window's frame, as soon as it is on the screen; null when it is not wanted any more.
+export async function frameOnScreen(windowId, isStillWanted) {
+  while (isStillWanted()) {
+    const frame = frameOf(await browser.windows.get(windowId));
+    if (frame) {
+      return frame;
+    }
+    await new Promise((resolve) => setTimeout(resolve, otherPause));
+  }
+  return null;
+}
+
 export class WindowWatch {
   #windowId;
   #moved;

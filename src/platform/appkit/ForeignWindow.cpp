@@ -8,6 +8,8 @@
 
 #include <cmath>
 #include <limits>
+#include <set>
+#include <utility>
 
 namespace quillmate
 {
@@ -27,6 +29,13 @@ double distance(const QRect& window, const QRectF& frame)
 
 // Applications differ in what they count of the title bar and the borders.
 constexpr double nearEnough = 100;
+
+/// The windows that objects stand for, as often as they do. Main thread.
+std::multiset<std::uint32_t>& held()
+{
+    static std::multiset<std::uint32_t> windows;
+    return windows;
+}
 
 /// From the display's pixels: Qt keeps the origin of each screen and scales what lies in it.
 QRect fromPixels(const QRect& pixels)
@@ -50,12 +59,18 @@ std::unique_ptr<ForeignWindow> ForeignWindow::find(std::int64_t process, const Q
     if (!display) {
         return nullptr;
     }
+    using Rank = std::pair<bool, double>; // Whether it is held, and its distance.
     std::uint32_t found = 0;
-    double least = nearEnough;
+    Rank best;
     for (const std::uint32_t window : display->managed()) {
-        const auto place = display->processOf(window) == process ? display->frameOf(window) : std::nullopt;
-        if (place && distance(*place, frame) < least) {
-            least = distance(*place, frame);
+        const bool isCandidate = display->processOf(window) == process && display->isOnScreen(window);
+        const auto place = isCandidate ? display->frameOf(window) : std::nullopt;
+        if (!place || distance(*place, frame) >= nearEnough) {
+            continue;
+        }
+        const Rank rank(held().contains(window), distance(*place, frame));
+        if (found == 0 || rank < best) {
+            best = rank;
             found = window;
         }
     }
@@ -66,9 +81,20 @@ ForeignWindow::ForeignWindow(std::uint32_t id)
     : m_id(id)
     , m_window(QWindow::fromWinId(id))
 {
+    held().insert(id);
 }
 
-ForeignWindow::~ForeignWindow() = default;
+ForeignWindow::~ForeignWindow()
+{
+    held().erase(held().find(m_id));
+}
+
+bool ForeignWindow::covers(const QRectF& frame) const
+{
+    const auto display = X11Windows::ofThisProgram();
+    const auto place = display ? display->frameOf(m_id) : std::nullopt;
+    return place && distance(*place, frame) < nearEnough;
+}
 
 std::optional<QRect> ForeignWindow::frame() const
 {

@@ -16,9 +16,9 @@ namespace quillmate
 class ForeignWindow
 {
 public:
-    /// The process' window that covers the frame, the topmost of several. The frame may be in another unit than the
-    /// display's pixels, as that of an application with a scale of its own is: what counts is the shape. Null when
-    /// there is none, and where windows cannot be known.
+    /// The process' window on the screen that covers the frame; of several one that no other object stands for, and the
+    /// topmost of those. The frame may be in another unit than the display's pixels, as that of an application with a
+    /// scale of its own is: what counts is the shape. Null when there is none, and where windows cannot be known.
     static std::unique_ptr<ForeignWindow> find(std::int64_t process, const QRectF& frame);
     ~ForeignWindow();
 
@@ -27,6 +27,8 @@ public:
 
     /// For windows of ours to stay above it.
     [[nodiscard]] QWindow* window() const { return m_window.get(); }
+    /// Whether it covers the frame still, which is in the unit of the one that it was found by.
+    [[nodiscard]] bool covers(const QRectF& frame) const;
     /// Where it is, with its title bar, in the coordinates of our own windows; absent once it is gone.
     [[nodiscard]] std::optional<QRect> frame() const;
 

@@ -85,6 +85,13 @@ std::uint32_t X11Windows::processOf(std::uint32_t window) const
     return values.empty() ? 0 : values.front();
 }
 
+bool X11Windows::isOnScreen(std::uint32_t window) const
+{
+    const Reply<xcb_get_window_attributes_reply_t> reply(
+        xcb_get_window_attributes_reply(m_connection, xcb_get_window_attributes(m_connection, window), nullptr));
+    return reply && reply->map_state == XCB_MAP_STATE_VIEWABLE;
+}
+
 std::optional<QRect> X11Windows::frameOf(std::uint32_t window) const
 {
     const Reply<xcb_get_geometry_reply_t> size(

@@ -23,6 +23,8 @@ public:
     [[nodiscard]] std::vector<std::uint32_t> managed() const;
     /// _NET_WM_PID; 0 when the window does not say.
     [[nodiscard]] std::uint32_t processOf(std::uint32_t window) const;
+    /// Not while it is minimised or on another desktop.
+    [[nodiscard]] bool isOnScreen(std::uint32_t window) const;
     /// With the title bar (_NET_FRAME_EXTENTS), without the shadow that a window may draw itself (_GTK_FRAME_EXTENTS).
     [[nodiscard]] std::optional<QRect> frameOf(std::uint32_t window) const;
 

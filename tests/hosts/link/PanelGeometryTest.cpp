@@ -40,6 +40,7 @@ void PanelGeometryTest::geometry_data()
     row("screen at the left of the first", {-1900, 100, 800, 700}, least, {-1920, 0, 1920, 1080},
         {-1092, 100, 440, 700});
     row("keeps off the next screen", {-900, 100, 800, 700}, least, {-1920, 0, 1920, 1080}, {-1348, 100, 440, 700});
+    row("screen narrower than the panel", {10, 20, 300, 300}, least, {0, 0, 420, 700}, {0, 20, 440, 550});
     row("small screen", {10, 20, 500, 300}, least, {0, 0, 640, 480}, {200, 0, 440, 550});
 }
 
