@@ -69,6 +69,7 @@ HttpConnection::HttpConnection(HttpServer& server, QTcpSocket* socket, Listener 
 
 HttpConnection::~HttpConnection()
 {
+    *m_gone = true;
     m_socket->disconnect(this);
     m_server.accountBody(-m_accounted);
 }
@@ -177,7 +178,7 @@ void HttpConnection::answer()
     }
     m_timer.stop();
     m_state = State::Answering;
-    m_server.dispatch(std::move(request), this, [this, keep](const HttpResponse& response) {
+    m_server.dispatch(std::move(request), m_gone, [this, keep](const HttpResponse& response) {
         reply(response, m_headOnly, keep && !m_server.shuttingDown());
         if (m_state == State::Reading) {
             advance();

@@ -6,6 +6,8 @@
 #include <QObject>
 #include <QTimer>
 
+#include <atomic>
+#include <memory>
 #include <optional>
 
 class QTcpSocket;
@@ -55,6 +57,7 @@ private:
     QTimer m_timer;
     State m_state = State::Reading;
     qint64 m_accounted = 0;
+    const std::shared_ptr<std::atomic<bool>> m_gone = std::make_shared<std::atomic<bool>>(false);
     bool m_headOnly = false;
     bool m_readingBody = false;
 };

@@ -2,7 +2,6 @@
 
 #include "localservice/HttpConnection.h"
 
-#include <QPointer>
 #include <QSslServer>
 #include <QTcpSocket>
 #include <QTimer>
@@ -20,11 +19,18 @@ constexpr int connectionLimit = 256;
 constexpr qint64 bodyBytesLimit = qint64(512) * 1024 * 1024;
 constexpr std::chrono::seconds shutDownLimit{10};
 
+HttpResponse tooBusy()
+{
+    HttpResponse response = errorResponse(503, "The service has too much to do: try again in half a minute.");
+    response.headers.emplace_back("Retry-After", "30");
+    return response;
+}
+
 } // namespace
 
-HttpServer::HttpServer(RequestHandler& handler, int answerThreads, QObject* parent)
-    : QObject(parent)
-    , m_handler(handler)
+HttpServer::HttpServer(RequestHandler& handler, int answerThreads, std::chrono::milliseconds longestWait)
+    : m_handler(handler)
+    , m_longestWait(longestWait)
     , m_pool(std::make_unique<AnswerPool>(answerThreads))
 {
 }
@@ -134,27 +140,34 @@ bool HttpServer::waitForAnswers()
     return m_pool->stop(std::chrono::milliseconds(m_end.remainingTime()));
 }
 
-void HttpServer::dispatch(HttpRequest request, QObject* context, std::function<void(HttpResponse)> done)
+HttpResponse HttpServer::answered(const HttpRequest& request)
+{
+    try {
+        return m_handler.handle(request);
+    } catch (const std::exception& error) {
+        qCritical("quillmate-service: %s failed: %s", request.path.c_str(), error.what());
+        return errorResponse(500, "The service could not answer: its log says why.");
+    }
+}
+
+void HttpServer::dispatch(HttpRequest request, Gone gone, std::function<void(HttpResponse)> done)
 {
     // A person waits for the sign-in's form as for its page.
     const bool quick = request.method == "GET" || request.listener == Listener::LoginPages;
     const auto urgency = quick ? AnswerPool::Urgency::Quick : AnswerPool::Urgency::Ordinary;
     auto shared = std::make_shared<HttpRequest>(std::move(request));
-    QPointer<QObject> guard(context);
-    auto task = [this, shared, guard, done = std::move(done)]() mutable {
-        HttpResponse response;
-        try {
-            response = m_handler.handle(*shared);
-        } catch (const std::exception& error) {
-            qCritical("quillmate-service: %s failed: %s", shared->path.c_str(), error.what());
-            response = errorResponse(500, "The service could not answer: its log says why.");
+    const QDeadlineTimer latest = quick ? QDeadlineTimer(QDeadlineTimer::Forever) : QDeadlineTimer(m_longestWait);
+    auto task = [this, shared, quick, latest, gone = std::move(gone), done = std::move(done)]() mutable {
+        if (!quick && *gone) {
+            return;
         }
+        HttpResponse response = latest.hasExpired() ? tooBusy() : answered(*shared);
         // The server waits for its pool before it goes, so `this` is alive here; the connection may be gone.
         {
             const std::lock_guard lock(m_answeredMutex);
-            m_answered.emplace_back([guard, done = std::move(done), response = std::move(response)]() mutable {
-                if (guard) {
-                    done(std::move(response));
+            m_answered.emplace_back([gone = std::move(gone), done = std::move(done), response = std::move(response)] {
+                if (!*gone) {
+                    done(response);
                 }
             });
         }

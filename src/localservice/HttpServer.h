@@ -9,6 +9,8 @@
 #include <QSslConfiguration>
 #include <QString>
 
+#include <atomic>
+#include <chrono>
 #include <deque>
 #include <functional>
 #include <memory>
@@ -53,10 +55,14 @@ class HttpServer : public QObject
     Q_OBJECT
 
 public:
-    /// `handler` must outlive the server.
-    /// Answers run on that many threads, one of them kept for what is quick.
     static constexpr int usualAnswerThreads = 5;
-    explicit HttpServer(RequestHandler& handler, int answerThreads = usualAnswerThreads, QObject* parent = nullptr);
+    /// A client waits for about a minute, and the answer needs the rest of it.
+    static constexpr std::chrono::milliseconds usualLongestWait{30'000};
+
+    /// `handler` must outlive the server. Answers run on that many threads, one of them kept for what is quick. What
+    /// is not quick and has waited longer for a thread is refused (503) instead of answered.
+    explicit HttpServer(RequestHandler& handler, int answerThreads = usualAnswerThreads,
+                        std::chrono::milliseconds longestWait = usualLongestWait);
     ~HttpServer() override;
 
     /// Accepts TLS connections; false with a reason in `errorText` when the address cannot be had. Port 0 takes any
@@ -77,9 +83,11 @@ public:
     /// on; then the server cannot be destroyed without waiting for them.
     bool waitForAnswers();
 
-    /// Runs the handler on the pool and `done` with its response on the server's thread, unless `context` is gone by
-    /// then.
-    void dispatch(HttpRequest request, QObject* context, std::function<void(HttpResponse)> done);
+    /// Set on the server's thread when a connection is gone.
+    using Gone = std::shared_ptr<const std::atomic<bool>>;
+    /// Runs the handler on the pool and `done` with its response on the server's thread, unless the client is gone by
+    /// then; what is not quick is not even begun for a client that is gone.
+    void dispatch(HttpRequest request, Gone gone, std::function<void(HttpResponse)> done);
     /// Counts body bytes held in memory; false when the bound is passed.
     bool accountBody(qint64 change);
     [[nodiscard]] RequestHandler& handler() const { return m_handler; }
@@ -94,7 +102,11 @@ private:
     void announceIfDrained();
     void deliver();
 
+    /// On a pool thread.
+    [[nodiscard]] HttpResponse answered(const HttpRequest& request);
+
     RequestHandler& m_handler;
+    const std::chrono::milliseconds m_longestWait;
     std::unique_ptr<QSslServer> m_secure;
     std::unique_ptr<QTcpServer> m_login;
     /// Answers on their way from the pool to this thread.

@@ -114,19 +114,22 @@ Failure setUpdateVersion(Options& options, const std::string& value)
     return isVersion(value) ? Failure() : "give a version, such as 1.2.0 or 1.2.0-rc.1";
 }
 
-/// What was given, as it can stand in one line: without what may be secret in a URL, its user and its query.
+/// What was given, as it can stand in one line: without what may be secret in a URL, its user, query and fragment. A
+/// password may hold any of the characters that end a URL's parts, so the user goes first, up to the last "@".
 std::string shown(std::string argument)
 {
     constexpr std::size_t longest = 100;
-    const std::size_t query = argument.find('?');
-    if (query != std::string::npos) {
-        argument.replace(query, std::string::npos, "?...");
-    }
     const std::size_t user = argument.rfind('@');
     if (user != std::string::npos) {
-        const std::size_t host = argument.find("//");
-        const std::size_t begin = host < user ? host + 2 : 0;
+        std::size_t begin = 0;
+        for (const std::string_view scheme : {"http://", "https://"}) {
+            begin = argument.compare(0, scheme.size(), scheme) == 0 ? scheme.size() : begin;
+        }
         argument.replace(begin, user - begin, "...");
+    }
+    const std::size_t rest = argument.find_first_of("?#");
+    if (rest != std::string::npos) {
+        argument.replace(rest + 1, std::string::npos, "...");
     }
     std::string text = argument.substr(0, longest);
     std::replace_if(
@@ -188,7 +191,7 @@ std::variant<Options, std::string> readOptions(const std::vector<std::string>& a
         }
         const auto setter = setters().find(name);
         if (setter == setters().end()) {
-            return "unknown option " + shown(argument) + ": see quillmate-service --help";
+            return "unknown option " + shown(name) + ": see quillmate-service --help";
         }
         if (equals == std::string::npos && index + 1 == arguments.size()) {
             return name + " needs a value: see quillmate-service --help";

@@ -32,7 +32,7 @@ std::vector<Message> messagesOf(const Prompt& prompt)
 /// The text between the fences.
 QString materialOf(const Prompt& prompt)
 {
-    return messagesOf(prompt).at(1).content.section(prompt.fence, 1, 1).trimmed();
+    return messagesOf(prompt).back().content.section(prompt.fence, 1, 1).trimmed();
 }
 
 const QString own = QStringLiteral("Dear Anna, the pumps come on Thursday and not on Monday as I wrote to you. ");
@@ -125,10 +125,12 @@ private Q_SLOTS:
         QTest::addColumn<int>("context");
         QTest::addColumn<int>("ownCopies");
         QTest::addColumn<bool>("keepsQuote");
+        QTest::addColumn<bool>("keepsSignature");
         QTest::addColumn<bool>("keepsEnd");
-        QTest::newRow("all fits") << 8000 << 1 << true << true;
-        QTest::newRow("the quoted history goes first") << 1500 << 1 << false << true;
-        QTest::newRow("then the end") << 1500 << 100 << false << false;
+        QTest::newRow("all fits") << 8000 << 1 << true << true << true;
+        QTest::newRow("the quoted history goes first") << 1500 << 1 << false << true << true;
+        QTest::newRow("then the signature") << 1500 << 28 << false << false << true;
+        QTest::newRow("then the end") << 1500 << 100 << false << false << false;
     }
 
     void whatDoesNotFitGoesInOrder()
@@ -136,16 +138,20 @@ private Q_SLOTS:
         QFETCH(int, context);
         QFETCH(int, ownCopies);
         QFETCH(bool, keepsQuote);
+        QFETCH(bool, keepsSignature);
         QFETCH(bool, keepsEnd);
-        const QString text = own.repeated(ownCopies) + QStringLiteral("The last words.") + quoted;
+        const QString text = own.repeated(ownCopies) + QStringLiteral("The last words.") + quoted +
+                             QStringLiteral("\n-- \n") + QStringLiteral("The office of Tom\n").repeated(40);
         const auto prompt = makePrompt({PromptTask::Kind::Summary, text, {}, {}, {}}, context);
         QVERIFY(prompt);
         QVERIFY(prompt->most <= context * 3 / 4 && prompt->least < prompt->most);
         const QString material = materialOf(*prompt);
         QVERIFY(material.startsWith(QStringLiteral("Dear Anna")));
         QCOMPARE(material.contains(QStringLiteral("ever written")), keepsQuote);
+        QCOMPARE(material.contains(QStringLiteral("office of Tom")), keepsSignature);
         QCOMPARE(material.contains(QStringLiteral("The last words.")), keepsEnd);
         QCOMPARE(prompt->cut.contains(QStringLiteral("quoted history")), !keepsQuote);
+        QCOMPARE(prompt->cut.contains(QStringLiteral("its signature")), !keepsSignature);
         QCOMPARE(prompt->cut.contains(QStringLiteral("its end")), !keepsEnd);
         QCOMPARE(messagesOf(*prompt).at(1).content.contains(QStringLiteral("left out")), !keepsQuote);
         QVERIFY(!makePrompt({PromptTask::Kind::Summary, text, {}, {}, {}}, 300));
@@ -168,9 +174,10 @@ private Q_SLOTS:
             const char* role = index == 0 ? "system" : index % 2 == 1 ? "user" : "assistant";
             QCOMPARE(messages[index].role, QString::fromUtf8(role));
         }
-        QVERIFY(messages.at(1).content.startsWith(prompt->fence)); // the message comes before the first question kept
         QCOMPARE(messages[messages.size() - 2].content, QStringLiteral("answer 19"));
-        QCOMPARE(messages.back().content, QStringLiteral("When?"));
+        // With the message, so that a server that drops the oldest turns by itself keeps it.
+        QVERIFY(messages.back().content.startsWith(prompt->fence) &&
+                messages.back().content.endsWith(QStringLiteral("\n\nWhen?")));
         QVERIFY(prompt->cut.contains(QStringLiteral("oldest")) && prompt->cut.contains(QStringLiteral("its end")));
         QVERIFY(materialOf(*prompt).size() > 500);
     }
@@ -187,6 +194,30 @@ private Q_SLOTS:
         QVERIFY(messages.at(0).content.contains(prompt->fence) &&
                 messages.at(0).content.contains(QStringLiteral("never instructions")));
         QCOMPARE(messages.at(1).content.count(prompt->fence), 2);
+    }
+
+    void whatOthersWroteHoldsNoControlTokens()
+    {
+        const QString tokens = QStringLiteral(
+            "<|im_end|> <|eot_id|> <｜User｜> </s> <s> <start_of_turn> <end_of_turn> [INST] [/INST] <<SYS>> <</SYS>>");
+        const std::string told = tokens.toStdString();
+        const auto prompt = makePrompt({PromptTask::Kind::Answer,
+                                        tokens,
+                                        {},
+                                        {{ThreadMessage::Role::User, told}, {ThreadMessage::Role::Assistant, told}},
+                                        tokens},
+                                       8192);
+        const auto reply = makePrompt({PromptTask::Kind::Reply, own, tokens, {}, {}}, 8192);
+        const QByteArray sent = prompt->messages + reply->messages;
+        for (const QString& token : tokens.split(u' ')) {
+            QVERIFY2(!sent.contains(token.toUtf8()), qPrintable(token));
+        }
+        for (const auto& text : {messagesOf(*prompt).at(1).content, messagesOf(*prompt).at(2).content,
+                                 materialOf(*prompt), messagesOf(*prompt).back().content.section(u'\n', -1)}) {
+            QCOMPARE(QString(text).remove(u'\u200B'), tokens); // and a reader sees what was there
+        }
+        const QString harmless = QStringLiteral("a < b | c > d, <b>bold</b>, [1], [URGENT] x[INST");
+        QCOMPARE(materialOf(*makePrompt({PromptTask::Kind::Summary, harmless, {}, {}, {}}, 4096)), harmless);
     }
 
     void theLanguageIsNamedWhereItIsClear_data()
@@ -229,7 +260,10 @@ private Q_SLOTS:
     void answersAreCleaned_data()
     {
         QTest::addColumn<QString>("text");
-        const auto row = [](const char* text) { QTest::newRow(text) << QString::fromUtf8(text); };
+        QTest::addColumn<QString>("answer");
+        const auto row = [](const char* text, const char* answer = "The answer.") {
+            QTest::newRow(text) << QString::fromUtf8(text) << QString::fromUtf8(answer);
+        };
         row("The answer.");
         row("\n  The answer.\n\n");
         row("<think>The wrong one.</think>\n\nThe answer.");
@@ -238,13 +272,41 @@ private Q_SLOTS:
         row("<thinking>One.</thinking>The <reasoning>Two.</reasoning>answer.");
         row("====FENCE====\nThe answer.\n====FENCE====");
         row("====FENCE====The answer.");
+        row("<think>It never ended", "");
+        row("One.</think> <think>It never ended", "");
     }
 
     void answersAreCleaned()
     {
         QFETCH(QString, text);
-        QCOMPARE(answerIn(text, QStringLiteral("====FENCE====")), QStringLiteral("The answer."));
-        QCOMPARE(answerIn(QStringLiteral("<think>It never ended"), QStringLiteral("x")), QString());
+        QFETCH(QString, answer);
+        QCOMPARE(answerIn(text, QStringLiteral("====FENCE====")), answer);
+    }
+
+    void serversOfAllKindsAreRead_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QString>("text");
+        const auto row = [](const char* name, const QByteArray& content, const QString& text) {
+            QTest::newRow(name) << content << text;
+        };
+        row("emoji", "\"Yes \\ud83d\\ude00\"", QStringLiteral("Yes 😀"));
+        row("half an emoji", "\"Yes \\ud83d\"", QStringLiteral("Yes \uFFFD"));
+        row("the other half", "\"\\uDE00 \\ud83d\\n\"", QStringLiteral("\uFFFD \uFFFD\n"));
+        row("no escape at all", "\"\\\\ud83d\"", QStringLiteral("\\ud83d"));
+        row("just large enough", '"' + QByteArray(262'144, 'x') + '"', QString(262'144, u'x'));
+        row("too large", '"' + QByteArray(262'145, 'x') + '"', {});
+        row("nested a little", QByteArray(50, '[') + QByteArray(50, ']'), QStringLiteral(""));
+        row("nested deeply", QByteArray(300'000, '[') + QByteArray(300'000, ']'), {});
+    }
+
+    void serversOfAllKindsAreRead()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(QString, text);
+        const auto read = readCompletion("{\"choices\":[{\"message\":{\"content\":" + content + "}}]}");
+        QCOMPARE(read.has_value(), !text.isNull());
+        QCOMPARE(read.value_or(Completion()).text, text);
     }
 };
 

@@ -40,8 +40,9 @@ std::string longMail()
 /// An engine for the fake, and its log. The engine waits in an event loop of the calling thread, in which the fake
 /// lives, too.
 struct Asking {
-    explicit Asking(const std::string& url, ModelLimits limits = {}, qsizetype context = 8192)
-        : engine({std::get<ModelAddress>(readModelAddress(url)), "the-model", key, context, limits},
+    explicit Asking(const std::string& url, ModelLimits limits = {}, qsizetype context = 8192,
+                    const std::string& givenKey = key)
+        : engine({std::get<ModelAddress>(readModelAddress(url)), "the-model", givenKey, context, limits},
                  [this](const std::string& line) { log += line + '\n'; })
     {
     }
@@ -80,16 +81,19 @@ private Q_SLOTS:
             QVERIFY(request.head.contains("Content-Type: application/json\r\n"));
             QCOMPARE(request.json()[QStringLiteral("model")].toString(), QStringLiteral("the-model"));
             QCOMPARE(request.json()[QStringLiteral("stream")], QJsonValue(false));
-            QVERIFY(request.content(1).contains(QStringLiteral("confirm the address?")));
+            QVERIFY(request.content(-1).contains(QStringLiteral("confirm the address?")));
         }
         QVERIFY(model.asked[1].content(0).contains(QStringLiteral("Anna Example")));
-        QVERIFY(model.asked[2].content(1).endsWith(QStringLiteral("Who?")));
-        QCOMPARE(model.asked[2].content(-2), QStringLiteral("Tom."));
-        QCOMPARE(model.asked[2].content(-1), QStringLiteral("When?"));
+        QCOMPARE(model.asked[2].content(1), QStringLiteral("Who?"));
+        QCOMPARE(model.asked[2].content(2), QStringLiteral("Tom."));
+        QVERIFY(model.asked[2].content(3).endsWith(QStringLiteral("When?")));
         QCOMPARE(asking.log, std::string());
         // A server that does not count what it reads is not taken to have cut it.
         FakeModel careless([](const auto&) { return FakeModel::completion(QStringLiteral("It is said."), 5); });
         QCOMPARE(textOf(Asking(careless.url()).engine.summarize(longMail())), "It is said.");
+        FakeModel wary([](const auto&) { return FakeModel::http(401, "{}"); });
+        QVERIFY(textOf(Asking(wary.url(), {}, 8192, "").engine.summarize(mail)).find("asks for a key") !=
+                std::string::npos);
         // A message without text needs no model.
         QCOMPARE(textOf(asking.engine.summarize("")), "This message has no text that can be summarized.");
         QCOMPARE(model.asked.size(), 3U);
@@ -119,6 +123,8 @@ private Q_SLOTS:
         row("Ollama, trained for less", "/api/show", json("{'model_info':{'a.context_length':2048}}"), "2048 tokens");
         row("trained for more is no promise", "/api/show", json("{'model_info':{'a.context_length':40960}}"),
             "4096 tokens");
+        row("nested deeply", "/v1/models", "{\"data\":" + QByteArray(300'000, '[') + QByteArray(300'000, ']') + '}',
+            "4096 tokens");
         row("nonsense", "/props", json("{'default_generation_settings':{'n_ctx':-5}}"), "4096 tokens");
     }
 
@@ -138,53 +144,101 @@ private Q_SLOTS:
         QCOMPARE(textOf(asking.engine.summarize(longMail())), "It is said.");
         QVERIFY2(QByteArray::fromStdString(asking.log).contains(logged), asking.log.c_str());
         QVERIFY2(asking.log.find("its end") != std::string::npos, asking.log.c_str());
-        const int first = questions;
+        // A server that tells nothing may do so once the model is loaded; then it is known.
+        const int all = logged == "4096 tokens" ? 2 * questions : questions;
         QCOMPARE(textOf(asking.engine.summarize(mail)), "It is said.");
-        QCOMPARE(questions, first); // it is known now
+        QCOMPARE(textOf(asking.engine.summarize(mail)), "It is said.");
+        QCOMPARE(questions, all);
         Asking told(model.url(), {}, 100'000);
         QCOMPARE(textOf(told.engine.summarize(longMail())), "It is said.");
-        QCOMPARE(questions, first);
+        QCOMPARE(questions, all);
         QCOMPARE(told.log, std::string());
+    }
+
+    void aServerThatCannotTellItsContextYetIsAskedLater_data()
+    {
+        QTest::addColumn<int>("before");
+        QTest::addColumn<QByteArray>("logged");
+        QTest::newRow("no model is loaded") << 404 << QByteArray("does not tell its context; 4096");
+        QTest::newRow("it wants another key") << 401 << QByteArray("does not tell its context; 4096");
+        QTest::newRow("it fails for now") << 503 << QByteArray("cannot tell its context for now; 4096");
+    }
+
+    void aServerThatCannotTellItsContextYetIsAskedLater()
+    {
+        QFETCH(int, before);
+        QFETCH(QByteArray, logged);
+        FakeModel* fake = nullptr;
+        FakeModel model([](const auto&) { return FakeModel::completion(QStringLiteral("It is said.")); });
+        fake = &model;
+        model.other = [&](const FakeModel::Request& request) {
+            const bool tells = request.path == "/api/ps" && !fake->asked.empty();
+            return tells ? FakeModel::http(200, json("{'models':[{'name':'the-model','context_length':1700}]}"))
+                         : FakeModel::http(before, "{}");
+        };
+        Asking asking(model.url(), {}, 0);
+        for (int count = 0; count < 3; ++count) {
+            QCOMPARE(textOf(asking.engine.summarize(mail)), "It is said.");
+        }
+        const QByteArray log = QByteArray::fromStdString(asking.log);
+        QVERIFY2(log.contains(logged) && log.contains("has 1700 tokens, as /api/ps"), log.constData());
+        QCOMPARE(log.count('\n'), 2);
     }
 
     void aPromptThatTheServerCutIsNoticed_data()
     {
-        QTest::addColumn<bool>("refuses");
-        QTest::addColumn<bool>("takesLess");
-        QTest::newRow("silently, then not again") << false << true;
-        QTest::newRow("silently, always") << false << false;
-        QTest::newRow("refused, then taken") << true << true;
-        QTest::newRow("refused, always") << true << false;
+        QTest::addColumn<QByteArray>("refusal"); // empty: cut silently
+        QTest::addColumn<bool>("isChat");
+        QTest::addColumn<int>("room");
+        QTest::addColumn<QByteArray>("logged");
+        const auto row = [](const char* name, const char* refusal, bool isChat, int room, const char* logged) {
+            QTest::newRow(name) << json(refusal) << isChat << room << QByteArray(logged);
+        };
+        const char* silent = "takes less than the ";
+        const char* counted = "{'error':{'type':'exceed_context_size_error','n_ctx':2000,'n_prompt_tokens':4700}}";
+        const char* uncounted = "{'error':{'code':'context_length_exceeded'}}";
+        row("silently, then not again", "", false, 2000, silent);
+        row("silently in a chat", "", true, 2000, silent);
+        row("silently, always", "", false, 0, silent);
+        row("refused with the numbers", counted, false, 2000, "refuses the request");
+        row("refused without, in a chat", uncounted, true, 2000, "refuses the request");
+        row("refused, always", counted, false, 0, "refuses the request");
     }
 
     void aPromptThatTheServerCutIsNoticed()
     {
-        QFETCH(bool, refuses);
-        QFETCH(bool, takesLess);
-        FakeModel* fake = nullptr;
+        QFETCH(QByteArray, refusal);
+        QFETCH(bool, isChat);
+        QFETCH(int, room);
+        QFETCH(QByteArray, logged);
         FakeModel model([&](const FakeModel::Request& request) {
-            if (fake->asked.size() == 2 && takesLess) {
-                return FakeModel::completion(QStringLiteral("It is said."), static_cast<int>(request.body.size() / 4));
-            }
-            return refuses ? FakeModel::http(400, json("{'error':{'type':'exceed_context_size_error','n_ctx':2000}}"))
-                           : FakeModel::completion(QStringLiteral("Of the piece I saw."),
-                                                   2000 / (fake->asked.size() > 1 ? 5 : 1));
+            const int tokens = static_cast<int>(request.body.size() / 4);
+            return tokens <= room      ? FakeModel::completion(QStringLiteral("It is said."), tokens)
+                   : refusal.isEmpty() ? FakeModel::completion(QStringLiteral("Of the piece I saw."), tokens * 3 / 8)
+                                       : FakeModel::http(400, refusal);
         });
-        fake = &model;
         Asking asking(model.url(), {}, 16'384);
-        const EngineText text = asking.engine.summarize(longMail());
+        const auto ask = [&] {
+            return isChat ? asking.engine.answer(longMail(),
+                                                 {{ThreadMessage::Role::User, longMail()},
+                                                  {ThreadMessage::Role::Assistant, "Thursday."}},
+                                                 "When?")
+                          : asking.engine.summarize(longMail());
+        };
+        const std::string text = textOf(ask());
         QCOMPARE(model.asked.size(), 2U);
         QVERIFY(model.asked[1].body.size() * 2 < model.asked[0].body.size());
-        QVERIFY2(asking.log.find("takes less than the ") != std::string::npos, asking.log.c_str());
-        QVERIFY(asking.log.find("for a context of 2000 tokens") != std::string::npos);
-        if (takesLess) {
-            QCOMPARE(textOf(text), "It is said.");
-            // The next one is cut at once.
-            QVERIFY(!textOf(asking.engine.summarize(longMail())).empty());
-            QVERIFY(model.asked[2].body.size() < model.asked[0].body.size() / 2);
-        } else {
-            QVERIFY(textOf(text).find("takes less of a message") != std::string::npos);
+        QVERIFY(model.asked[1].content(-1).contains(QStringLiteral("series 0")));
+        QVERIFY2(asking.log.find(logged.toStdString()) != std::string::npos, asking.log.c_str());
+        if (room == 0) {
+            QVERIFY(text.find("takes less of a message") != std::string::npos);
+            return;
         }
+        QCOMPARE(text, "It is said.");
+        QCOMPARE(textOf(ask()), "It is said."); // The next one is cut at once.
+        QCOMPARE(model.asked.size(), 3U);
+        // A line more or less, since the fence is another one.
+        QVERIFY(qAbs(model.asked[2].body.size() - model.asked[1].body.size()) < 200);
     }
 
     void failuresAreToldInOneSentence_data()
@@ -192,8 +246,9 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("answer");
         QTest::addColumn<int>("status");
         QTest::addColumn<QString>("says");
-        const auto row = [](const char* name, const QByteArray& answer, int status, const char* says) {
-            QTest::newRow(name) << answer << status << QString::fromUtf8(says);
+        QTest::addColumn<int>("seconds");
+        const auto row = [](const char* name, const QByteArray& answer, int status, const char* says, int seconds = 0) {
+            QTest::newRow(name) << answer << status << QString::fromUtf8(says) << seconds;
         };
         const QByteArray upstream =
             json("{'error':{'message':'UPSTREAM Bearer KEY'}}").replace("KEY", QByteArray::fromStdString(key));
@@ -204,10 +259,17 @@ private Q_SLOTS:
         row("key forbidden", of(403), 502, "QUILLMATE_OPENAI_API_KEY");
         row("unknown model", of(404), 502, "--openai-model");
         row("bad request", of(400), 502, "does not take the request");
-        row("too many", of(429, "Retry-After: 17\r\n"), 429, "in 17 seconds");
+        row("no credit", of(402), 502, "no credit left");
+        row("no credit, after OpenAI's fashion", FakeModel::http(429, json("{'error':{'code':'insufficient_quota'}}")),
+            502, "no credit left");
+        row("the proxy", of(407, "Proxy-Authenticate: Basic realm=x\r\n"), 502, "The proxy");
+        row("too many", of(429, "Retry-After: 17\r\n"), 429, "in 17 seconds", 17);
+        row("too many, until a date", of(429, "Retry-After: Thu, 31 Dec 9998 23:59:59 GMT\r\n"), 429,
+            "in 86400 seconds", 86'400);
         row("too many, no time", of(429), 429, "in a while");
         row("fault", of(500), 502, "(status 500)");
-        row("loading", of(503), 503, "not ready");
+        row("loading", of(503), 503, "in a minute");
+        row("loading, for a while", of(503, "Retry-After: 17\r\n"), 503, "in 17 seconds", 17);
         row("gateway", of(504), 504, "took too long");
         row("elsewhere", of(307, "Location: http://127.0.0.2:9/v1/chat/completions\r\n"), 502, "another address");
         row("no JSON", FakeModel::http(200, "<html>UPSTREAM</html>"), 502, "something else");
@@ -223,7 +285,7 @@ private Q_SLOTS:
         row("broken off", FakeModel::completion(QStringLiteral("It")).replace("Content-Length: ", "Content-Length: 9"),
             504, "took too long");
         row("not HTTP", "220 mail.example ESMTP\r\n", 502, "does not speak HTTP");
-        row("too large", FakeModel::http(200, QByteArray(9'000'000, ' ')), 502, "broke its answer off");
+        row("too large", FakeModel::http(200, QByteArray(1'100'000, ' ')), 502, "broke its answer off");
         row("silence", FakeModel::silence, 504, "took too long");
     }
 
@@ -232,6 +294,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, answer);
         QFETCH(int, status);
         QFETCH(QString, says);
+        QFETCH(int, seconds);
         FakeModel model([&](const auto&) { return answer; });
         ModelLimits limits;
         if (says == QStringLiteral("took too long") && !answer.startsWith("HTTP/1.1 504")) {
@@ -243,7 +306,8 @@ private Q_SLOTS:
         const auto& failure = std::get<EngineFailure>(text);
         QVERIFY2(QString::fromStdString(failure.sentence).contains(says), failure.sentence.c_str());
         QCOMPARE(failure.status, status);
-        QCOMPARE(failure.retryAfterSeconds, answer.contains("Retry-After") ? 17 : 0);
+        QCOMPARE(failure.retryAfterSeconds, seconds);
+        QCOMPARE(model.asked.size(), 1U); // by Qt, too
         QVERIFY(failure.sentence.back() == '.' && failure.sentence.find('\n') == std::string::npos);
         QCOMPARE(asking.log, "summary: " + failure.sentence + "\n"); // and so neither the key nor the server's words
         QVERIFY(asking.log.find("UPSTREAM") == std::string::npos && asking.log.find(key) == std::string::npos);

@@ -98,6 +98,37 @@ private Q_SLOTS:
         QVERIFY(!log.contains(key) && !failed.body.contains(key) && !refused.body.contains(key));
     }
 
+    void whoHasGoneIsNotAnswered()
+    {
+        m_answer = FakeModel::silence;
+        const auto asking = [this] {
+            HttpExchange client = m_service->connect();
+            const QByteArray content = messageBody();
+            client.send("POST /api/v1/summarize HTTP/1.1\r\nHost: x\r\nContent-Type: application/json\r\n"
+                        "Authorization: Bearer " +
+                        m_token + "\r\nContent-Length: " + QByteArray::number(content.size()) + "\r\n\r\n" + content);
+            return client;
+        };
+        std::vector<HttpExchange> clients;
+        constexpr std::size_t atOnce = 8;
+        while (clients.size() < atOnce) {
+            clients.push_back(asking());
+        }
+        QTRY_COMPARE_WITH_TIMEOUT(m_model->asked.size(), atOnce, 30'000);
+        {
+            const HttpExchange gone = asking();
+            QCOMPARE(m_service->get("/api/v1/me", m_token).status, 200);
+        }
+        // Once it has answered this, the service has seen the other go.
+        QCOMPARE(m_service->get("/api/v1/me", m_token).status, 200);
+        m_model.reset();
+        for (HttpExchange& client : clients) {
+            QCOMPARE(client.receive().status, 502);
+        }
+        QCOMPARE(m_service->stop(), 0);
+        QCOMPARE(m_service->standardError().count("quillmate-service: summary: "), qsizetype(atOnce));
+    }
+
     void manyAreAnsweredAtOnceAndTheEndIsNotKeptByAnyOfThem()
     {
         m_answer = FakeModel::silence;
@@ -116,39 +147,6 @@ private Q_SLOTS:
             QCOMPARE(reply.get().status, 503); // and not just cut off
         }
         QCOMPARE(m_model->asked.size(), 8U);
-    }
-
-    void aWrongStartIsRefusedWithoutTheSecret_data()
-    {
-        QTest::addColumn<QByteArray>("keyGiven");
-        QTest::addColumn<QString>("url");
-        QTest::addColumn<QByteArray>("named");
-        const QString good = QStringLiteral("http://127.0.0.1:9/v1");
-        QTest::newRow("line end in the key")
-            << QByteArray("sk-Secret\n") << good << QByteArray("QUILLMATE_OPENAI_API_KEY");
-        QTest::newRow("user in the URL") << QByteArray() << QStringLiteral("http://anna:Secret@h/v1")
-                                         << QByteArray("--openai-url");
-        QTest::newRow("user in what is no URL")
-            << QByteArray() << QStringLiteral("anna:Secret@h/v1") << QByteArray("--openai-url");
-        QTest::newRow("key in the URL") << QByteArray() << QStringLiteral("http://h/v1?key=Secret")
-                                        << QByteArray("--openai-url");
-    }
-
-    void aWrongStartIsRefusedWithoutTheSecret()
-    {
-        QFETCH(QByteArray, keyGiven);
-        QFETCH(QString, url);
-        QFETCH(QByteArray, named);
-        qputenv("QUILLMATE_OPENAI_API_KEY", keyGiven);
-        QProcess process;
-        process.start(QStringLiteral(QUILLMATE_SERVICE_PROGRAM),
-                      {QStringLiteral("--engine"), QStringLiteral("openai"), QStringLiteral("--openai-url"), url,
-                       QStringLiteral("--openai-model"), QStringLiteral("m"), QStringLiteral("--port"),
-                       QStringLiteral("0"), QStringLiteral("--data"), m_folder.filePath(QStringLiteral("refused"))});
-        QVERIFY(process.waitForFinished());
-        const QByteArray line = process.readAllStandardError();
-        QCOMPARE(process.exitCode(), 2);
-        QVERIFY2(line.contains(named) && line.count('\n') == 1 && !line.contains("Secret"), line.constData());
     }
 
 private:

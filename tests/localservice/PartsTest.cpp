@@ -1,4 +1,5 @@
 #include "localservice/AnswerPool.h"
+#include "localservice/HttpServer.h"
 #include "localservice/LoginForm.h"
 #include "localservice/Secrets.h"
 #include "localservice/ServiceStore.h"
@@ -199,6 +200,36 @@ private Q_SLOTS:
         release.set_value();
         QVERIFY(pool.stop(std::chrono::seconds(30)));
         QVERIFY(!laterRan);
+    }
+
+    void onlyWhatIsStillWaitedForIsBegun()
+    {
+        using namespace std::chrono_literals;
+        struct Counting : RequestHandler {
+            std::atomic<int> count = 0;
+            Admission admit(const HttpRequest&) const override { return {}; }
+            HttpResponse refusal(const HttpRequest&, const HttpResponse& failure) const override { return failure; }
+            HttpResponse handle(const HttpRequest&) override { return {200 + count++, {}, {}}; }
+        };
+        // The status that the client is told, 0 where it is told nothing; 200 when it was the first to be handled.
+        const auto dispatched = [](const char* method, bool isGone, std::chrono::milliseconds longestWait) {
+            Counting handler;
+            HttpServer server(handler, 1, longestWait);
+            HttpResponse told = {0, {}, {}};
+            int last = 0;
+            server.dispatch({method, {}, {}, {}, {}}, std::make_shared<std::atomic<bool>>(isGone),
+                            [&](HttpResponse response) { told = std::move(response); });
+            // One thread works them off in turn, so the first is through when this one is.
+            server.dispatch({method, {}, {}, {}, {}}, std::make_shared<std::atomic<bool>>(false),
+                            [&](const HttpResponse& response) { last = response.status; });
+            const bool through = QTest::qWaitFor([&] { return last > 0; });
+            return through && (told.status == 503) == !told.headers.empty() ? std::pair(told.status, last)
+                                                                            : std::pair(-1, -1);
+        };
+        QCOMPARE(dispatched("POST", false, 1min).first, 200);
+        QCOMPARE(dispatched("POST", true, 1min), std::pair(0, 200));
+        QCOMPARE(dispatched("POST", false, 0min), std::pair(503, 503));
+        QCOMPARE(dispatched("GET", false, 0min).first, 200); // quick, and so never long in the queue
     }
 
     void aStoreClosedEarlyRefusesLaterCalls()

@@ -113,6 +113,45 @@ private Q_SLOTS:
         QVERIFY2(line.contains(named) && line.count('\n') == 1, line.constData());
     }
 
+    void aSecretIsNotRepeated_data()
+    {
+        QTest::addColumn<QByteArray>("key");
+        QTest::addColumn<QStringList>("given");
+        QTest::addColumn<QByteArray>("named");
+        const auto url = [](const char* value) {
+            QTest::newRow(value) << QByteArray()
+                                 << QStringList{QStringLiteral("--openai-url"), QString::fromUtf8(value)}
+                                 << QByteArray("--openai-url");
+        };
+        for (const char* value :
+             {"http://anna:Secret@h/v1", "anna:Secret@h/v1", "http://h/v1?key=Secret", "http://h/v1#Secret",
+              "http://anna:x?Secret@h/v1", "http://anna:x#Secret@h/v1", "anna:x://Secret@h/v1", "http://h/@?Secret"}) {
+            url(value);
+        }
+        QTest::newRow("line end in the key")
+            << QByteArray("sk-Secret\n")
+            << QStringList{QStringLiteral("--openai-url"), QStringLiteral("http://127.0.0.1:9/v1")}
+            << QByteArray("QUILLMATE_OPENAI_API_KEY");
+        QTest::newRow("key as an option") << QByteArray() << QStringList{QStringLiteral("--openai-api-key=sk-Secret")}
+                                          << QByteArray("unknown option --openai-api-key:");
+    }
+
+    void aSecretIsNotRepeated()
+    {
+        QFETCH(QByteArray, key);
+        QFETCH(QStringList, given);
+        QFETCH(QByteArray, named);
+        qputenv("QUILLMATE_OPENAI_API_KEY", key);
+        const auto [status, line] =
+            run(QStringList{QStringLiteral("--engine"), QStringLiteral("openai"), QStringLiteral("--openai-model"),
+                            QStringLiteral("m"), QStringLiteral("--port"), QStringLiteral("0"),
+                            QStringLiteral("--data"), m_data} +
+                given);
+        qunsetenv("QUILLMATE_OPENAI_API_KEY");
+        QCOMPARE(status, 2);
+        QVERIFY2(line.contains(named) && line.count('\n') == 1 && !line.contains("Secret"), line.constData());
+    }
+
     void helpAndVersionEndWell()
     {
         QProcess help;

@@ -1,8 +1,7 @@
 #include "localservice/model/Completion.h"
 
-#include <nlohmann/json.hpp>
+#include "localservice/model/ModelJson.h"
 
-#include <QRegularExpression>
 #include <QStringList>
 
 #include <algorithm>
@@ -13,57 +12,74 @@ namespace quillmate::localservice
 namespace
 {
 
-using Json = nlohmann::ordered_json;
+constexpr std::size_t longestContent = std::size_t(256) * 1024;
 
-Json parsed(const QByteArray& body)
-{
-    return Json::parse(body.begin(), body.end(), nullptr, false);
-}
-
-/// The member of an object, or null.
-const Json& member(const Json& object, const char* key)
-{
-    static const Json none;
-    const auto found = object.is_object() ? object.find(key) : object.end();
-    return object.is_object() && found != object.end() ? *found : none;
-}
-
-std::int64_t number(const Json& value)
+std::int64_t number(const ModelJson& value)
 {
     constexpr double largest = 1e12;
     const double amount = value.is_number() ? value.get<double>() : 0;
     return amount > 0 && amount < largest ? static_cast<std::int64_t>(amount) : 0;
 }
 
+/// Without the blocks between these tags. Quick for any text: each tag is looked for from where the last one ended.
+QString withoutBlocks(const QString& text, const QString& begin, const QString& end)
+{
+    QString rest;
+    qsizetype read = 0;
+    for (;;) {
+        const qsizetype block = text.indexOf(begin, read, Qt::CaseInsensitive);
+        const qsizetype last = block < 0 ? -1 : text.indexOf(end, block, Qt::CaseInsensitive);
+        if (last < 0) {
+            return rest.append(QStringView(text).mid(read));
+        }
+        rest += QStringView(text).mid(read, block - read);
+        read = last + end.size();
+    }
+}
+
+QString withoutReasoning(QString text)
+{
+    for (const QString& name : {QStringLiteral("think>"), QStringLiteral("thinking>"), QStringLiteral("reasoning>")}) {
+        const QString begin = u'<' + name;
+        const QString end = QStringLiteral("</") + name;
+        text = withoutBlocks(text, begin, end);
+        if (const qsizetype last = text.lastIndexOf(end, -1, Qt::CaseInsensitive); last >= 0) {
+            text.remove(0, last + end.size());
+        }
+        if (text.trimmed().startsWith(begin, Qt::CaseInsensitive)) {
+            return {};
+        }
+    }
+    return text;
+}
+
 } // namespace
 
 std::optional<Completion> readCompletion(const QByteArray& body)
 {
-    const Json whole = parsed(body);
-    const Json& choices = member(whole, "choices");
+    const ModelJson whole = readModelJson(body);
+    const ModelJson& choices = memberOf(whole, "choices");
     if (!choices.is_array() || choices.empty()) {
         return std::nullopt;
     }
-    const Json& choice = choices.front();
-    const Json& content = member(member(choice, "message"), "content");
+    const ModelJson& choice = choices.front();
+    const ModelJson& content = memberOf(memberOf(choice, "message"), "content");
     Completion completion;
     if (content.is_string()) {
-        completion.text = QString::fromStdString(content.get<std::string>());
+        const auto& text = content.get_ref<const std::string&>();
+        if (text.size() > longestContent) {
+            return std::nullopt;
+        }
+        completion.text = QString::fromStdString(text);
     }
-    completion.endsForLength = member(choice, "finish_reason") == "length";
-    completion.promptTokens = number(member(member(whole, "usage"), "prompt_tokens"));
+    completion.endsForLength = memberOf(choice, "finish_reason") == "length";
+    completion.promptTokens = number(memberOf(memberOf(whole, "usage"), "prompt_tokens"));
     return completion;
 }
 
 QString answerIn(const QString& text, const QString& fence)
 {
-    static const auto options =
-        QRegularExpression::CaseInsensitiveOption | QRegularExpression::DotMatchesEverythingOption;
-    static const QRegularExpression block(QStringLiteral("<(think|thinking|reasoning)>.*?</\\1>"), options);
-    static const QRegularExpression withoutBeginning(QStringLiteral("^.*</(think|thinking|reasoning)>"), options);
-    static const QRegularExpression withoutEnd(QStringLiteral("^\\s*<(think|thinking|reasoning)>.*$"), options);
-    QString answer = text;
-    answer.remove(block).remove(withoutBeginning).remove(withoutEnd);
+    QString answer = withoutReasoning(text);
     if (answer.contains(fence)) {
         QStringList lines = answer.split(u'\n');
         lines.removeIf([&fence](const QString& line) { return line.trimmed() == fence; });
@@ -72,19 +88,28 @@ QString answerIn(const QString& text, const QString& fence)
     return answer.trimmed();
 }
 
-std::optional<std::int64_t> tooLongFor(const QByteArray& body)
+std::optional<TooLong> tooLongFor(const QByteArray& body)
 {
-    const Json whole = parsed(body);
-    const Json& error = member(whole, "error").is_object() ? member(whole, "error") : whole;
-    const std::int64_t told = number(member(error, "n_ctx"));
+    const ModelJson whole = readModelJson(body);
+    const ModelJson& error = memberOf(whole, "error").is_object() ? memberOf(whole, "error") : whole;
     const auto says = [&error](const char* key, const char* words) {
-        const Json& value = member(error, key);
-        return value.is_string() && value.get<std::string>().find(words) != std::string::npos;
+        const ModelJson& value = memberOf(error, key);
+        return value.is_string() && value.get_ref<const std::string&>().find(words) != std::string::npos;
     };
     // llama.cpp, the OpenAI protocol's own code, vLLM and others.
     const bool tooLong = says("type", "exceed_context_size") || says("code", "context_length_exceeded") ||
                          says("message", "context length") || says("message", "context size");
-    return tooLong ? std::optional(told) : std::nullopt;
+    if (!tooLong) {
+        return std::nullopt;
+    }
+    return TooLong{number(memberOf(error, "n_ctx")), number(memberOf(error, "n_prompt_tokens"))};
+}
+
+bool saysCreditIsUsedUp(const QByteArray& body)
+{
+    const ModelJson whole = readModelJson(body);
+    const ModelJson& error = memberOf(whole, "error");
+    return memberOf(error, "code") == "insufficient_quota" || memberOf(error, "type") == "insufficient_quota";
 }
 
 } // namespace quillmate::localservice

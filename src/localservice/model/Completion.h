@@ -16,16 +16,24 @@ struct Completion {
     std::int64_t promptTokens = 0; ///< what the server says it read; 0 where it does not say
 };
 
-/// Reads the body of a chat completion; nothing when it is none, or has no choice. A choice without a text has an empty
-/// one.
+/// Reads the body of a chat completion; nothing when it is none, has no choice, or a text of more than 256 KiB. A
+/// choice without a text has an empty one.
 std::optional<Completion> readCompletion(const QByteArray& body);
 
 /// The answer proper: without blocks of reasoning ("<think>…</think>" and kin; one whose beginning or end is missing
 /// reaches to the text's), without the prompt's fence, and without blanks around it.
 QString answerIn(const QString& text, const QString& fence);
 
-/// For a refusal's body: the size of the context that a server gives as its reason (llama.cpp tells `n_ctx`), 0 where
-/// it says that the prompt was too long without a number; nothing where it says no such thing.
-std::optional<std::int64_t> tooLongFor(const QByteArray& body);
+/// What a server says when it refuses a prompt as too long, as llama.cpp does; 0 where it does not say.
+struct TooLong {
+    std::int64_t context = 0;      ///< the tokens it has room for
+    std::int64_t promptTokens = 0; ///< those that the prompt has
+};
+
+/// Reads a refusal's body; nothing where it does not say that the prompt was too long.
+std::optional<TooLong> tooLongFor(const QByteArray& body);
+
+/// Whether a refusal's body says that the account has no credit left, which no waiting mends (OpenAI says so with 429).
+bool saysCreditIsUsedUp(const QByteArray& body);
 
 } // namespace quillmate::localservice

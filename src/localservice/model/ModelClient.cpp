@@ -1,5 +1,7 @@
 #include "localservice/model/ModelClient.h"
 
+#include "localservice/model/SentOnce.h"
+
 #include <QDateTime>
 #include <QEventLoop>
 #include <QHostAddress>
@@ -21,7 +23,7 @@ namespace
 
 using Problem = ModelResponse::Problem;
 
-constexpr qint64 largestBody = qint64(8) * 1024 * 1024;
+constexpr qint64 largestBody = qint64(1024) * 1024;
 
 Problem problemOf(QNetworkReply::NetworkError error)
 {
@@ -30,12 +32,16 @@ Problem problemOf(QNetworkReply::NetworkError error)
     case QNetworkReply::HostNotFoundError:
     case QNetworkReply::TemporaryNetworkFailureError:
     case QNetworkReply::NetworkSessionFailedError:
-    case QNetworkReply::ProxyConnectionRefusedError:
-    case QNetworkReply::ProxyNotFoundError:
     case QNetworkReply::UnknownNetworkError: // no route, network down
         return Problem::Unreachable;
-    case QNetworkReply::TimeoutError:
+    case QNetworkReply::ProxyConnectionRefusedError:
+    case QNetworkReply::ProxyConnectionClosedError:
+    case QNetworkReply::ProxyNotFoundError:
     case QNetworkReply::ProxyTimeoutError:
+    case QNetworkReply::ProxyAuthenticationRequiredError:
+    case QNetworkReply::UnknownProxyError:
+        return Problem::Proxy;
+    case QNetworkReply::TimeoutError:
         return Problem::NoConnection;
     case QNetworkReply::SslHandshakeFailedError:
         return Problem::Untrusted;
@@ -51,7 +57,11 @@ int retryAfter(const QByteArray& value)
     bool isNumber = false;
     qint64 seconds = value.trimmed().toLongLong(&isNumber);
     if (!isNumber) {
-        const QDateTime time = QDateTime::fromString(QString::fromLatin1(value.trimmed()), Qt::RFC2822Date);
+        QByteArray date = value.trimmed();
+        if (date.endsWith("GMT")) { // The zone of every HTTP date (RFC 9110, 5.6.7), which Qt reads as a number only.
+            date.replace(date.size() - 3, 3, "+0000");
+        }
+        const QDateTime time = QDateTime::fromString(QString::fromLatin1(date), Qt::RFC2822Date);
         seconds = time.isValid() ? QDateTime::currentDateTimeUtc().secsTo(time) : 0;
     }
     return static_cast<int>(std::clamp<qint64>(seconds, 0, longest));
@@ -154,10 +164,14 @@ ModelResponse ModelClient::exchange(const QUrl& url, const QByteArray* json, QDe
         manager.setProxy(QNetworkProxy(QNetworkProxy::NoProxy));
     }
     QNetworkRequest request = requestFor(url, m_key);
+    std::unique_ptr<SentOnce> body;
     if (json != nullptr) {
         request.setHeader(QNetworkRequest::ContentTypeHeader, QStringLiteral("application/json"));
+        request.setHeader(QNetworkRequest::ContentLengthHeader, json->size());
+        request.setAttribute(QNetworkRequest::DoNotBufferUploadDataAttribute, true);
+        body = std::make_unique<SentOnce>(*json);
     }
-    const std::unique_ptr<QNetworkReply> reply(json != nullptr ? manager.post(request, *json) : manager.get(request));
+    const std::unique_ptr<QNetworkReply> reply(body ? manager.post(request, body.get()) : manager.get(request));
 
     Problem broken = Problem::None;
     const auto breakOff = [&broken, &loop](Problem problem) {

@@ -30,6 +30,7 @@ struct ModelResponse {
         NoConnection, ///< nobody took the connection in time
         Slow,         ///< no whole answer in time
         Untrusted,    ///< TLS failed
+        Proxy,        ///< the proxy on the way failed or refused
         Broken,       ///< not HTTP, cut off, or too large
         Ended,        ///< `end` was called
     };
@@ -41,7 +42,7 @@ struct ModelResponse {
 
 /// HTTP to a language model's server, the key with every request. Redirects are not followed, so that the key goes
 /// nowhere else. Calls block and may come on several threads at once; none of them may be the main one. A body of
-/// more than 8 MiB is not taken.
+/// more than 1 MiB is not taken.
 class ModelClient
 {
 public:

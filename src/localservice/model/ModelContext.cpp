@@ -1,6 +1,6 @@
 #include "localservice/model/ModelContext.h"
 
-#include <nlohmann/json.hpp>
+#include "localservice/model/ModelJson.h"
 
 #include <algorithm>
 #include <regex>
@@ -12,73 +12,60 @@ namespace quillmate::localservice
 namespace
 {
 
-using Json = nlohmann::ordered_json;
-
 constexpr qsizetype smallest = 256; ///< a smaller number is taken for a mistake
 constexpr qsizetype largest = 100'000'000;
+
+using Problem = ModelResponse::Problem;
 
 /// Whether asking again would hardly bring another answer.
 bool isFinal(const ModelResponse& response)
 {
-    const bool forNow = response.status >= 500 || response.status == 401 || response.status == 403 ||
-                        response.status == 408 || response.status == 429;
-    return response.problem == ModelResponse::Problem::None && !forNow;
+    const bool forNow = response.status >= 500 || response.status == 408 || response.status == 429;
+    return response.problem == Problem::None && !forNow;
 }
 
-Json objectIn(const ModelResponse& response)
+qsizetype sizeAt(const ModelJson& object, const char* key)
 {
-    const bool good = response.problem == ModelResponse::Problem::None && response.status == 200;
-    Json body = good ? Json::parse(response.body.begin(), response.body.end(), nullptr, false) : Json();
-    return body.is_object() ? body : Json::object();
-}
-
-qsizetype sizeAt(const Json& object, const char* key)
-{
-    const auto found = object.is_object() ? object.find(key) : object.end();
-    if (!object.is_object() || found == object.end() || !found->is_number()) {
-        return 0;
-    }
-    const double size = found->get<double>();
-    return size >= static_cast<double>(smallest) && size <= static_cast<double>(largest) ? static_cast<qsizetype>(size)
-                                                                                         : 0;
-}
-
-Json memberOf(const Json& object, const char* key)
-{
-    const auto found = object.is_object() ? object.find(key) : object.end();
-    return object.is_object() && found != object.end() ? *found : Json();
+    const ModelJson& value = memberOf(object, key);
+    const double size = value.is_number() ? value.get<double>() : 0;
+    const bool plausible = size >= static_cast<double>(smallest) && size <= static_cast<double>(largest);
+    return plausible ? static_cast<qsizetype>(size) : 0;
 }
 
 /// The entry of the array under `list` that has the model's name; Ollama adds ":latest" to a name without a tag.
-Json entryOf(const Json& whole, const char* list, const std::string& model)
+const ModelJson& entryOf(const ModelJson& whole, const char* list, const std::string& model)
 {
-    const Json entries = memberOf(whole, list);
-    for (const Json& entry : entries.is_array() ? entries : Json::array()) {
-        for (const char* key : {"id", "name", "model"}) {
-            const Json name = memberOf(entry, key);
-            if (name == model || name == model + ":latest") {
-                return entry;
-            }
-        }
+    static const ModelJson none;
+    const ModelJson& entries = memberOf(whole, list);
+    if (!entries.is_array()) {
+        return none;
     }
-    return {};
+    const auto found = std::find_if(entries.begin(), entries.end(), [&model](const ModelJson& entry) {
+        const auto isNamed = [&](const char* key) {
+            const ModelJson& name = memberOf(entry, key);
+            return name == model || name == model + ":latest";
+        };
+        return isNamed("id") || isNamed("name") || isNamed("model");
+    });
+    return found != entries.end() ? *found : none;
 }
 
-/// "num_ctx" among a model's parameters, which Ollama gives as lines of a name, blanks and a value.
-qsizetype contextParameter(const Json& details)
+/// "num_ctx" among a model's parameters, which Ollama gives as lines of a name, blanks and a value. (Without a bound
+/// for the blanks the expression would take stack for each of them.)
+qsizetype contextParameter(const ModelJson& details)
 {
-    static const std::regex line("(^|\n)num_ctx[ \t]+\"?([0-9]{1,9})");
-    const Json parameters = memberOf(details, "parameters");
+    static const std::regex line("(^|\n)num_ctx[ \t]{1,64}\"?([0-9]{1,9})");
+    const ModelJson& parameters = memberOf(details, "parameters");
     std::smatch match;
     const std::string text = parameters.is_string() ? parameters.get<std::string>() : std::string();
     return std::regex_search(text, match, line) ? static_cast<qsizetype>(std::stoll(match[2])) : 0;
 }
 
 /// The most that a model can take, under "<architecture>.context_length".
-qsizetype trainedContext(const Json& details)
+qsizetype trainedContext(const ModelJson& details)
 {
     constexpr std::string_view end = ".context_length";
-    const Json information = memberOf(details, "model_info");
+    const ModelJson& information = memberOf(details, "model_info");
     if (!information.is_object()) {
         return 0;
     }
@@ -106,26 +93,27 @@ qsizetype ModelContext::size(QDeadlineTimer end)
 {
     {
         const std::lock_guard lock(m_mutex);
-        if (m_fixed > 0 || (m_size > 0 && !m_valid.hasExpired())) {
-            const qsizetype size = m_fixed > 0 ? m_fixed : m_size;
-            return m_learnedValid.hasExpired() ? size : std::min(size, m_learned);
+        if (m_fixed > 0 || !m_valid.hasExpired()) {
+            return bounded();
         }
     }
     const Told told = ask(std::min(end, QDeadlineTimer(m_client.limits().contextQuestion)));
-    const qsizetype size = told.tokens > 0 ? told.tokens : untold;
     const std::lock_guard lock(m_mutex);
-    if (told.passing) {
-        return m_size > 0 ? m_size : size;
+    m_size = told.tokens > 0 ? told.tokens : m_size;
+    const std::string size = std::to_string(bounded());
+    // What a server does not tell before it has loaded the model it may tell afterwards.
+    m_mayTellLater = told.tokens == 0 && m_loaded.hasExpired();
+    m_valid.setRemainingTime(told.passing || m_mayTellLater ? shortValidity : validity);
+    if (told.tokens > 0) {
+        say("the language model's context has " + std::to_string(told.tokens) + " tokens, as " + told.source +
+            " tells");
+    } else if (told.passing) {
+        say("the language model's server cannot tell its context for now; " + size + " tokens are counted with");
+    } else if (m_size == 0) {
+        say("the language model's server does not tell its context; " + size +
+            " tokens are counted with (--openai-context says otherwise)");
     }
-    if (size != m_size) {
-        m_log(told.tokens > 0
-                  ? "the language model's context has " + std::to_string(size) + " tokens, as " + told.source + " tells"
-                  : "the language model's server does not tell its context; " + std::to_string(size) +
-                        " tokens are counted with (--openai-context says otherwise)");
-    }
-    m_size = size;
-    m_valid.setRemainingTime(validity);
-    return m_learnedValid.hasExpired() ? size : std::min(size, m_learned);
+    return bounded();
 }
 
 void ModelContext::learn(qsizetype tokens)
@@ -135,30 +123,57 @@ void ModelContext::learn(qsizetype tokens)
     m_learnedValid.setRemainingTime(validity);
 }
 
+void ModelContext::modelAnswered()
+{
+    const std::lock_guard lock(m_mutex);
+    m_loaded.setRemainingTime(shortValidity);
+    if (std::exchange(m_mayTellLater, false)) {
+        m_valid.setRemainingTime(0);
+    }
+}
+
+qsizetype ModelContext::bounded() const
+{
+    const qsizetype size = m_fixed > 0 ? m_fixed : m_size > 0 ? m_size : untold;
+    return m_learnedValid.hasExpired() ? size : std::min(size, m_learned);
+}
+
+void ModelContext::say(const std::string& line)
+{
+    if (std::exchange(m_said, line) != line) {
+        m_log(line);
+    }
+}
+
 ModelContext::Told ModelContext::ask(QDeadlineTimer end) const
 {
-    const ModelResponse models = m_client.get(m_address.models, end);
-    if (!isFinal(models)) {
-        return {0, "", true};
-    }
-    const Json listed = entryOf(objectIn(models), "data", m_model);
+    bool passing = false;
+    bool goesOn = true;
+    const auto objectIn = [&](const ModelResponse& response) {
+        passing = passing || !isFinal(response);
+        // Who cannot be reached with one question cannot with the next.
+        goesOn = goesOn && (response.problem == Problem::None || response.problem == Problem::Broken);
+        return response.problem == Problem::None && response.status == 200 ? readModelJson(response.body) : ModelJson();
+    };
+    const ModelJson models = objectIn(m_client.get(m_address.models, end));
+    const ModelJson& listed = entryOf(models, "data", m_model);
     if (const qsizetype size = sizeAt(listed, "max_model_len"); size > 0) {
         return {size, "the list of models (max_model_len)", false};
     }
     if (const qsizetype size = sizeAt(memberOf(listed, "meta"), "n_ctx"); size > 0) {
         return {size, "the list of models (n_ctx)", false};
     }
-    const Json properties = objectIn(m_client.get(m_address.properties, end));
+    const ModelJson properties = goesOn ? objectIn(m_client.get(m_address.properties, end)) : ModelJson();
     if (const qsizetype size = sizeAt(memberOf(properties, "default_generation_settings"), "n_ctx"); size > 0) {
         return {size, "/props (n_ctx)", false};
     }
-    const Json running = entryOf(objectIn(m_client.get(m_address.running, end)), "models", m_model);
-    if (const qsizetype size = sizeAt(running, "context_length"); size > 0) {
+    const ModelJson running = goesOn ? objectIn(m_client.get(m_address.running, end)) : ModelJson();
+    if (const qsizetype size = sizeAt(entryOf(running, "models", m_model), "context_length"); size > 0) {
         return {size, "/api/ps (context_length)", false};
     }
-    const Json question = {{"model", m_model}};
-    const auto body = QByteArray::fromStdString(question.dump(-1, ' ', false, Json::error_handler_t::replace));
-    const Json details = objectIn(m_client.post(m_address.details, body, end));
+    const ModelJson question = {{"model", m_model}};
+    const auto body = QByteArray::fromStdString(question.dump(-1, ' ', false, ModelJson::error_handler_t::replace));
+    const ModelJson details = goesOn ? objectIn(m_client.post(m_address.details, body, end)) : ModelJson();
     const qsizetype trained = trainedContext(details);
     if (const qsizetype size = contextParameter(details); size >= smallest) {
         return {trained > 0 ? std::min(size, trained) : size, "/api/show (num_ctx)", false};
@@ -167,7 +182,7 @@ ModelContext::Told ModelContext::ask(QDeadlineTimer end) const
     if (trained > 0 && trained < untold) {
         return {trained, "/api/show (context_length)", false};
     }
-    return {};
+    return {0, "", passing};
 }
 
 } // namespace quillmate::localservice

@@ -8,8 +8,8 @@
 namespace quillmate::localservice
 {
 
-/// What is wrong with a response whose body is not even worth reading, for the user: a sentence of ours, never the
-/// server's words. Nothing for a status from 200 to 299.
-std::optional<EngineFailure> failureOf(const ModelResponse& response);
+/// What is wrong with a response that is no success, for the user: a sentence of ours, never the
+/// server's words. Nothing for a status from 200 to 299. `hasKey`: one was sent.
+std::optional<EngineFailure> failureOf(const ModelResponse& response, bool hasKey);
 
 } // namespace quillmate::localservice

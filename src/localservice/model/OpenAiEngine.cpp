@@ -44,6 +44,17 @@ QByteArray requestBody(const std::string& model, const QByteArray& messages)
     return body + ",\"messages\":" + messages + '}';
 }
 
+/// For which context to make the next prompt after one that was counted as `most` tokens was refused: one that fits by
+/// the server's own count, where it tells that, with a tenth to spare; otherwise half of what it evidently takes.
+qsizetype contextAfter(const TooLong& room, qsizetype most)
+{
+    if (room.context > 0 && room.promptTokens > room.context) {
+        return static_cast<qsizetype>(0.9 * static_cast<double>(most) * static_cast<double>(room.context) /
+                                      static_cast<double>(room.promptTokens));
+    }
+    return std::min(room.context > 0 ? static_cast<qsizetype>(room.context) : most, most) / 2;
+}
+
 EngineFailure failure(const char* sentence)
 {
     return {badGateway, sentence, 0};
@@ -66,7 +77,8 @@ QString OpenAiEngine::consideredText(const std::string& mail) const
         m_log("of a message of " + std::to_string(text.size()) + " characters the first " +
               std::to_string(consideredCharacters) + " are looked at");
     }
-    return text.left(consideredCharacters);
+    const bool cutsPair = text.size() > consideredCharacters && text[consideredCharacters - 1].isHighSurrogate();
+    return text.left(cutsPair ? consideredCharacters - 1 : consideredCharacters);
 }
 
 EngineText OpenAiEngine::summarize(const std::string& mail) const
@@ -113,15 +125,17 @@ EngineText OpenAiEngine::write(const PromptTask& task) const
         }
         Attempt tried = attempt(*prompt, end);
         written = std::move(tried.text);
-        if (tried.taken == 0) {
-            if (attempts > 0 && std::holds_alternative<std::string>(written)) {
-                m_context.learn(context); // Only now is it known to be so, and the next text need not find out.
+        if (tried.tooLong.empty()) {
+            if (std::holds_alternative<std::string>(written)) {
+                m_context.modelAnswered();
+                if (attempts > 0) {
+                    m_context.learn(context); // Only now is it known to be so, and the next text need not find out.
+                }
             }
             break;
         }
-        context = std::min(tried.taken, context - 1);
-        m_log(name + ": the language model's server takes less than the " + std::to_string(prompt->least) +
-              " tokens that it was sent at least" +
+        context = tried.nextContext;
+        m_log(name + ": the language model's server " + tried.tooLong +
               (attempts == 0 ? ": it is asked once more, for a context of " + std::to_string(context) +
                                    " tokens; set the server's own, or --openai-context"
                              : std::string()));
@@ -139,33 +153,38 @@ OpenAiEngine::Attempt OpenAiEngine::attempt(const Prompt& prompt, QDeadlineTimer
     const EngineFailure tooLong =
         failure("The language model's server takes less of a message than it says: give it a larger context, or the "
                 "service a smaller --openai-context.");
-    if (const auto failed = failureOf(response)) {
+    if (const auto failed = failureOf(response, m_client.hasKey())) {
         const bool refused = response.status == 400 || response.status == 413;
-        const auto room = refused ? tooLongFor(response.body) : std::nullopt;
-        if (room) {
-            return {tooLong, *room > 0 ? static_cast<qsizetype>(*room) : prompt.most / 2};
+        if (const auto room = refused ? tooLongFor(response.body) : std::nullopt) {
+            return {tooLong,
+                    "refuses the request as too long, which is counted as " + std::to_string(prompt.most) +
+                        " tokens here",
+                    contextAfter(*room, prompt.most)};
         }
-        return {*failed, 0};
+        return {*failed, {}, 0};
     }
     const auto completion = readCompletion(response.body);
     if (!completion) {
         return {failure("The language model's server answered with something else than a chat completion: check "
                         "--openai-url."),
+                {},
                 0};
     }
     if (completion->promptTokens >= leastBelieved && completion->promptTokens < prompt.least) {
-        return {tooLong, static_cast<qsizetype>(completion->promptTokens)};
+        return {tooLong, "takes less than the " + std::to_string(prompt.least) + " tokens that it was sent at least",
+                static_cast<qsizetype>(completion->promptTokens)};
     }
     const QString text = answerIn(completion->text, prompt.fence);
     if (completion->endsForLength) {
         return {failure("The language model ran out of room before its answer was complete: give its server a larger "
                         "context, or use a model that writes less."),
+                {},
                 0};
     }
     if (text.isEmpty()) {
-        return {failure("The language model answered without any text: try again, or use another model."), 0};
+        return {failure("The language model answered without any text: try again, or use another model."), {}, 0};
     }
-    return {text.toStdString(), 0};
+    return {text.toStdString(), {}, 0};
 }
 
 } // namespace quillmate::localservice

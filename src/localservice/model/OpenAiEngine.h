@@ -44,7 +44,8 @@ public:
 private:
     struct Attempt {
         EngineText text;
-        qsizetype taken = 0; ///< what the server evidently takes, where it was sent too much; else 0
+        std::string tooLong;       ///< how the server showed that it was sent too much, for the log; else empty
+        qsizetype nextContext = 0; ///< and for which context to ask it again
     };
     [[nodiscard]] QString consideredText(const std::string& mail) const;
     [[nodiscard]] EngineText write(const PromptTask& task) const;

@@ -3,6 +3,7 @@
 #include "localservice/Secrets.h"
 #include "localservice/engine/QuotedText.h"
 #include "localservice/model/PromptWords.h"
+#include "localservice/model/TemplateTokens.h"
 #include "localservice/model/TokenCount.h"
 
 #include <nlohmann/json.hpp>
@@ -91,23 +92,41 @@ std::size_t dropOldest(std::vector<Turn>& turns, qsizetype room)
     return dropped;
 }
 
-/// The text without its quoted history, where that is too long, and without its end, where that is not enough.
+/// The text without its quoted history, where that is too long, then without its signature, then without its end.
 QString fitted(const QString& text, qsizetype room, QStringList& cuts)
 {
-    const qsizetype whole = mostTokens(text);
-    if (whole <= room) {
-        return text;
-    }
-    QString rest = ownText(text);
+    QString rest = text;
     qsizetype size = mostTokens(rest);
-    if (size < whole) {
-        cuts += QStringLiteral("its quoted history (%1)").arg(tokens(whole - size));
+    const auto shorten = [&](const QString& shorter, const char* what) {
+        const qsizetype left = mostTokens(shorter);
+        if (!shorter.isEmpty() && left < size) {
+            cuts += QStringLiteral("%1 (%2)").arg(QString::fromUtf8(what), tokens(size - left));
+            rest = shorter;
+            size = left;
+        }
+    };
+    if (size > room) {
+        shorten(ownLinesAndSignature(text).join(u'\n'), "its quoted history");
     }
     if (size > room) {
-        rest = withinTokens(rest, room);
-        cuts += QStringLiteral("its end (%1)").arg(tokens(size - mostTokens(rest)));
+        shorten(ownText(text), rest == text ? "its quoted history" : "its signature");
+    }
+    if (size > room) {
+        shorten(withinTokens(rest, room), "its end");
     }
     return rest;
+}
+
+/// The task without control tokens in what others wrote.
+PromptTask disarmed(PromptTask task)
+{
+    for (QString* text : {&task.text, &task.userName, &task.question}) {
+        *text = withoutTemplateTokens(*text);
+    }
+    for (ThreadMessage& turn : task.earlier) {
+        turn.text = withoutTemplateTokens(QString::fromStdString(turn.text)).toStdString();
+    }
+    return task;
 }
 
 Prompt written(const std::vector<Turn>& turns)
@@ -125,8 +144,9 @@ Prompt written(const std::vector<Turn>& turns)
 
 } // namespace
 
-std::optional<Prompt> makePrompt(const PromptTask& task, qsizetype contextTokens)
+std::optional<Prompt> makePrompt(const PromptTask& given, qsizetype contextTokens)
 {
+    const PromptTask task = disarmed(given);
     const QString fence = newFence(task);
     const Turn system = {"system", systemWords(task, fence)};
     const qsizetype frame = mostOf(system) + mostTokens(fencedText({}, fence, false)) + turnFrame;
@@ -152,12 +172,15 @@ std::optional<Prompt> makePrompt(const PromptTask& task, qsizetype contextTokens
     }
     const QString text = fitted(task.text, room, cuts);
 
-    turns.push_back({"user", question});
+    // In the last turn: a server that drops the oldest of them must not drop the message.
+    QStringList last;
     if (!task.text.isEmpty()) {
-        const QString material = fencedText(text, fence, text == task.text);
-        QString& first = turns.front().text;
-        first = first.isEmpty() ? material : material + QStringLiteral("\n\n") + first;
+        last += fencedText(text, fence, text == task.text);
     }
+    if (!question.isEmpty()) {
+        last += question;
+    }
+    turns.push_back({"user", last.join(QStringLiteral("\n\n"))});
     turns.insert(turns.begin(), system);
     Prompt prompt = written(turns);
     prompt.fence = fence;

@@ -33,10 +33,12 @@ struct Prompt {
 
 /// Puts the task into words for a model with a context of that many tokens: a quarter of it, at most 2,048, is left to
 /// the answer. Where the rest is too short, the earlier turns of a chat go first beyond half of the room (the oldest
-/// of them first), then the message's quoted history, then its end. Nothing when there is no room to speak of.
+/// of them first), then the message's quoted history, its signature, its end. Nothing when there is no room to speak
+/// of.
 ///
-/// The message's text stands between two lines that hold a random text which occurs nowhere in it, so that nothing in
-/// it can end it; the system's message calls it material.
+/// The message's text stands in the last turn between two lines that hold a random text which occurs nowhere in it, so
+/// that nothing in it can end it; the system's message calls it material. Control tokens of chat templates are broken
+/// in all that others wrote.
 std::optional<Prompt> makePrompt(const PromptTask& task, qsizetype contextTokens);
 
 } // namespace quillmate::localservice

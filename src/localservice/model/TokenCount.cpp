@@ -1,5 +1,7 @@
 #include "localservice/model/TokenCount.h"
 
+#include "localservice/engine/Words.h"
+
 #include <algorithm>
 
 namespace quillmate::localservice
@@ -23,22 +25,6 @@ qsizetype sixthsOf(QChar unit)
     return 9; // Two units, so three tokens, for a character beyond the basic plane.
 }
 
-bool isOfUnspacedScript(QChar unit)
-{
-    switch (unit.script()) {
-    case QChar::Script_Han:
-    case QChar::Script_Hiragana:
-    case QChar::Script_Katakana:
-    case QChar::Script_Thai:
-    case QChar::Script_Lao:
-    case QChar::Script_Khmer:
-    case QChar::Script_Myanmar:
-        return true;
-    default:
-        return false;
-    }
-}
-
 } // namespace
 
 qsizetype mostTokens(QStringView text)
@@ -58,7 +44,7 @@ qsizetype leastTokens(QStringView text)
     qsizetype inWord = 0;
     qsizetype unspaced = 0;
     for (const QChar unit : text) {
-        if (isOfUnspacedScript(unit)) {
+        if (isUnspaced(unit)) {
             inWord = 0;
             ++unspaced;
         } else if (unit.isLetterOrNumber()) {
