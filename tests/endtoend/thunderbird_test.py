@@ -63,10 +63,13 @@ class Panels(unittest.TestCase):
         thunderbird.press("push button", "Generate response")
         thunderbird.wait_for("label", "Hello Helen,")
 
+        forward = thunderbird.compose("ForwardInline", "three-lake tour")
+        until(lambda: len(thunderbird.find_all("heading", "Summary")) == 2, "a second panel, signed in as well")
         new = thunderbird.compose("New")
-        until(lambda: len(thunderbird.panels()) == 2, "a second panel")
+        until(lambda: len(thunderbird.panels()) == 3, "a third panel")
+        thunderbird.close(forward)
         thunderbird.close(reply)
-        until(lambda: len(thunderbird.panels()) == 1, "the end of the first panel")
+        until(lambda: len(thunderbird.panels()) == 1, "the end of two panels")
         self.assertIsNone(thunderbird.find("label", "Hello Helen,"))
 
         first = thunderbird.extension()
