@@ -117,6 +117,12 @@ class Thunderbird(Accessible):
         """Closes the compose window without saving."""
         self.with_window(number, "composing.gMsgCompose.bodyModified = false; composing.gContentChanged = false; composing.close();")
 
+    def diagnostics(self):
+        """What the process has printed, as Thunderbird's Error Console shows it."""
+        start = "stderr output from native app quillmate: "
+        lines = self.marionette.run("return Services.console.getMessageArray().map(String);")
+        return [line[len(start) :].rstrip() for line in lines if line.startswith(start)]
+
     def panels(self):
         """The panels' frames that are on the screen."""
         return self.find_all("frame", "Quillmate")

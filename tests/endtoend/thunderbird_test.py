@@ -60,6 +60,9 @@ class Panels(unittest.TestCase):
         thunderbird.press("push button", "Login")
         thunderbird.wait_for("heading", "Summary")
         thunderbird.wait_for("label", "18 March")
+        lines = thunderbird.diagnostics()
+        self.assertIn("getting email address from apple helen.marsh@riverside-print.example", lines)
+        self.assertNotIn("Message id not found in header", lines)
         thunderbird.press("push button", "Generate response")
         thunderbird.wait_for("label", "Hello Helen,")
 
