@@ -121,8 +121,8 @@ void LinkProgramTest::twoSessions()
     QVERIFY(settled(process));
     // A panel is open still.
     QCOMPARE(process.endInput(), 0);
-    QCOMPARE(process.diagnostics(),
-             linesOfNoMessage() << signInScreen << linesOfNoMessage() << signInScreen << linesOfNoMessage());
+    QCOMPARE(process.diagnostics(), linesOfNoMessage()
+                                        << signInScreen << linesOfNoMessage() << signInScreen << linesOfNoMessage());
     QCOMPARE(process.restOfOutput(), QByteArray());
 }
 
