@@ -140,7 +140,9 @@ void MainSchedule::runDue()
 void MainSchedule::setManualTime(bool manual)
 {
     const std::lock_guard lock(m_mutex);
-    m_manualNow = now();
+    // On a fraction that binary numbers hold, so that sums and differences of moments are exact however long the machine
+    // has been up.
+    m_manualNow = std::ceil(now() * 1024) / 1024;
     m_manual = manual;
 }
 
