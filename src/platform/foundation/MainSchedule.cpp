@@ -140,8 +140,8 @@ void MainSchedule::runDue()
 void MainSchedule::setManualTime(bool manual)
 {
     const std::lock_guard lock(m_mutex);
-    // On a fraction that binary numbers hold, so that sums and differences of moments are exact however long the machine
-    // has been up.
+    // On a fraction that binary numbers hold, so that sums and differences of moments are exact however long the
+    // machine has been up.
     m_manualNow = std::ceil(now() * 1024) / 1024;
     m_manual = manual;
 }
