@@ -97,8 +97,11 @@ void FeaturesPanelTest::firstReplyAndAnotherPanel()
 {
     const ManualTime time;
     showSignedIn();
-    m_fixture.click("generateButton");
-    QVERIFY(m_fixture.item("loadingOverlay"));
+    {
+        const auto held = m_fixture.server().hold();
+        m_fixture.click("generateButton");
+        QVERIFY(m_fixture.item("loadingOverlay"));
+    }
     QTRY_COMPARE(text("replyText"), QStringLiteral("Dear Ana"));
     QVERIFY(!m_fixture.item("loadingOverlay"));
     QVERIFY(m_fixture.item("toast"));

@@ -62,6 +62,7 @@ void TestServer::connected()
 
 TestReply TestServer::answer(ReceivedRequest request)
 {
+    const std::lock_guard held(m_held);
     const std::lock_guard lock(m_mutex);
     const auto found = m_replies.find(request.method + " " + request.target);
     request.connection = m_connections;

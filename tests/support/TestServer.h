@@ -61,6 +61,8 @@ public:
     void reply(const std::string& request, std::string body) { reply(request, TestReply{200, std::move(body)}); }
     /// Forgets the replies and the requests.
     void reset();
+    /// No request is taken in, nor answered, while the lock is held.
+    [[nodiscard]] std::unique_lock<std::mutex> hold() { return std::unique_lock(m_held); }
     /// What has been received, in order.
     [[nodiscard]] std::vector<ReceivedRequest> requests() const;
     /// The same as "METHOD TARGET".
@@ -72,6 +74,7 @@ private:
     TestReply answer(ReceivedRequest request);
     void connected();
 
+    std::mutex m_held; // Taken before m_mutex.
     mutable std::mutex m_mutex;
     std::map<std::string, std::deque<TestReply>> m_replies;
     std::vector<ReceivedRequest> m_requests;
