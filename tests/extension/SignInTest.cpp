@@ -176,6 +176,8 @@ void SignInTest::pollThatGoesOn()
         advanceToNextPoll();
         QVERIFY(m_fixture.log().lines().last().startsWith(line));
     }
+    // The last one's reply has come too, so that it is not the next case's server that answers.
+    QTRY_COMPARE(ManualTime::pendingDelays().size(), std::size_t(2));
     QVERIFY(!AuthManager::shared().accessToken.get());
     QCOMPARE(m_fixture.opened().size(), std::size_t(1));
 }
