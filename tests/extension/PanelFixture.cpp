@@ -2,6 +2,7 @@
 
 #include "platform/appkit/NSWorkspace.h"
 #include "platform/foundation/MainSchedule.h"
+#include "platform/foundation/URLSessionThread.h"
 #include "state/AuthManager.h"
 #include "state/ReplyEmailManager.h"
 #include "state/SummarizeManager.h"
@@ -50,7 +51,10 @@ PanelFixture::~PanelFixture()
 void PanelFixture::reset()
 {
     close();
-    MainSchedule::shared().clear(); // A poll of the case before may be waiting still.
+    // What the case before has asked for must not be answered by this one's server, nor its next poll be sent.
+    URLSessionThread::stop();
+    m_server.dropConnections();
+    MainSchedule::shared().clear();
     m_server.reset();
     m_server.reply("GET /api/v1/apple-version?currentVersion=1.0.0", "{}");
     m_server.reply("GET /api/v1/me", R"({"email":"a@b.example","name":"A"})");

@@ -26,6 +26,12 @@ void TestServer::reply(const std::string& request, TestReply reply)
     m_replies[request].push_back(std::move(reply));
 }
 
+void TestServer::dropConnections()
+{
+    QMetaObject::invokeMethod(
+        m_server, [server = m_server] { server->dropConnections(); }, Qt::BlockingQueuedConnection);
+}
+
 void TestServer::reset()
 {
     const std::lock_guard lock(m_mutex);

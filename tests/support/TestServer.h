@@ -59,6 +59,8 @@ public:
     /// A request without a reply gets 404.
     void reply(const std::string& request, TestReply reply);
     void reply(const std::string& request, std::string body) { reply(request, TestReply{200, std::move(body)}); }
+    /// Ends every connection; what was on its way is lost.
+    void dropConnections();
     /// Forgets the replies and the requests.
     void reset();
     /// No request is taken in, nor answered, while the lock is held.

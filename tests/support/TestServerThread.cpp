@@ -44,6 +44,13 @@ TestServerThread::TestServerThread(TestServer& owner, TestServer::Security secur
     }
 }
 
+void TestServerThread::dropConnections()
+{
+    for (auto* socket : findChildren<QSslSocket*>()) {
+        socket->abort();
+    }
+}
+
 void TestServerThread::incomingConnection(qintptr descriptor)
 {
     m_owner.connected();

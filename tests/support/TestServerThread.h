@@ -17,6 +17,7 @@ class TestServerThread : public QTcpServer
 
 public:
     TestServerThread(TestServer& owner, TestServer::Security security);
+    void dropConnections();
 
 protected:
     void incomingConnection(qintptr descriptor) override;

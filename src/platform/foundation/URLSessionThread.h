@@ -27,6 +27,9 @@ public:
     ~URLSessionThread() override;
 
     static void configure(NetworkEnvironment environment);
+    /// Main thread: ends the thread with its connections; what is under way ends without a completion. The next
+    /// transfer begins anew. Done by itself when the application object goes.
+    static void stop();
 
     /// Any thread. Work runs in the order of the calls; what is still waiting when the thread ends is dropped.
     void send(URLRequest request, DataTaskCompletion completion);
@@ -39,7 +42,6 @@ private:
     void add(Work work);
     void runWaiting();
     URLManagers& managers();
-    static void stop();
 
     static std::mutex s_sharedMutex;
     static NetworkEnvironment s_environment;
