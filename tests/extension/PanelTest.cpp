@@ -120,6 +120,7 @@ void PanelTest::logOutAndInAgain()
     m_fixture.server().reply(summarize, shortSummary);
     showSignedIn();
     QTRY_COMPARE(shownSummary(), QStringLiteral("Short."));
+    QTRY_VERIFY(m_fixture.log().lines().contains(QStringLiteral("New download URL is null in response")));
     UserDefaults::standard().setString("selectedApiEndpoint", "staging");
     m_fixture.log().take();
     m_fixture.click("logOutButton");
