@@ -1,8 +1,7 @@
 #include "features/MessageHistory.h"
+#include "panelProcess.h"
 #include "platform/appkit/NSHostingController.h"
-#include "platform/appkit/ViewEngine.h"
 #include "platform/foundation/UserDefaults.h"
-#include "platform/foundation/print.h"
 #include "views/ChatViewState.h"
 #include "windowTimes.h"
 
@@ -13,10 +12,7 @@
 /// one of so many messages there instead.
 int main(int argc, char** argv)
 {
-    qputenv("XDG_DATA_HOME", argv[1]);
-    qputenv("XDG_CACHE_HOME", argv[1]);
-    quillmate::setPrintDescriptor(STDERR_FILENO);
-    quillmate::ViewEngine::chooseRendering();
+    quillmate::beginPanelProcess(argv[1]);
     QGuiApplication application(argc, argv);
     if (argc > 2) {
         quillmate::MessageHistory history;

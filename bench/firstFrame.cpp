@@ -1,7 +1,6 @@
 #include "extension/MailExtension.h"
+#include "panelProcess.h"
 #include "platform/appkit/MEExtensionViewController.h"
-#include "platform/appkit/ViewEngine.h"
-#include "platform/foundation/print.h"
 #include "state/AuthManager.h"
 #include "windowTimes.h"
 
@@ -13,10 +12,7 @@
 int main(int argc, char** argv)
 {
     const QTemporaryDir folder;
-    qputenv("XDG_DATA_HOME", folder.path().toLocal8Bit());
-    qputenv("XDG_CACHE_HOME", folder.path().toLocal8Bit());
-    quillmate::setPrintDescriptor(STDERR_FILENO);
-    quillmate::ViewEngine::chooseRendering();
+    quillmate::beginPanelProcess(folder.path().toLocal8Bit());
     QGuiApplication application(argc, argv);
     if (QCoreApplication::arguments().contains(QStringLiteral("signed-in"))) {
         quillmate::AuthManager::shared().accessToken.set("token");

@@ -2,8 +2,7 @@
 #include "hosts/link/Frame.h"
 #include "hosts/link/LinkPanels.h"
 #include "hosts/link/LinkThread.h"
-#include "platform/appkit/ViewEngine.h"
-#include "platform/foundation/print.h"
+#include "panelProcess.h"
 #include "state/AuthManager.h"
 
 #include <QElapsedTimer>
@@ -96,10 +95,7 @@ double memory()
 int main(int argc, char** argv)
 {
     const QTemporaryDir folder;
-    qputenv("XDG_DATA_HOME", folder.path().toLocal8Bit());
-    qputenv("XDG_CACHE_HOME", folder.path().toLocal8Bit());
-    quillmate::setPrintDescriptor(STDERR_FILENO);
-    quillmate::ViewEngine::chooseRendering();
+    quillmate::beginPanelProcess(folder.path().toLocal8Bit());
     QGuiApplication application(argc, argv);
     QGuiApplication::setQuitOnLastWindowClosed(false);
     quillmate::AuthManager::shared().accessToken.set("token");

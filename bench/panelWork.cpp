@@ -1,6 +1,5 @@
-#include "platform/appkit/ViewEngine.h"
+#include "panelProcess.h"
 #include "platform/foundation/MainOwned.h"
-#include "platform/foundation/print.h"
 #include "state/ReplyEmailManager.h"
 #include "views/HostedViewOf.h"
 #include "views/SessionTabsViewState.h"
@@ -15,7 +14,6 @@
 
 #include <cstdio>
 #include <sys/resource.h>
-#include <unistd.h>
 
 namespace
 {
@@ -65,11 +63,8 @@ double untilFrame(QQuickWindow& window, Change change)
 int main(int argc, char** argv)
 {
     const QTemporaryDir folder;
-    qputenv("XDG_DATA_HOME", folder.path().toLocal8Bit());
-    qputenv("XDG_CACHE_HOME", folder.path().toLocal8Bit());
     qputenv("QUILLMATE_CONNECT_TO", "quillmate.example=127.0.0.1:1");
-    quillmate::setPrintDescriptor(STDERR_FILENO);
-    quillmate::ViewEngine::chooseRendering();
+    quillmate::beginPanelProcess(folder.path().toLocal8Bit());
     const QGuiApplication application(argc, argv);
     quillmate::ReplyEmailManager::shared().update([](quillmate::ReplyEmail& record) {
         record = {"ana@mail.example", "Plans", std::nullopt, std::string(3000, 'c'), "<m1@mail.example>"};

@@ -10,8 +10,9 @@ import gi
 gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi  # noqa: E402
 
+from local_service import PATIENCE  # noqa: E402
+
 HERE = os.path.dirname(os.path.abspath(__file__))
-PATIENCE = int(os.environ.get("PATIENCE", "60"))  # seconds; a sanitizer makes programs slow
 
 
 def until(condition, what, there_is=None):
@@ -172,30 +173,6 @@ class Desk(Accessible):
     def complain(self):
         if self.process.poll() is not None:
             raise AssertionError("The program has ended:\n" + "\n".join(self.lines()))
-
-
-class Service:
-    """A service of its own, for the extension's live host."""
-
-    def __init__(self, program, arguments):
-        self.folder = tempfile.TemporaryDirectory()
-        self.process = subprocess.Popen(
-            [program, "--port", "0", "--data", self.folder.name, *arguments], stdout=subprocess.PIPE
-        )
-        self.address = self.process.stdout.readline().decode().split("https://")[1].strip()
-
-    def environment(self):
-        return {
-            "QUILLMATE_CONNECT_TO": "quillmate.example=" + self.address,
-            "QUILLMATE_CA_FILE": self.folder.name + "/ca.pem",
-        }
-
-    def end(self):
-        self.process.terminate()
-        status = self.process.wait(PATIENCE)
-        self.process.stdout.close()
-        self.folder.cleanup()
-        return status
 
 
 def write_into(field, text):

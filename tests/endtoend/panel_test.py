@@ -10,7 +10,8 @@ import subprocess
 import sys
 import unittest
 
-from desk import Atspi, Desk, Service, keys, type_text, until, write_into
+from desk import Atspi, Desk, keys, type_text, until, write_into
+from local_service import Service
 
 PROGRAMS = sys.argv.pop(1)
 SAMPLE = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "samples", "plain.eml")

@@ -21,8 +21,9 @@ from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 from selenium.webdriver.support.ui import WebDriverWait
 
+from local_service import PATIENCE, Service
+
 PROGRAMS = sys.argv.pop(1)
-PATIENCE = int(os.environ.get("PATIENCE", "60"))  # seconds; a sanitizer makes the program slow
 
 # What shows of an element: where it is, whether its content fits, its colours against what is below it.
 MEASURE = """
@@ -59,17 +60,12 @@ return [...document.querySelectorAll('main, h1, p, label, input:not([type=hidden
 """
 
 
-class Service:
-    """quillmate-service on free ports with a folder of its own, and its protocol."""
+class Protocol(Service):
+    """The service, spoken to as the panel does."""
 
     def __init__(self):
-        self.folder = tempfile.TemporaryDirectory()
-        self.process = subprocess.Popen(
-            [os.path.join(PROGRAMS, "quillmate-service"), "--port", "0", "--data", self.folder.name],
-            stdout=subprocess.PIPE,
-        )
-        self.origin = self.process.stdout.readline().decode().split()[-1]
-        trust = ssl.create_default_context(cafile=self.folder.name + "/ca.pem")
+        super().__init__(os.path.join(PROGRAMS, "quillmate-service"), [])
+        trust = ssl.create_default_context(cafile=self.authority)
         self.opener = urllib.request.build_opener(
             urllib.request.ProxyHandler({}), urllib.request.HTTPSHandler(context=trust)
         )
@@ -81,13 +77,6 @@ class Service:
 
     def session(self, identifier=""):
         return self.get("/plugin-auth/session-request/" + identifier)
-
-    def end(self):
-        self.process.terminate()
-        status = self.process.wait(PATIENCE)
-        self.process.stdout.close()
-        self.folder.cleanup()
-        return status
 
 
 def start_browser(folder):
@@ -122,7 +111,7 @@ class SignInPage(unittest.TestCase):
     def setUpClass(cls):
         cls.folder = tempfile.TemporaryDirectory(ignore_cleanup_errors=True)
         cls.addClassCleanup(cls.folder.cleanup)
-        cls.service = Service()
+        cls.service = Protocol()
         cls.addClassCleanup(lambda: cls().assertEqual(cls.service.end(), 0))
         cls.browser = start_browser(cls.folder.name)
         cls.addClassCleanup(cls.browser.quit)

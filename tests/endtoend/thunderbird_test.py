@@ -8,8 +8,9 @@ import sys
 import tempfile
 import unittest
 
-from desk import Atspi, Service, keys, type_text, until
+from desk import Atspi, keys, type_text, until
 from large_message import write_large_message
+from local_service import Service
 from mail_drop import MailDrop
 from thunderbird import COMMON, ROOT, Thunderbird
 from windows import active_window, frame_of, is_on_screen, owner_of, run, window, windows
