@@ -1,8 +1,8 @@
 #include "features/MessageHistory.h"
 #include "panelProcess.h"
 #include "platform/appkit/NSHostingController.h"
-#include "platform/foundation/UserDefaults.h"
-#include "views/ChatViewState.h"
+#include "platform/foundation/settings/UserDefaults.h"
+#include "views/chat/ChatViewState.h"
 #include "windowTimes.h"
 
 #include <QGuiApplication>

@@ -1,5 +1,5 @@
 #include "features/ChatState.h"
-#include "platform/foundation/UserDefaults.h"
+#include "platform/foundation/settings/UserDefaults.h"
 #include "stopwatch.h"
 
 #include <QCoreApplication>

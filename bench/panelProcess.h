@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/appkit/ViewEngine.h"
-#include "platform/foundation/print.h"
+#include "platform/foundation/text/print.h"
 
 #include <QByteArray>
 

@@ -1,8 +1,8 @@
 #include "panelProcess.h"
-#include "platform/foundation/MainOwned.h"
+#include "platform/foundation/schedule/MainOwned.h"
 #include "state/ReplyEmailManager.h"
 #include "views/HostedViewOf.h"
-#include "views/SessionTabsViewState.h"
+#include "views/session/SessionTabsViewState.h"
 
 #include <QElapsedTimer>
 #include <QEventLoop>

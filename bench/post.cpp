@@ -1,4 +1,4 @@
-#include "platform/foundation/URLSession.h"
+#include "platform/foundation/net/URLSession.h"
 #include "stopwatch.h"
 #include "support/TestEnvironment.h"
 #include "support/TestServer.h"

@@ -2,16 +2,15 @@
 
 #include "features/ChatErrorMessage.h"
 #include "features/MessageHistory.h"
-#include "features/ReplyRequest.h"
-#include "platform/foundation/MainOwned.h"
-#include "platform/foundation/UserDefaults.h"
+#include "platform/foundation/schedule/MainOwned.h"
+#include "platform/foundation/settings/UserDefaults.h"
 #include "state/AuthManager.h"
 #include "state/IncommingUpdatesManager.h"
 #include "state/ReplyEmailManager.h"
 #include "state/SettingsKeys.h"
 #include "state/SummarizeManager.h"
 #include "views/HostedViewOf.h"
-#include "views/SessionTabsViewState.h"
+#include "views/session/SessionTabsViewState.h"
 
 namespace quillmate
 {
@@ -53,7 +52,7 @@ void setUp(const Scene& scene)
     }
     if (!scene.reply.empty()) {
         defaults.setString(SettingsKeys::generateResponse(messageId), scene.reply);
-        markReplyGenerated(messageId);
+        defaults.setBoolean(SettingsKeys::generateResponseFlag(messageId), true);
     }
     MessageHistory history;
     for (std::size_t i = 0; i < scene.conversation.size(); ++i) {

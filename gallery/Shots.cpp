@@ -4,9 +4,9 @@
 
 #include "features/ChatErrorMessage.h"
 #include "state/SummarizeManager.h"
-#include "views/ChatViewState.h"
-#include "views/LoginViewState.h"
-#include "views/SessionTabsViewState.h"
+#include "views/chat/ChatViewState.h"
+#include "views/login/LoginViewState.h"
+#include "views/session/SessionTabsViewState.h"
 
 #include <QQuickItem>
 #include <QVariant>

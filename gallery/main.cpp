@@ -4,8 +4,8 @@
 
 #include "platform/appkit/NSAppearance.h"
 #include "platform/appkit/ViewEngine.h"
-#include "platform/foundation/URLSession.h"
-#include "platform/foundation/print.h"
+#include "platform/foundation/net/URLSession.h"
+#include "platform/foundation/text/print.h"
 #include "state/APIManager.h"
 
 #include <QDir>

@@ -2,16 +2,16 @@
 
 #include "extension/Coordinator.h"
 #include "platform/appkit/NSHostingController.h"
-#include "platform/foundation/MainOwned.h"
 #include "platform/foundation/NotificationCenter.h"
-#include "platform/foundation/Timer.h"
+#include "platform/foundation/schedule/MainOwned.h"
+#include "platform/foundation/schedule/Timer.h"
 #include "service/HandleApiRequests.h"
 #include "state/APIManager.h"
 #include "state/AppVersion.h"
 #include "state/AuthManager.h"
 #include "state/Notifications.h"
-#include "views/LoginViewState.h"
-#include "views/SessionTabsViewState.h"
+#include "views/login/LoginViewState.h"
+#include "views/session/SessionTabsViewState.h"
 
 namespace quillmate
 {

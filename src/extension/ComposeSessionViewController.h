@@ -1,10 +1,10 @@
 #pragma once
 
+#include "base/Result.h"
 #include "platform/appkit/MEExtensionViewController.h"
 
 #include <atomic>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,7 +12,8 @@ namespace quillmate
 {
 
 class Timer;
-struct URLError;
+struct ReplyFailure;
+struct SessionResponse;
 
 /// The panel beside one compose window: the sign-in screen while nobody is signed in, else the session panel. Runs the
 /// browser sign-in, and checks for updates every 12 hours for as long as it lives. Main thread, but for what the
@@ -48,11 +49,9 @@ private:
     void requestSession(const std::string& url);
     void pollForToken(const std::string& url);
     void schedulePoll(const std::string& url);
-    // Replies arrive on the network's thread, when the panel may be gone.
-    static void receiveSession(const std::weak_ptr<ComposeSessionViewController>& weak,
-                               const std::optional<std::string>& data, const std::optional<URLError>& error);
+    // On the network's thread, when the panel may be gone.
     static void receivePoll(const std::weak_ptr<ComposeSessionViewController>& weak, const std::string& url,
-                            const std::optional<std::string>& data, const std::optional<URLError>& error);
+                            const Result<SessionResponse, ReplyFailure>& session);
 
     std::atomic<bool> m_isLoggedIn = false;
     std::shared_ptr<Timer> m_updateTimer;

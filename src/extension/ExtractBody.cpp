@@ -1,6 +1,6 @@
 #include "extension/ExtractBody.h"
 
-#include "platform/foundation/CharacterSet.h"
+#include "base/CharacterSet.h"
 
 namespace quillmate
 {

@@ -1,7 +1,7 @@
 #include "extension/RepliedMessageExtraction.h"
 
 #include "extension/ExtractBody.h"
-#include "platform/foundation/print.h"
+#include "platform/foundation/text/print.h"
 #include "platform/mailkit/MEComposeSession.h"
 #include "service/HandleApiRequests.h"
 #include "state/APIManager.h"

@@ -1,8 +1,13 @@
 #include "features/ButtonStateManager.h"
 
-#include "features/ReplyRequest.h"
-#include "platform/foundation/MainOwned.h"
-#include "platform/foundation/UserDefaults.h"
+#include "features/MessageContent.h"
+#include "platform/foundation/schedule/DispatchQueue.h"
+#include "platform/foundation/schedule/MainOwned.h"
+#include "platform/foundation/settings/UserDefaults.h"
+#include "platform/foundation/text/print.h"
+#include "service/HandleApiRequests.h"
+#include "state/APIManager.h"
+#include "state/AuthManager.h"
 #include "state/ReplyEmailManager.h"
 #include "state/SettingsKeys.h"
 
@@ -53,15 +58,19 @@ void ButtonStateManager::setToastMessage(std::string message)
     }
 }
 
-void ButtonStateManager::loadStoredResponses()
+bool ButtonStateManager::isFirstReply() const
 {
-    setGenerateResponse(UserDefaults::standard().string(m_generateResponseKey));
+    return !UserDefaults::standard().boolean(SettingsKeys::generateResponseFlag(m_messageId));
+}
+
+void ButtonStateManager::markReplyGenerated()
+{
+    UserDefaults::standard().setBoolean(SettingsKeys::generateResponseFlag(m_messageId), true);
 }
 
 void ButtonStateManager::updateSection()
 {
-    const bool shown = m_generateResponse && !isFirstReply(m_messageId.value_or(""));
-    const Section section = shown ? Section::Reply : Section::Introduction;
+    const Section section = m_generateResponse && !isFirstReply() ? Section::Reply : Section::Introduction;
     if (std::exchange(m_section, section) != section) {
         Q_EMIT sectionChanged();
     }
@@ -71,6 +80,106 @@ void ButtonStateManager::announce(std::string message)
 {
     setToastMessage(std::move(message));
     setShowToast(true);
+}
+
+void ButtonStateManager::loadStoredResponses()
+{
+    setGenerateResponse(UserDefaults::standard().string(m_generateResponseKey));
+}
+
+/// The message's own text, else what the user pasted for it; an empty text gives the service nothing to answer.
+std::optional<std::string> ButtonStateManager::contentToAnswer() const
+{
+    auto content = MessageContent::ofMessage(m_messageId).text;
+    if (!content || content->empty()) {
+        content = loadFallbackContent(m_messageId);
+    }
+    return content && content->empty() ? std::nullopt : content;
+}
+
+void ButtonStateManager::requestReply()
+{
+    const auto fail = [this](const char* logLine, const char* errorText) {
+        print(logLine);
+        deliverReplyResult(weak_from_this(), std::nullopt, errorText);
+    };
+    const auto accessToken = AuthManager::shared().accessToken.get();
+    auto content = contentToAnswer();
+    if (!content) {
+        fail("Message content is empty.", "Message content is empty.");
+        return;
+    }
+    const auto url = URL::parseAbsolute(currentApiURL() + "/response");
+    if (!url) {
+        fail("Invalid URL", "Invalid URL");
+        return;
+    }
+    if (!accessToken) {
+        fail("Access token is null in generate response API call", "Access token is null");
+        return;
+    }
+    const GenerateResponseBody body{m_messageId.value_or(""), std::move(*content),
+                                    UserDetailsManager::shared().email()};
+    HandleApiRequests::sendGenerateRequest(*url, *accessToken, body, body.messageId,
+                                           [weak = weak_from_this()](auto record, auto errorText) {
+                                               deliverReplyResult(weak, std::move(record), std::move(errorText));
+                                           });
+}
+
+void ButtonStateManager::deliverReplyResult(const std::weak_ptr<ButtonStateManager>& weak,
+                                            std::optional<GeneratedResponse> record,
+                                            std::optional<std::string> errorMessage)
+{
+    DispatchQueue::main().async([weak, record = std::move(record), errorMessage = std::move(errorMessage)] {
+        if (const auto manager = weak.lock()) {
+            manager->receiveReply(record, errorMessage);
+        }
+    });
+}
+
+void ButtonStateManager::receiveReply(const std::optional<GeneratedResponse>& record,
+                                      const std::optional<std::string>& errorMessage)
+{
+    if (record && !m_period.isOver()) {
+        setGenerateResponse(record->response);
+        markReplyGenerated();
+        UserDefaults::standard().setString(m_generateResponseKey, record->response);
+        updateSection();
+        announce("Response generated successfully.");
+    } else if (errorMessage && !m_period.isOver()) {
+        announce(*errorMessage);
+    }
+    setGenerateResponseLoading(false);
+}
+
+void ButtonStateManager::submitTrainingData()
+{
+    const auto url = URL::parseAbsolute(currentApiURL() + "/create-training-data");
+    if (!url) {
+        print("Invalid URL");
+        return;
+    }
+    const std::string accessToken = AuthManager::shared().accessToken.get().value_or("");
+    const TrainingDataBody body{UserDetailsManager::shared().email(),
+                                MessageContent::ofMessage(m_messageId).text.value_or(""),
+                                m_generateResponse.value_or("No response available")};
+    if (m_messageId.value_or("").empty()) {
+        print("Session message id is nil");
+    }
+    HandleApiRequests::sendTrainingData(*url, accessToken, body, [weak = weak_from_this()](std::string message) {
+        DispatchQueue::main().async([weak, message = std::move(message)] {
+            if (const auto manager = weak.lock()) {
+                manager->deliverTrainingResult(message);
+            }
+        });
+    });
+}
+
+void ButtonStateManager::deliverTrainingResult(const std::string& message)
+{
+    if (!m_period.isOver()) {
+        announce(message.empty() ? "Failed to submit training data." : "Success: " + message);
+    }
 }
 
 } // namespace quillmate

@@ -11,8 +11,10 @@
 namespace quillmate
 {
 
-/// The reply of one panel and its toast, as the views show them. Main thread only.
-class ButtonStateManager : public QObject
+struct GeneratedResponse;
+
+/// The reply of one panel and its toast, as the views show them, and the requests that drive them. Main thread only.
+class ButtonStateManager : public QObject, public std::enable_shared_from_this<ButtonStateManager>
 {
     Q_OBJECT
 
@@ -38,17 +40,19 @@ public:
     [[nodiscard]] const std::string& generateResponseKey() const { return m_generateResponseKey; }
     [[nodiscard]] Section section() const { return m_section; }
 
-    /// The message that this reply answers.
-    [[nodiscard]] const std::optional<std::string>& messageId() const { return m_messageId; }
-    /// When the panel was made.
-    [[nodiscard]] const SignInPeriod& period() const { return m_period; }
-
     /// Shows the reply that is stored for this message, or none.
     void loadStoredResponses();
     /// Looks again whether a reply has been generated for this message.
     void updateSection();
     /// Shows a text in the toast.
     void announce(std::string message);
+    /// Asks the service for a reply, shows and stores it, or shows why there is none. A message of which no text is
+    /// known, neither its own nor a pasted one, costs a toast and no request. What arrives after the sign-out that
+    /// ended the panel is dropped.
+    void requestReply();
+    /// Sends the message and the reply that is shown to the service as training data, and shows what it says of it.
+    /// Failures are only logged.
+    void submitTrainingData();
 
 Q_SIGNALS:
     void isGenerateResponseLoadingChanged();
@@ -58,6 +62,16 @@ Q_SIGNALS:
     void sectionChanged();
 
 private:
+    /// Whether no reply has ever been generated for this message.
+    [[nodiscard]] bool isFirstReply() const;
+    void markReplyGenerated();
+    [[nodiscard]] std::optional<std::string> contentToAnswer() const;
+    /// Any thread; acts in a later turn of the main thread, while the panel is still there.
+    static void deliverReplyResult(const std::weak_ptr<ButtonStateManager>& weak,
+                                   std::optional<GeneratedResponse> record, std::optional<std::string> errorMessage);
+    void receiveReply(const std::optional<GeneratedResponse>& record, const std::optional<std::string>& errorMessage);
+    void deliverTrainingResult(const std::string& message);
+
     const std::optional<std::string> m_messageId;
     const std::string m_generateResponseKey;
     const SignInPeriod m_period;

@@ -1,11 +1,11 @@
 #include "features/ChatState.h"
 
 #include "features/ChatErrorMessage.h"
-#include "features/RepliedMessage.h"
-#include "platform/foundation/DispatchQueue.h"
-#include "platform/foundation/MainOwned.h"
-#include "platform/foundation/UserDefaults.h"
-#include "platform/foundation/print.h"
+#include "features/MessageContent.h"
+#include "platform/foundation/schedule/DispatchQueue.h"
+#include "platform/foundation/schedule/MainOwned.h"
+#include "platform/foundation/settings/UserDefaults.h"
+#include "platform/foundation/text/print.h"
 #include "service/HandleApiRequests.h"
 #include "state/APIManager.h"
 #include "state/AuthManager.h"
@@ -136,9 +136,8 @@ void ChatState::startChat()
     if (!url) {
         return;
     }
-    ChatStartBody body;
-    body.email = UserDetailsManager::shared().email();
-    body.emailContent = RepliedMessage::withId(m_messageId).content.value_or("Compose session");
+    const ChatStartBody body{UserDetailsManager::shared().email(),
+                             MessageContent::ofMessage(m_messageId).text.value_or("Compose session")};
     HandleApiRequests::sendChatStart(*url, accessToken(), body, onMain(weak_from_this(), &ChatState::receiveStart));
 }
 
@@ -176,15 +175,12 @@ void ChatState::sendLastUserMessage()
     if (!newest || !newest->text) {
         return;
     }
-    ChatBody body;
-    body.assistantId = *m_assistantId;
-    body.threadId = *m_threadId;
-    body.email = UserDetailsManager::shared().email();
-    body.content = *newest->text;
     const auto url = URL::parseAbsolute(currentApiURL() + "/chat/send");
     if (!url) {
         return;
     }
+    // Before anybody is told of anything, who could change the list.
+    const ChatBody body{*m_assistantId, *m_threadId, UserDetailsManager::shared().email(), *newest->text};
     setLoading(true);
     HandleApiRequests::sendChatMessage(*url, accessToken(), body, onMain(weak_from_this(), &ChatState::receiveAnswer));
 }

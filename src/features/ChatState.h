@@ -2,7 +2,7 @@
 
 #include "features/MessageHistory.h"
 #include "service/ApiError.h"
-#include "service/ReplyRecords.h"
+#include "service/ServiceRequests.h"
 #include "state/SignInPeriod.h"
 
 #include <memory>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/foundation/UUID.h"
+#include "platform/foundation/text/UUID.h"
 
 #include <optional>
 #include <string>

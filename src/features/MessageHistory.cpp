@@ -1,6 +1,6 @@
 #include "features/MessageHistory.h"
 
-#include "platform/foundation/JSONDecoder.h"
+#include "base/JSONDecoder.h"
 
 #include <algorithm>
 #include <array>
@@ -28,26 +28,26 @@ bool readText(const JSONMember& member, std::optional<std::string>& text)
 }
 
 /// Reads one message, or says what is wrong with it.
-std::optional<std::string> readMessage(std::span<const JSONMember> members, Message& message)
+Result<void, std::string> readMessage(std::span<const JSONMember> members, Message& message)
 {
     const auto* idText = std::get_if<std::string_view>(&members[0]);
     const auto id = idText ? UUID::parse(*idText) : std::nullopt;
     if (!id) {
-        return "a message has no valid \"id\"";
+        return Failure("a message has no valid \"id\"");
     }
     const bool* sender = std::get_if<bool>(&members[3]);
     if (!sender) {
-        return "a message has no valid \"isSentByCurrentUser\"";
+        return Failure("a message has no valid \"isSentByCurrentUser\"");
     }
     message.id = *id;
     message.isSentByCurrentUser = *sender;
     if (!readText(members[1], message.text)) {
-        return "a message's \"text\" is not a text";
+        return Failure("a message's \"text\" is not a text");
     }
     if (!readText(members[2], message.response)) {
-        return "a message's \"response\" is not a text";
+        return Failure("a message's \"response\" is not a text");
     }
-    return std::nullopt;
+    return {};
 }
 
 Result<std::string, JSONError> encodeMessage(const Message& message)
@@ -69,12 +69,12 @@ Result<MessageHistory, JSONError> MessageHistory::decode(std::string_view bytes)
 {
     constexpr std::array keys{idKey, textKey, responseKey, senderKey};
     std::vector<Message> messages;
-    const auto failure = JSONDecoder::decodeRecords(
+    const auto decoded = JSONDecoder::decodeRecords(
         bytes, keys, [&messages](std::span<const JSONMember> members) { // As many as there are keys.
             return readMessage(members, messages.emplace_back());
         });
-    if (failure) {
-        return Result<MessageHistory, JSONError>::failure(*failure);
+    if (!decoded) {
+        return Failure(decoded.error());
     }
     return MessageHistory(std::move(messages));
 }

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "base/JSON.h"
 #include "features/Message.h"
-#include "platform/foundation/JSON.h"
 
 #include <string>
 #include <string_view>

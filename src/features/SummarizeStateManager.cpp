@@ -1,16 +1,36 @@
 #include "features/SummarizeStateManager.h"
 
-#include "features/SummaryRequest.h"
-#include "platform/foundation/DispatchQueue.h"
-#include "platform/foundation/MainOwned.h"
-#include "platform/foundation/UserDefaults.h"
-#include "platform/foundation/print.h"
+#include "features/MessageContent.h"
+#include "platform/foundation/schedule/DispatchQueue.h"
+#include "platform/foundation/schedule/MainOwned.h"
+#include "platform/foundation/settings/UserDefaults.h"
+#include "platform/foundation/text/print.h"
+#include "service/HandleApiRequests.h"
+#include "state/APIManager.h"
+#include "state/AuthManager.h"
 #include "state/ReplyEmailManager.h"
 #include "state/SettingsKeys.h"
 #include "state/SummarizeManager.h"
 
+#include <utility>
+
 namespace quillmate
 {
+namespace
+{
+
+void recordResponse(const std::string& messageId, const std::optional<SummarizedResponse>& record)
+{
+    SummarizeManager::shared().responses.with([&](auto& responses) {
+        if (record) {
+            responses.insert_or_assign(messageId, *record);
+        } else {
+            responses.erase(messageId);
+        }
+    });
+}
+
+} // namespace
 
 std::shared_ptr<SummarizeStateManager> SummarizeStateManager::make()
 {
@@ -26,8 +46,7 @@ SummarizeStateManager::SummarizeStateManager()
 
 void SummarizeStateManager::setSummarizeLoading(bool loading)
 {
-    if (m_isSummarizeLoading != loading) {
-        m_isSummarizeLoading = loading;
+    if (std::exchange(m_isSummarizeLoading, loading) != loading) {
         Q_EMIT isSummarizeLoadingChanged();
     }
     updateSection();
@@ -52,8 +71,7 @@ void SummarizeStateManager::updateSection()
     } else if (m_isSummarizeLoading) {
         section = Section::Spinner;
     }
-    if (m_section != section) {
-        m_section = section;
+    if (std::exchange(m_section, section) != section) {
         Q_EMIT sectionChanged();
     }
 }
@@ -63,12 +81,46 @@ void SummarizeStateManager::loadStoredSummary()
     setSummarizeResponse(UserDefaults::standard().string(m_summarizeResponseKey));
 }
 
+std::string SummarizeStateManager::contentToSummarize() const
+{
+    MessageContent content = MessageContent::ofMessage(m_messageId);
+    if (content.text) {
+        return std::move(*content.text);
+    }
+    return content.isCurrent ? SummarizeManager::shared().fallbackSummarizeContent.get() : std::string();
+}
+
+void SummarizeStateManager::requestSummary(HandleApiRequests::SummaryCompletion completion) const
+{
+    const auto accessToken = AuthManager::shared().accessToken.get();
+    SummarizeRequestBody body{contentToSummarize(), UserDetailsManager::shared().email()};
+    storeFallbackContent(m_messageId, body.content);
+
+    const auto url = URL::parseAbsolute(currentApiURL() + "/summarize");
+    if (!url) {
+        completion(std::nullopt);
+        return;
+    }
+    if (!accessToken) {
+        print("Access token is null in summarize API call");
+        completion(std::nullopt);
+        return;
+    }
+    const std::string sentId = m_messageId.value_or("");
+    HandleApiRequests::sendSummarizeRequest(
+        *url, *accessToken, std::move(body), sentId,
+        [sentId, completion = std::move(completion)](std::optional<SummarizedResponse> record) {
+            recordResponse(sentId, record);
+            completion(std::move(record));
+        });
+}
+
 void SummarizeStateManager::summarize()
 {
     if (m_summarizeResponse || m_isSummarizeLoading) {
         return;
     }
-    requestSummary(m_messageId, [weak = weak_from_this()](std::optional<SummarizedResponse> record) {
+    requestSummary([weak = weak_from_this()](std::optional<SummarizedResponse> record) {
         DispatchQueue::main().async([weak, record = std::move(record)] {
             if (const auto manager = weak.lock()) {
                 manager->receiveAutomatic(record);
@@ -93,7 +145,7 @@ void SummarizeStateManager::receiveAutomatic(const std::optional<SummarizedRespo
 void SummarizeStateManager::summarizeFallback()
 {
     setSummarizeLoading(true);
-    requestSummary(m_messageId, [self = shared_from_this()](std::optional<SummarizedResponse> record) {
+    requestSummary([self = shared_from_this()](std::optional<SummarizedResponse> record) {
         DispatchQueue::main().async([self, record = std::move(record)] { self->receiveFallback(record); });
     });
 }

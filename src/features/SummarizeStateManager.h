@@ -1,5 +1,6 @@
 #pragma once
 
+#include "service/HandleApiRequests.h"
 #include "state/SignInPeriod.h"
 #include "state/SummarizedResponse.h"
 
@@ -12,7 +13,7 @@
 namespace quillmate
 {
 
-/// The summary of one panel as its views show it. Main thread only.
+/// The summary of one panel as its views show it, and the requests that drive it. Main thread only.
 class SummarizeStateManager : public QObject, public std::enable_shared_from_this<SummarizeStateManager>
 {
     Q_OBJECT
@@ -50,6 +51,12 @@ Q_SIGNALS:
 
 private:
     void updateSection();
+    /// The message's text as long as it is the one being replied to and its text is known, else the text kept for it:
+    /// another message may be the current one by now, and neither's text goes under the other's id.
+    [[nodiscard]] std::string contentToSummarize() const;
+    /// Sends one summary request. The completion runs at most once, on any thread; never when the refresh of the user's
+    /// details that goes before the request fails. What was received stands in `SummarizeManager.responses` by then.
+    void requestSummary(HandleApiRequests::SummaryCompletion completion) const;
     void receiveAutomatic(const std::optional<SummarizedResponse>& record);
     void receiveFallback(const std::optional<SummarizedResponse>& record);
 

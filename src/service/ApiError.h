@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/foundation/URLRequest.h"
+#include "platform/foundation/net/URLRequest.h"
 
 #include <string>
 #include <variant>

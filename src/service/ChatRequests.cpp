@@ -1,110 +1,119 @@
-#include "platform/foundation/URLSession.h"
-#include "platform/foundation/print.h"
 #include "service/HandleApiRequests.h"
-#include "service/RequestBuilder.h"
-
-#include <utility>
+#include "service/RequestSender.h"
 
 namespace quillmate
 {
 namespace
 {
 
-using StartResult = Result<ChatStartResponse, ApiError>;
-using MessageResult = Result<std::string, ApiError>;
-
-/// The reply's members, up to where the two requests go their own ways; nothing when no body came at all.
-std::optional<Result<JSONValue, ApiError>> readObject(const std::optional<std::string>& data,
-                                                      const std::optional<HTTPURLResponse>& response,
-                                                      const std::optional<URLError>& error)
+constexpr ReplyTable tableWith(std::string_view keys)
 {
-    using Read = Result<JSONValue, ApiError>;
-    if (error) {
-        print("Error sending chat request: " + error->description());
-        return Read::failure(ApiError::networkError(*error));
-    }
-    if (!response) {
-        print("Invalid response received from the server.");
-        return Read::failure(ApiError::invalidResponse());
-    }
-    if (!isSuccess(response->statusCode)) {
-        print("Server error: " + std::to_string(response->statusCode));
-        return Read::failure(ApiError::serverError(response->statusCode));
-    }
-    if (!data) {
-        return std::nullopt;
-    }
-    auto reply = JSONSerialization::jsonObject(*data, JSONSerialization::Fragments::Allowed);
-    if (!reply) {
-        print("Server error. Please try again.");
-        return Read::failure(ApiError::invalidData());
-    }
-    if (!reply.value().object()) {
-        print("Failed to cast JSON response to dictionary.");
-        return Read::failure(ApiError::invalidData());
-    }
-    return std::move(reply).value();
+    return {.transport = "Error sending chat request: ",
+            .parsing = "Server error. Please try again.",
+            .object = "Failed to cast JSON response to dictionary.",
+            .keys = keys};
 }
 
-StartResult readStart(const JSONValue& reply)
+std::optional<ChatStartResponse> startedIn(const JSONValue& object)
 {
-    const JSONValue* response = reply.member("response");
+    const JSONValue* response = object.member("response");
     const auto* assistantId = response ? response->stringMember("assistantId") : nullptr;
     const auto* threadId = response ? response->stringMember("threadId") : nullptr;
-    if (!assistantId || !threadId) {
-        print("The 'assistantId' or 'threadId' key does not exist or is not a string within the 'response' object.");
-        return StartResult::failure(ApiError::invalidData());
-    }
-    return ChatStartResponse{*assistantId, *threadId};
+    return assistantId && threadId ? std::optional(ChatStartResponse{*assistantId, *threadId}) : std::nullopt;
 }
 
-MessageResult readAnswer(const JSONValue& reply)
+/// Nothing when no body was delivered at all: the caller does not hear of that.
+std::optional<ApiError> errorOf(const ReplyFailure& failure)
 {
-    const auto* answer = reply.stringMember("response");
-    if (!answer) {
-        print("The 'response' key does not exist or is not a string.");
-        return MessageResult::failure(ApiError::invalidData());
+    switch (failure.stage) {
+    case ReplyStage::Transport:
+        return ApiError::networkError(failure.error.value_or(URLError()));
+    case ReplyStage::Response:
+        return ApiError::invalidResponse();
+    case ReplyStage::Status:
+        return ApiError::serverError(failure.statusCode);
+    case ReplyStage::Body:
+        return std::nullopt;
+    case ReplyStage::Parsing:
+    case ReplyStage::Object:
+    case ReplyStage::Keys:
+        break;
     }
-    return *answer;
+    return ApiError::invalidData();
 }
 
 template<typename Value>
-void send(const URL& url, const std::string& accessToken, Result<std::string, JSONError> encoded,
-          Result<Value, ApiError> (*read)(const JSONValue&), std::function<void(Result<Value, ApiError>)> completion)
+void send(BuiltRequest request, Reading<Value> (*read)(const ServiceReply&),
+          std::function<void(Result<Value, ApiError>)> completion)
 {
-    if (!encoded) {
-        print("Failed to encode JSON: " + encoded.error().description);
-        completion(Result<Value, ApiError>::failure(ApiError::invalidData()));
+    using Outcome = Result<Value, ApiError>;
+    if (!request) {
+        print(request.error());
+        completion(Outcome::failure(ApiError::invalidData()));
         return;
     }
-    URLRequest request = makePostRequest(url, accessToken, AcceptHeader::Omitted);
-    request.body = std::make_shared<const std::string>(std::move(encoded).value());
-    URLSession::shared()
-        .dataTask(std::move(request),
-                  [read, completion = std::move(completion)](auto data, auto response, auto error) {
-                      if (const auto reply = readObject(data, response, error)) {
-                          completion(*reply ? read(reply->value()) : Result<Value, ApiError>::failure(reply->error()));
-                      }
-                  })
-        ->resume();
+    sendRequest(std::move(request).value(), read, [completion = std::move(completion)](auto result) {
+        if (result) {
+            completion(Outcome(std::move(result).value()));
+        } else if (const auto error = errorOf(result.error())) {
+            completion(Outcome::failure(*error));
+        }
+    });
 }
 
 } // namespace
+
+BodyMembers ChatStartBody::members() const
+{
+    return {{"email", email},
+            {"plugin_source", pluginSource},
+            {"plugin_version", pluginVersion},
+            {"email_content", emailContent}};
+}
+
+BuiltRequest buildRequest(const URL& url, std::string_view accessToken, const ChatStartBody& body)
+{
+    return makePostRequest(url, accessToken, AcceptHeader::Omitted, body.members());
+}
+
+BuiltRequest buildRequest(const URL& url, std::string_view accessToken, const ChatBody& body)
+{
+    return makePostRequest(url, accessToken, AcceptHeader::Omitted,
+                           {{"assistantId", body.assistantId},
+                            {"threadId", body.threadId},
+                            {"email", body.email},
+                            {"content", body.content},
+                            {"plugin_source", pluginSource},
+                            {"plugin_version", pluginVersion}});
+}
+
+Reading<ChatStartResponse> readChatStart(const ServiceReply& reply)
+{
+    constexpr ReplyTable table = tableWith(
+        "The 'assistantId' or 'threadId' key does not exist or is not a string within the 'response' object.");
+    return readReply(reply, table, startedIn);
+}
+
+Reading<std::string> readChatAnswer(const ServiceReply& reply)
+{
+    constexpr ReplyTable table = tableWith("The 'response' key does not exist or is not a string.");
+    return readReply(reply, table, responseText);
+}
 
 void HandleApiRequests::sendChatStart(const URL& url, const std::string& accessToken, const ChatStartBody& body,
                                       ChatStartCompletion completion)
 {
     print("Start chat url:", url.absoluteString());
     print("Start chat access_token:", accessToken);
-    auto encoded = body.encode();
-    print("Start chat body:", encoded ? encoded.value() : body.description());
-    send(url, accessToken, std::move(encoded), readStart, std::move(completion));
+    auto request = buildRequest(url, accessToken, body);
+    print("Start chat body:", describe(request, body.members()));
+    send(std::move(request), readChatStart, std::move(completion));
 }
 
 void HandleApiRequests::sendChatMessage(const URL& url, const std::string& accessToken, const ChatBody& body,
                                         ChatMessageCompletion completion)
 {
-    send(url, accessToken, body.encode(), readAnswer, std::move(completion));
+    send(buildRequest(url, accessToken, body), readChatAnswer, std::move(completion));
 }
 
 } // namespace quillmate

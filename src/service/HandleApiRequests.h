@@ -1,10 +1,10 @@
 #pragma once
 
-#include "platform/foundation/Result.h"
-#include "platform/foundation/URL.h"
+#include "base/Result.h"
+#include "platform/foundation/net/URL.h"
 #include "service/ApiError.h"
-#include "service/ReplyRecords.h"
-#include "service/RequestBodies.h"
+#include "service/ServiceRequests.h"
+#include "state/SummarizedResponse.h"
 #include "state/UserDetailsManager.h"
 
 #include <functional>
@@ -13,6 +13,13 @@
 
 namespace quillmate
 {
+
+/// A generated reply, with the id of the message that it answers.
+struct GeneratedResponse {
+    std::string messageId;
+    std::string response;
+    bool operator==(const GeneratedResponse&) const = default;
+};
 
 /// The requests to the service. Every operation returns at once and reports later; none keeps state between calls. All
 /// of them may be called on any thread.

@@ -1,64 +1,56 @@
-#include "platform/foundation/URLSession.h"
-#include "platform/foundation/print.h"
 #include "service/HandleApiRequests.h"
-#include "service/RequestBuilder.h"
-
-#include <utility>
+#include "service/RequestSender.h"
 
 namespace quillmate
 {
 namespace
 {
 
-void receiveTrainingReply(const std::optional<std::string>& data, const std::optional<HTTPURLResponse>& response,
-                          const std::optional<URLError>& error, const HandleApiRequests::TrainingCompletion& completion)
+constexpr ReplyTable table{.transport = "Error sending request: ",
+                           .parsing = "Server error. Please try again.",
+                           .keys = "The 'sucess' key does not exist or is not a string."};
+
+std::optional<std::string> successIn(const JSONValue& object)
 {
-    if (error) {
-        print("Error sending request: " + error->description());
-        return;
-    }
-    if (!response) {
-        print("Invalid response received from the server.");
-        return;
-    }
-    if (!isSuccess(response->statusCode)) {
-        print("Server error: " + std::to_string(response->statusCode));
-        return;
-    }
-    if (!data) {
-        return;
-    }
-    const auto reply = JSONSerialization::jsonObject(*data, JSONSerialization::Fragments::Allowed);
-    if (!reply) {
-        print("Server error. Please try again.");
-        return;
-    }
-    if (const auto* text = reply.value().stringMember("success")) {
-        completion(*text);
-    } else {
-        print("The 'sucess' key does not exist or is not a string.");
-    }
+    const auto* text = object.stringMember("success");
+    return text ? std::optional(*text) : std::nullopt;
 }
 
 } // namespace
 
+BodyMembers TrainingDataBody::members() const
+{
+    return {{"email", email},
+            {"question", question},
+            {"answer", answer},
+            {"plugin_source", pluginSource},
+            {"plugin_version", pluginVersion}};
+}
+
+BuiltRequest buildRequest(const URL& url, std::string_view accessToken, const TrainingDataBody& body)
+{
+    return makePostRequest(url, accessToken, AcceptHeader::Omitted, body.members());
+}
+
+Reading<std::string> readTraining(const ServiceReply& reply)
+{
+    return readReply(reply, table, successIn);
+}
+
 void HandleApiRequests::sendTrainingData(const URL& url, const std::string& accessToken, const TrainingDataBody& body,
                                          TrainingCompletion completion)
 {
-    URLRequest request = makePostRequest(url, accessToken, AcceptHeader::Omitted);
-    auto encoded = body.encode();
-    print("TRAINIG DATA BODY", encoded ? encoded.value() : body.description());
-    if (!encoded) {
-        print("Failed to encode JSON: " + encoded.error().description);
+    auto request = buildRequest(url, accessToken, body);
+    print("TRAINIG DATA BODY", describe(request, body.members()));
+    if (!request) {
+        print(request.error());
         return;
     }
-    request.body = std::make_shared<const std::string>(std::move(encoded).value());
-    URLSession::shared()
-        .dataTask(std::move(request),
-                  [completion = std::move(completion)](auto data, auto response, auto error) {
-                      receiveTrainingReply(data, response, error, completion);
-                  })
-        ->resume();
+    sendRequest(std::move(request).value(), readTraining, [completion = std::move(completion)](const auto& success) {
+        if (success) {
+            completion(success.value());
+        }
+    });
 }
 
 } // namespace quillmate

@@ -1,89 +1,80 @@
-#include "platform/foundation/DispatchQueue.h"
-#include "platform/foundation/URLSession.h"
-#include "platform/foundation/print.h"
+#include "platform/foundation/schedule/DispatchQueue.h"
 #include "service/HandleApiRequests.h"
-#include "service/RequestBuilder.h"
+#include "service/RequestSender.h"
 #include "state/IncommingUpdatesManager.h"
-
-#include <utility>
 
 namespace quillmate
 {
 namespace
 {
 
-void publishVersion(const std::string* version)
+constexpr ReplyTable table{.method = ReplyTable::Method::Get,
+                           .transport = "Error: ",
+                           .body = "No data received",
+                           .parsing = "Error parsing response data from server: ",
+                           .object = "Server error. Please try again.",
+                           .rendering = "JSON response is: "};
+
+std::optional<LatestVersion> versionIn(const JSONValue& object)
 {
-    if (!version) {
-        print("New app version is null in response");
-        DispatchQueue::main().async([] { IncommingUpdatesManager::shared().newVersion.set(std::nullopt); });
-        return;
-    }
-    DispatchQueue::main().async([version = *version] {
-        print("The new available version is:", version);
-        IncommingUpdatesManager::shared().newVersion.set(version);
-    });
+    const auto text = [&object](std::string_view key) {
+        const auto* found = object.stringMember(key);
+        return found ? std::optional(*found) : std::nullopt;
+    };
+    return LatestVersion{text("current_version"), text("download_url")};
 }
 
-void publishLink(const std::string* link)
+void publish(const LatestVersion& latest)
 {
-    if (!link) {
-        print("New download URL is null in response");
+    IncommingUpdatesManager& manager = IncommingUpdatesManager::shared();
+    if (latest.version) {
+        print("The new available version is:", *latest.version);
     }
-    DispatchQueue::main().async([link = link ? std::optional(*link) : std::nullopt] {
-        IncommingUpdatesManager& manager = IncommingUpdatesManager::shared();
-        manager.updateUrl.set(link);
-        manager.setIncommingUpdatesAvailable(link.has_value());
-    });
-}
-
-void receiveVersion(const std::optional<std::string>& data, const std::optional<URLError>& error)
-{
-    if (error) {
-        print("Error: " + error->description());
-        return;
-    }
-    if (!data) {
-        print("No data received");
-        return;
-    }
-    const auto reply = JSONSerialization::jsonObject(*data, JSONSerialization::Fragments::Refused);
-    if (!reply) {
-        print("Error parsing response data from server: " + reply.error().description);
-        return;
-    }
-    if (!reply.value().object()) {
-        print("Server error. Please try again.");
-        DispatchQueue::main().async([] { IncommingUpdatesManager::shared().setIncommingUpdatesAvailable(false); });
-        return;
-    }
-    const auto rendering = JSONEncoder::encode(reply.value());
-    print("JSON response is:", rendering ? rendering.value() : rendering.error().description);
-    // The version's block is queued first, so the main thread applies it first.
-    publishVersion(reply.value().stringMember("current_version"));
-    publishLink(reply.value().stringMember("download_url"));
+    manager.newVersion.set(latest.version);
+    manager.updateUrl.set(latest.downloadURL);
+    manager.setIncommingUpdatesAvailable(latest.downloadURL.has_value());
 }
 
 } // namespace
 
-void HandleApiRequests::fetchLatestVersion(const std::string& url, const std::string& currentVersion)
+BuiltRequest buildVersionRequest(const std::string& url, std::string_view currentVersion)
 {
     const auto components = URL::parse(url);
     if (!components) {
-        print("Invalid URL");
-        return;
+        return BuiltRequest::failure("Invalid URL");
     }
     const auto complete =
         URL::parseAbsolute(components->withQueryItem("currentVersion", currentVersion).absoluteString());
-    if (!complete) {
-        print("Failed to construct URL with query parameter");
+    return complete ? URLRequest{*complete} : BuiltRequest::failure("Failed to construct URL with query parameter");
+}
+
+Reading<LatestVersion> readLatestVersion(const ServiceReply& reply)
+{
+    auto reading = readReply(reply, table, versionIn);
+    if (reading.result && !reading.result.value().version) {
+        reading.lines.emplace_back("New app version is null in response");
+    }
+    if (reading.result && !reading.result.value().downloadURL) {
+        reading.lines.emplace_back("New download URL is null in response");
+    }
+    return reading;
+}
+
+void HandleApiRequests::fetchLatestVersion(const std::string& url, const std::string& currentVersion)
+{
+    auto request = buildVersionRequest(url, currentVersion);
+    if (!request) {
+        print(request.error());
         return;
     }
-    URLRequest request = makeGetRequest(*complete);
-    print("Sending request to URL:", complete->absoluteString());
-    URLSession::shared()
-        .dataTask(std::move(request), [](auto data, const auto&, auto error) { receiveVersion(data, error); })
-        ->resume();
+    print("Sending request to URL:", request.value().url.absoluteString());
+    sendRequest(std::move(request).value(), readLatestVersion, [](auto latest) {
+        if (latest) {
+            DispatchQueue::main().async([latest = std::move(latest).value()] { publish(latest); });
+        } else if (latest.error().stage == ReplyStage::Object) {
+            DispatchQueue::main().async([] { IncommingUpdatesManager::shared().setIncommingUpdatesAvailable(false); });
+        }
+    });
 }
 
 } // namespace quillmate

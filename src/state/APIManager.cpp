@@ -1,8 +1,8 @@
 #include "state/APIManager.h"
 
 #include "platform/foundation/NotificationCenter.h"
-#include "platform/foundation/UserDefaults.h"
-#include "platform/foundation/print.h"
+#include "platform/foundation/settings/UserDefaults.h"
+#include "platform/foundation/text/print.h"
 #include "state/AuthManager.h"
 #include "state/Notifications.h"
 #include "state/SettingsKeys.h"

@@ -1,9 +1,9 @@
 #include "state/AuthManager.h"
 
 #include "platform/foundation/NotificationCenter.h"
-#include "platform/foundation/URLCache.h"
-#include "platform/foundation/UserDefaults.h"
-#include "platform/foundation/print.h"
+#include "platform/foundation/net/URLCache.h"
+#include "platform/foundation/settings/UserDefaults.h"
+#include "platform/foundation/text/print.h"
 #include "state/Notifications.h"
 
 namespace quillmate
@@ -17,7 +17,7 @@ AuthManager& AuthManager::shared()
 
 void AuthManager::logout()
 {
-    ++m_logoutCount;
+    ++m_logouts;
     countTokenGivenUp();
     accessToken.set(std::nullopt);
     clearSettingsStore();

@@ -23,16 +23,16 @@ public:
     void logout();
 
     /// How often `logout` has run in this process.
-    [[nodiscard]] unsigned logoutCount() const { return m_logoutCount; }
-    /// A user's time is over, by `logout` or by another environment.
-    void countTokenGivenUp() { ++m_tokenCount; }
-    [[nodiscard]] unsigned tokenCount() const { return m_tokenCount; }
+    [[nodiscard]] unsigned logouts() const { return m_logouts; }
+    /// How often a user's time has ended, by `logout` or by another environment.
+    [[nodiscard]] unsigned tokensGivenUp() const { return m_tokensGivenUp; }
+    void countTokenGivenUp() { ++m_tokensGivenUp; }
 
 private:
     AuthManager() = default;
 
-    std::atomic<unsigned> m_logoutCount = 0;
-    std::atomic<unsigned> m_tokenCount = 0;
+    std::atomic<unsigned> m_logouts = 0;
+    std::atomic<unsigned> m_tokensGivenUp = 0;
 };
 
 /// Removes every key of the settings store.

@@ -5,14 +5,14 @@
 namespace quillmate
 {
 
+IncommingUpdatesManager::IncommingUpdatesManager()
+{
+    belongToMainThread(*this);
+}
+
 IncommingUpdatesManager& IncommingUpdatesManager::shared()
 {
-    // One step for both: only the thread that has made an object can hand it to another.
-    static IncommingUpdatesManager& manager = []() -> IncommingUpdatesManager& {
-        static IncommingUpdatesManager made;
-        belongToMainThread(made);
-        return made;
-    }();
+    static IncommingUpdatesManager manager;
     return manager;
 }
 

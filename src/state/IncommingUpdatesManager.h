@@ -33,7 +33,7 @@ Q_SIGNALS:
     void incommingUpdatesAvailableChanged();
 
 private:
-    IncommingUpdatesManager() = default;
+    IncommingUpdatesManager();
 
     Synchronized<bool> m_available;
 };

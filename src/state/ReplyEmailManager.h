@@ -29,7 +29,11 @@ struct ReplyEmail {
 class ReplyEmailManager
 {
 public:
-    static ReplyEmailManager& shared();
+    static ReplyEmailManager& shared()
+    {
+        static ReplyEmailManager manager;
+        return manager;
+    }
 
     [[nodiscard]] ReplyEmail record() const { return m_record.get(); }
     [[nodiscard]] std::optional<std::string> messageId()

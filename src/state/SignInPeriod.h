@@ -11,17 +11,17 @@ class SignInPeriod
 public:
     /// The period of now.
     SignInPeriod()
-        : m_logouts(AuthManager::shared().logoutCount())
-        , m_tokens(AuthManager::shared().tokenCount())
+        : m_logouts(AuthManager::shared().logouts())
+        , m_tokens(AuthManager::shared().tokensGivenUp())
     {
     }
 
     /// What a panel asked for before must be neither stored nor shown: the store was emptied, and another user may have
     /// signed in.
-    [[nodiscard]] bool isOver() const { return AuthManager::shared().logoutCount() != m_logouts; }
+    [[nodiscard]] bool isOver() const { return AuthManager::shared().logouts() != m_logouts; }
     /// The token of before is gone, after a change of environment as well: nothing more may be sent in the name of
     /// whoever signs in next.
-    [[nodiscard]] bool isTokenGone() const { return AuthManager::shared().tokenCount() != m_tokens; }
+    [[nodiscard]] bool isTokenGone() const { return AuthManager::shared().tokensGivenUp() != m_tokens; }
 
 private:
     unsigned m_logouts;

@@ -12,7 +12,11 @@ namespace quillmate
 class StartChatManager
 {
 public:
-    static StartChatManager& shared();
+    static StartChatManager& shared()
+    {
+        static StartChatManager manager;
+        return manager;
+    }
 
     Synchronized<std::optional<std::string>> assistantId;
     Synchronized<std::optional<std::string>> threadId;

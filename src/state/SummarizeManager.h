@@ -14,7 +14,11 @@ namespace quillmate
 class SummarizeManager
 {
 public:
-    static SummarizeManager& shared();
+    static SummarizeManager& shared()
+    {
+        static SummarizeManager manager;
+        return manager;
+    }
 
     /// Every summary received, by the id of the message it was asked for (empty when that had none).
     Synchronized<std::map<std::string, SummarizedResponse>> responses;

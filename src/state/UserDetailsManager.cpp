@@ -5,14 +5,14 @@
 namespace quillmate
 {
 
+UserDetailsManager::UserDetailsManager()
+{
+    belongToMainThread(*this);
+}
+
 UserDetailsManager& UserDetailsManager::shared()
 {
-    // One step for both: only the thread that has made an object can hand it to another.
-    static UserDetailsManager& manager = []() -> UserDetailsManager& {
-        static UserDetailsManager made;
-        belongToMainThread(made);
-        return made;
-    }();
+    static UserDetailsManager manager;
     return manager;
 }
 

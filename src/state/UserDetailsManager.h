@@ -28,7 +28,7 @@ Q_SIGNALS:
     void emailChanged();
 
 private:
-    UserDetailsManager() = default;
+    UserDetailsManager();
 
     Synchronized<std::string> m_email;
 };

@@ -4,6 +4,7 @@ import os
 import subprocess
 import tempfile
 
+LIVE_HOST = os.environ.get("QUILLMATE_LIVE_HOST", "")  # the build's
 PATIENCE = int(os.environ.get("PATIENCE", "60"))  # seconds; a sanitizer makes the program slow
 
 
@@ -20,7 +21,7 @@ class Service:
 
     def environment(self):
         return {
-            "QUILLMATE_CONNECT_TO": "quillmate.example=" + self.origin.removeprefix("https://"),
+            "QUILLMATE_CONNECT_TO": LIVE_HOST + "=" + self.origin.removeprefix("https://"),
             "QUILLMATE_CA_FILE": self.authority,
         }
 

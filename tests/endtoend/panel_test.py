@@ -11,7 +11,8 @@ import sys
 import unittest
 
 from desk import Atspi, Desk, keys, type_text, until, write_into
-from local_service import Service
+from local_service import LIVE_HOST, Service
+from windows import look
 
 PROGRAMS = sys.argv.pop(1)
 SAMPLE = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "samples", "plain.eml")
@@ -114,7 +115,7 @@ class Preview(unittest.TestCase):
 
 class Link(unittest.TestCase):
     def test_panel_of_a_session(self):
-        desk = Desk(program("quillmate-extension"), [], {"QUILLMATE_CONNECT_TO": "quillmate.example=127.0.0.1:1"})
+        desk = Desk(program("quillmate-extension"), [], {"QUILLMATE_CONNECT_TO": LIVE_HOST + "=127.0.0.1:1"})
 
         def send(frame):
             data = json.dumps(frame).encode()
@@ -125,6 +126,9 @@ class Link(unittest.TestCase):
         message = {"rawData": raw, "subject": "Plans", "fromAddress": {"addressString": None}, "headers": None}
         send({"type": "composeSessionDidBegin", "session": "s", "originalMessage": message})
         send({"type": "viewControllerForSession", "session": "s"})
+        desk.wait_for("push button", "Login")
+        # The user is writing: a window that no user's act brought about leaves the keyboard where it is (EWMH 1.5).
+        self.assertIn("= 0\n", look("xprop", "-name", "Quillmate", "_NET_WM_USER_TIME"))
         desk.press("push button", "Login")
         until(lambda: any("Error making GET request" in line for line in desk.lines()), "the request")
         send({"type": "composeSessionDidEnd", "session": "s"})
@@ -134,7 +138,7 @@ class Link(unittest.TestCase):
 
 class Chat(unittest.TestCase):
     def test_failure_is_told_and_the_question_kept(self):
-        desk = Desk(program("quillmate-chat"), [], {"QUILLMATE_CONNECT_TO": "quillmate.example=127.0.0.1:1"})
+        desk = Desk(program("quillmate-chat"), [], {"QUILLMATE_CONNECT_TO": LIVE_HOST + "=127.0.0.1:1"})
         write_into(desk.wait_for("text", "Ask questions here"), "Hello?")
         desk.press("push button", "Send")
         desk.wait_for("label", "Something went wrong, please try again")

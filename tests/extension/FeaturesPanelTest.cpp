@@ -1,12 +1,16 @@
 #include "extension/PanelFixture.h"
-#include "platform/foundation/MainSchedule.h"
-#include "platform/foundation/URLSession.h"
-#include "platform/foundation/UserDefaults.h"
+#include "features/MessageContent.h"
+#include "platform/foundation/net/URLSession.h"
+#include "platform/foundation/schedule/MainSchedule.h"
+#include "platform/foundation/settings/UserDefaults.h"
 #include "state/APIManager.h"
 #include "state/AuthManager.h"
 #include "state/IncommingUpdatesManager.h"
+#include "state/ReplyEmailManager.h"
+#include "state/SummarizeManager.h"
+#include "support/TestProgram.h"
 
-#include <QTest>
+#include <QGuiApplication>
 
 #include <algorithm>
 #include <atomic>
@@ -22,16 +26,26 @@ private Q_SLOTS:
     void initTestCase() { std::ignore = currentApiURL(); } // The first use is told of, once.
     void init();
     void firstReplyAndAnotherPanel();
-    void endsAtAnyMoment_data();
-    void endsAtAnyMoment();
+    void endsMeanwhile();
     void environmentChange();
     void updateFound();
+    void fallbackEditor();
+    void messageTooLongToShow();
+    void lookingChangesNothing();
 
 private:
     void showSignedIn();
     void ask(const char* question);
+    /// From now on; nothing else is answered but who the user is.
+    void answerSummaries(const TestReply& reply);
     static void waitForTheNetwork();
     [[nodiscard]] QString text(const char* item) const;
+    /// How often the server got the request.
+    [[nodiscard]] long countOf(const std::string& request)
+    {
+        const auto lines = m_fixture.server().lines();
+        return std::count(lines.begin(), lines.end(), request);
+    }
 
     PanelFixture m_fixture;
 };
@@ -39,10 +53,11 @@ private:
 namespace
 {
 
+const std::string me = "GET /api/v1/me";
+const std::string summarize = "POST /api/v1/summarize";
 const std::string generate = "POST /api/v1/response";
 const std::string chatStart = "POST /api/v1/chat/start";
 const std::string chatSend = "POST /api/v1/chat/send";
-const std::string training = "POST /api/v1/create-training-data";
 const std::string started = R"({"response":{"assistantId":"a","threadId":"t"}})";
 
 } // namespace
@@ -51,11 +66,10 @@ void FeaturesPanelTest::init()
 {
     m_fixture.reset();
     IncommingUpdatesManager::shared().setIncommingUpdatesAvailable(false);
-    m_fixture.server().reply("POST /api/v1/summarize", R"({"response":"Short."})");
+    m_fixture.server().reply(summarize, R"({"response":"Short."})");
     m_fixture.server().reply(generate, R"({"response":"Dear Ana"})");
     m_fixture.server().reply(chatStart, started);
     m_fixture.server().reply(chatSend, R"({"response":"On Thursday."})");
-    m_fixture.server().reply(training, R"({"success":"Stored."})");
     useMessage("m1", "The content");
 }
 
@@ -75,12 +89,19 @@ void FeaturesPanelTest::ask(const char* question)
     m_fixture.click("sendButton");
 }
 
+void FeaturesPanelTest::answerSummaries(const TestReply& reply)
+{
+    m_fixture.server().reset();
+    m_fixture.server().reply(me, R"({"email":"a@b.example","name":"A"})");
+    m_fixture.server().reply(summarize, reply);
+}
+
 /// Nothing tells when a reply has arrived at a panel that is gone; one that was asked for later has.
 void FeaturesPanelTest::waitForTheNetwork()
 {
     const auto arrived = std::make_shared<std::atomic<bool>>(false);
     URLSession::shared()
-        .dataTask({*URL::parseAbsolute("https://quillmate.example/later")},
+        .dataTask({*URL::parseAbsolute("https://other.example/later")},
                   [arrived](const auto&, const auto&, const auto&) { *arrived = true; })
         ->resume();
     QTRY_VERIFY(*arrived);
@@ -105,9 +126,6 @@ void FeaturesPanelTest::firstReplyAndAnotherPanel()
     QTRY_COMPARE(text("replyText"), QStringLiteral("Dear Ana"));
     QVERIFY(!m_fixture.item("loadingOverlay"));
     QVERIFY(m_fixture.item("toast"));
-    const auto sent = m_fixture.server().requests();
-    QCOMPARE(sent.back().body, std::string(R"({"messageId":"m1","content":"The content","email":"a@b.example",)"
-                                           R"("plugin_source":"plugin_apple","plugin_version":"v1.0.0"})"));
     ask("When?");
     QTRY_COMPARE(m_fixture.server().lines().back(), chatSend);
     QTRY_COMPARE(m_fixture.item("chatMessages")->property("count").toInt(), 2);
@@ -117,74 +135,39 @@ void FeaturesPanelTest::firstReplyAndAnotherPanel()
     QVERIFY(m_fixture.item("generateButton"));
     m_fixture.item("panelTabs")->setProperty("currentIndex", 1);
     QCOMPARE(m_fixture.item("chatMessages")->property("count").toInt(), 0);
-    const auto asked = m_fixture.server().lines();
     useMessage("m1", "The content");
     showSignedIn();
     QCOMPARE(text("replyText"), QStringLiteral("Dear Ana"));
     m_fixture.item("panelTabs")->setProperty("currentIndex", 1);
     QCOMPARE(m_fixture.item("chatMessages")->property("count").toInt(), 2);
     for (const std::string& line : {generate, chatStart, chatSend}) {
-        const auto now = m_fixture.server().lines();
-        QCOMPARE(std::count(now.begin(), now.end(), line), std::count(asked.begin(), asked.end(), line));
+        QCOMPARE(countOf(line), 1L);
     }
 }
 
-void FeaturesPanelTest::endsAtAnyMoment_data()
+void FeaturesPanelTest::endsMeanwhile()
 {
-    QTest::addColumn<QString>("request");
-    QTest::addColumn<QString>("end");
-    for (const char* request : {"reply", "training", "chat start", "chat send"}) {
-        for (const char* end : {"log out", "close", "another message", "nothing"}) {
-            QTest::addRow("%s, %s", request, end) << QString::fromLatin1(request) << QString::fromLatin1(end);
-        }
-    }
-}
-
-void FeaturesPanelTest::endsAtAnyMoment()
-{
-    QFETCH(const QString, request);
-    QFETCH(const QString, end);
     const ManualTime time;
-    showSignedIn();
-    if (request == QLatin1String("training")) {
-        m_fixture.click("generateButton");
-        QTRY_VERIFY(m_fixture.item("submitButton"));
-        m_fixture.click("submitButton");
-    } else if (request == QLatin1String("reply")) {
-        m_fixture.click("generateButton");
-    } else {
-        ask("When?");
-        if (request == QLatin1String("chat send")) {
-            QTRY_VERIFY(m_fixture.log().lines().filter(QStringLiteral("Start chat body")).size() == 1);
+    for (const bool reply : {true, false}) {
+        for (const bool logOut : {true, false}) {
+            init();
+            showSignedIn();
+            if (reply) {
+                m_fixture.click("generateButton");
+            } else {
+                ask("When?");
+            }
+            if (logOut) {
+                m_fixture.click("logOutButton");
+            } else {
+                m_fixture.close();
+            }
+            // Whatever is under way arrives.
+            QTRY_COMPARE(countOf(reply ? generate : chatStart), 1L);
+            waitForTheNetwork();
+            QCOMPARE(UserDefaults::standard().dictionaryRepresentation().empty(), logOut);
+            QCOMPARE(m_fixture.item("loginButton") != nullptr, logOut);
         }
-    }
-    if (end == QLatin1String("log out")) {
-        m_fixture.click("logOutButton");
-    } else if (end == QLatin1String("close")) {
-        m_fixture.close();
-    } else if (end == QLatin1String("another message")) {
-        useMessage("m2", "Another content");
-    }
-    // Whatever is under way arrives.
-    const auto last = request == QLatin1String("training") ? training
-                      : request == QLatin1String("reply")  ? generate
-                                                           : chatStart;
-    QTRY_VERIFY([&] {
-        const auto lines = m_fixture.server().lines();
-        return std::find(lines.begin(), lines.end(), last) != lines.end();
-    }());
-    waitForTheNetwork();
-    const auto stored = UserDefaults::standard().dictionaryRepresentation();
-    if (end == QLatin1String("log out")) {
-        QVERIFY2(stored.empty(), stored.empty() ? "" : stored.begin()->first.c_str());
-        QVERIFY(m_fixture.item("loginButton"));
-    }
-    for (const auto& [key, value] : stored) {
-        QVERIFY2(key.find("m2") == std::string::npos, key.c_str());
-    }
-    if (end == QLatin1String("another message") && request == QLatin1String("reply")) {
-        QTRY_COMPARE(UserDefaults::standard().string("generateResponse m1"), std::optional<std::string>("Dear Ana"));
-        QVERIFY(UserDefaults::standard().boolean("m1_generateResponse"));
     }
 }
 
@@ -203,21 +186,93 @@ void FeaturesPanelTest::environmentChange()
 void FeaturesPanelTest::updateFound()
 {
     const ManualTime time;
-    m_fixture.server().reset();
-    m_fixture.server().reply("GET /api/v1/me", R"({"email":"a@b.example","name":"A"})");
-    m_fixture.server().reply("POST /api/v1/summarize", R"({"response":"Short."})");
-    m_fixture.server().reply("GET /api/v1/apple-version?currentVersion=1.0.0",
-                             R"({"current_version":"2.0.0","download_url":"https://quillmate.example/d"})");
+    answerSummaries({200, R"({"response":"Short."})"});
+    m_fixture.server().reply("GET /api/v1" + versionCheck(),
+                             R"({"current_version":"2.0.0","download_url":"https://other.example/d"})");
     AuthManager::shared().accessToken.set("token");
     m_fixture.show();
     QTRY_VERIFY(m_fixture.item("updateNowButton"));
     m_fixture.click("updateNowButton");
-    QCOMPARE(m_fixture.opened(), std::vector<std::string>{"https://quillmate.example/d"});
+    QCOMPARE(m_fixture.opened(), std::vector<std::string>{"https://other.example/d"});
     QVERIFY(m_fixture.item("updateNowButton"));
     m_fixture.click("logOutButton"); // The notice's own.
     QVERIFY(m_fixture.item("loginButton"));
     QVERIFY(!m_fixture.item("updateNowButton"));
 }
 
-QTEST_MAIN(FeaturesPanelTest)
+void FeaturesPanelTest::fallbackEditor()
+{
+    const ManualTime time;
+    answerSummaries(TestReply{500});
+    AuthManager::shared().accessToken.set("token");
+    m_fixture.show();
+    QTRY_VERIFY(m_fixture.item("summarySpinner"));
+    QTRY_COMPARE(ManualTime::pendingDelays().size(), std::size_t(2));
+    // The panel goes on speaking of its own message.
+    useMessage("m2", "Another content");
+    storeFallbackContent("m2", "kept for m2");
+    for (int attempt = 1; attempt <= 3; ++attempt) {
+        QTRY_COMPARE(ManualTime::pendingDelays().size(), std::size_t(2));
+        ManualTime::advance(2.0);
+    }
+    QTRY_VERIFY(m_fixture.item("fallbackInput"));
+    QCOMPARE(text("fallbackInput"), QStringLiteral("The content")); // what was sent last
+    // Every change is kept.
+    m_fixture.item("fallbackInput")->setProperty("text", QStringLiteral("Pasted for m1"));
+    QCOMPARE(loadFallbackContent("m1"), std::optional<std::string>("Pasted for m1"));
+    QCOMPARE(loadFallbackContent("m2"), std::optional<std::string>("kept for m2"));
+    QCOMPARE(SummarizeManager::shared().fallbackSummarizeContent.get(), std::string("Pasted for m1"));
+    answerSummaries({200, R"({"response":"Short."})"});
+    m_fixture.click("summarizeButton");
+    QTRY_COMPARE(text("summaryText"), QStringLiteral("Short."));
+    QVERIFY(m_fixture.server().requests().back().body.find("\"content\":\"Pasted for m1\"") != std::string::npos);
+    // The next panel has the editor again, with the text that was typed.
+    useMessage("m1", "");
+    ReplyEmailManager::shared().update([](ReplyEmail& record) { record.content.reset(); });
+    m_fixture.show();
+    QTRY_VERIFY(m_fixture.item("fallbackInput"));
+    QCOMPARE(text("fallbackInput"), QStringLiteral("Pasted for m1"));
+}
+
+void FeaturesPanelTest::messageTooLongToShow()
+{
+    const ManualTime time;
+    const std::string content(3'000'000, 'x');
+    storeFallbackContent("m1", content);
+    ReplyEmailManager::shared().update([](ReplyEmail& record) { record.content.reset(); });
+    SummarizeManager::shared().requestFailed = true;
+    SummarizeManager::shared().fallbackSummarizeContent.set(content);
+    AuthManager::shared().accessToken.set("token");
+    answerSummaries({200, "{}"});
+    m_fixture.show();
+    auto* input = m_fixture.item("fallbackInput");
+    QVERIFY(input);
+    QCOMPARE(input->property("text").toString(), QString());
+    QVERIFY(input->property("placeholderText").toString().contains(QStringLiteral("3.0 MB")));
+    // It is kept and sent all the same.
+    m_fixture.click("summarizeButton");
+    constexpr int megabytesTake = 30'000; // The sanitizers' checks of them included.
+    QTRY_VERIFY_WITH_TIMEOUT(m_fixture.log().lines().contains(QStringLiteral("Failed to summarize.")), megabytesTake);
+    QVERIFY(m_fixture.server().requests().back().body.size() > content.size());
+    QVERIFY(loadFallbackContent("m1") == content);
+}
+
+void FeaturesPanelTest::lookingChangesNothing()
+{
+    // The control shows these three otherwise than it got them.
+    const ManualTime time;
+    const std::string content = "a\r\nb\u00a0c\u2028d";
+    useMessage("m1", content.c_str());
+    storeFallbackContent("m1", content);
+    SummarizeManager::shared().requestFailed = true;
+    SummarizeManager::shared().fallbackSummarizeContent.set("of another message");
+    AuthManager::shared().accessToken.set("token");
+    answerSummaries({200, "{}"});
+    m_fixture.show();
+    QTRY_VERIFY(text("fallbackInput").startsWith(QStringLiteral("a")));
+    QCOMPARE(loadFallbackContent("m1"), std::optional(content));
+    QCOMPARE(SummarizeManager::shared().fallbackSummarizeContent.get(), content);
+}
+
+QUILLMATE_TEST(FeaturesPanelTest, QGuiApplication)
 #include "FeaturesPanelTest.moc"

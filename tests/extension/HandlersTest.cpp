@@ -3,13 +3,11 @@
 #include "state/ReplyEmailManager.h"
 #include "support/LogCapture.h"
 #include "support/TestEnvironment.h"
+#include "support/TestProgram.h"
 
 #include <QFile>
+#include <QGuiApplication>
 #include <QResource>
-#include <QTest>
-
-#include <array>
-#include <thread>
 
 using namespace quillmate;
 
@@ -30,13 +28,10 @@ class HandlersTest : public QObject
 
 private Q_SLOTS:
     void handlersAreHandedOut();
-    void firstRequestsAtOnce();
     void messageActions_data();
     void messageActions();
     void contentRules();
-    void withoutContentRules();
     void securityIsDeclined();
-    void signersGetAController();
 
 private:
     TestEnvironment m_environment;
@@ -50,22 +45,6 @@ void HandlersTest::handlersAreHandedOut()
     QCOMPARE(m_extension.handlerForContentBlocker(), m_extension.handlerForContentBlocker());
     QCOMPARE(m_extension.handlerForMessageActions(), MailExtension().handlerForMessageActions());
     QCOMPARE(m_extension.handlerForMessageSecurity(), m_extension.handlerForMessageSecurity());
-}
-
-void HandlersTest::firstRequestsAtOnce()
-{
-    std::array<std::shared_ptr<MEMessageSecurityHandler>, 4> handlers;
-    std::vector<std::thread> threads;
-    for (auto& handler : handlers) {
-        threads.emplace_back([&] { handler = m_extension.handlerForMessageSecurity(); });
-    }
-    for (auto& thread : threads) {
-        thread.join();
-    }
-    for (const auto& handler : handlers) {
-        QVERIFY(handler != nullptr);
-        QCOMPARE(handler, handlers.front());
-    }
 }
 
 void HandlersTest::messageActions_data()
@@ -111,10 +90,6 @@ void HandlersTest::contentRules()
     const std::string shipped = file.readAll().toStdString();
     QVERIFY(!shipped.empty());
     QCOMPARE(m_extension.handlerForContentBlocker()->contentRulesJSON(), shipped);
-}
-
-void HandlersTest::withoutContentRules()
-{
     takeRulesAway();
     const std::string rules = m_extension.handlerForContentBlocker()->contentRulesJSON();
     bringRulesBack();
@@ -140,16 +115,11 @@ void HandlersTest::securityIsDeclined()
     });
     QCOMPARE(completions, 3);
     QVERIFY(!handler->decodedMessage("data"));
-}
-
-void HandlersTest::signersGetAController()
-{
-    const auto handler = m_extension.handlerForMessageSecurity();
     const auto first = handler->extensionViewControllerForMessageSigners();
     QVERIFY(first && first->view());
     QVERIFY(first != handler->extensionViewControllerForMessageSigners());
     QVERIFY(!handler->extensionViewControllerForMessageContext());
 }
 
-QTEST_MAIN(HandlersTest)
+QUILLMATE_TEST(HandlersTest, QGuiApplication)
 #include "HandlersTest.moc"

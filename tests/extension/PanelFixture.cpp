@@ -1,8 +1,9 @@
 #include "extension/PanelFixture.h"
 
 #include "platform/appkit/NSWorkspace.h"
-#include "platform/foundation/MainSchedule.h"
-#include "platform/foundation/URLSessionThread.h"
+#include "platform/foundation/net/URLSessionThread.h"
+#include "platform/foundation/schedule/MainSchedule.h"
+#include "state/AppVersion.h"
 #include "state/AuthManager.h"
 #include "state/ReplyEmailManager.h"
 #include "state/SummarizeManager.h"
@@ -56,7 +57,7 @@ void PanelFixture::reset()
     m_server.dropConnections();
     MainSchedule::shared().clear();
     m_server.reset();
-    m_server.reply("GET /api/v1/apple-version?currentVersion=1.0.0", "{}");
+    m_server.reply("GET /api/v1" + versionCheck(), "{}");
     m_server.reply("GET /api/v1/me", R"({"email":"a@b.example","name":"A"})");
     AuthManager::shared().accessToken.set(std::nullopt);
     UserDetailsManager::shared().setEmail("");
@@ -100,6 +101,11 @@ void PanelFixture::click(const char* objectName)
     m_window.grabWindow(); // Lays out what is new, so that the click meets it.
     const QPointF centre = target->mapToScene({target->width() / 2, target->height() / 2});
     QTest::mouseClick(&m_window, Qt::LeftButton, Qt::NoModifier, centre.toPoint());
+}
+
+std::string versionCheck()
+{
+    return "/apple-version?currentVersion=" + appVersion().value();
 }
 
 void useMessage(const char* messageId, const char* content)

@@ -47,6 +47,9 @@ private:
     std::shared_ptr<ComposeSessionViewController> m_controller;
 };
 
+/// Path and query of the question for a newer version, below the API's or the origin.
+[[nodiscard]] std::string versionCheck();
+
 /// Puts a message into the shared record, as a compose session would.
 void useMessage(const char* messageId, const char* content);
 

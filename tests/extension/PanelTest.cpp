@@ -1,15 +1,12 @@
 #include "extension/PanelFixture.h"
-#include "features/RepliedMessage.h"
-#include "features/SummarizeStateManager.h"
-#include "platform/foundation/MainSchedule.h"
 #include "platform/foundation/NotificationCenter.h"
-#include "platform/foundation/UserDefaults.h"
+#include "platform/foundation/schedule/MainSchedule.h"
+#include "platform/foundation/settings/UserDefaults.h"
 #include "state/APIManager.h"
 #include "state/AuthManager.h"
-#include "state/ReplyEmailManager.h"
-#include "state/SummarizeManager.h"
+#include "support/TestProgram.h"
 
-#include <QTest>
+#include <QGuiApplication>
 
 #include <algorithm>
 
@@ -39,7 +36,6 @@ namespace
 {
 
 const std::string me = "GET /api/v1/me";
-const std::string version = "GET /api/v1/apple-version?currentVersion=1.0.0";
 const std::string summarize = "POST /api/v1/summarize";
 const std::string shortSummary = R"({"response":"Short."})";
 
@@ -92,18 +88,18 @@ void PanelTest::signedIn()
     // The controller's own question, the version, the summary's refresh of the details, the summary.
     auto lines = m_fixture.server().lines();
     std::sort(lines.begin(), lines.end());
-    QCOMPARE(lines, (std::vector<std::string>{version, me, me, summarize}));
-    const QString url = QStringLiteral("https://quillmate.example/api/v1");
+    QCOMPARE(lines, (std::vector<std::string>{"GET /api/v1" + versionCheck(), me, me, summarize}));
+    const QString url = QString::fromStdString(currentApiURL());
     QCOMPARE(m_fixture.log().lines().mid(0, 5),
              (QStringList{"URL: " + url + "/me", "ACCESS TOKEN: token",
-                          "Sending request to URL: " + url + "/apple-version?currentVersion=1.0.0",
+                          "Sending request to URL: " + url + QString::fromStdString(versionCheck()),
                           "URL: " + url + "/me", "ACCESS TOKEN: token"}));
 }
 
 void PanelTest::updateChecks()
 {
     const ManualTime time;
-    const std::string check = "GET /apple-version?currentVersion=1.0.0";
+    const std::string check = "GET " + versionCheck();
     m_fixture.server().reply(check, "{}");
     m_fixture.show();
     ManualTime::advance(43199.0);
@@ -134,7 +130,7 @@ void PanelTest::logOutAndInAgain()
     QVERIFY(!m_fixture.item("sessionModalView"));
 
     m_fixture.server().reply("GET /plugin-auth/session-request/",
-                             R"({"id":"s1","login_url":"https://quillmate.example/l"})");
+                             R"({"id":"s1","login_url":"https://other.example/l"})");
     m_fixture.server().reply("GET /plugin-auth/session-request/s1", R"({"id":"s1","access_token":"second"})");
     m_fixture.click("loginButton");
     QTRY_VERIFY(!m_fixture.item("loginButton"));
@@ -158,5 +154,5 @@ void PanelTest::closedPanelIsFreed()
     }
 }
 
-QTEST_MAIN(PanelTest)
+QUILLMATE_TEST(PanelTest, QGuiApplication)
 #include "PanelTest.moc"

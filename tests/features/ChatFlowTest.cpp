@@ -1,17 +1,18 @@
 #include "features/ChatErrorMessage.h"
 #include "features/ChatState.h"
 #include "features/FeatureFixture.h"
-#include "platform/foundation/UserDefaults.h"
+#include "platform/foundation/settings/UserDefaults.h"
+#include "state/APIManager.h"
 #include "state/AuthManager.h"
 #include "state/StartChatManager.h"
+#include "support/TestProgram.h"
 
+#include <QCoreApplication>
 #include <QSignalSpy>
-#include <QTest>
 
 using namespace quillmate;
 
 using Text = FeatureFixture::Text;
-Q_DECLARE_METATYPE(quillmate::TestReply)
 
 /// The chat, from the input field to the store.
 class ChatFlowTest : public QObject
@@ -21,16 +22,14 @@ class ChatFlowTest : public QObject
 private Q_SLOTS:
     void init();
     void conversation();
-    void whatIsSent_data();
     void whatIsSent();
-    void failures_data();
     void failures();
     void textsThatCannotBeSent();
+    void unreadableStore();
     void failureWithoutAMessageOfTheUser();
     void messageWhileAChatIsBeingStarted();
     void requestsWithoutAnAnswer();
-    void signOutMeanwhile_data();
-    void signOutMeanwhile();
+    void endOfTheUserMeanwhile();
     void screenGoneMeanwhile();
     void twoScreensOfOneMessage();
 
@@ -137,7 +136,9 @@ void ChatFlowTest::conversation()
     QTRY_COMPARE(shown(chat), QStringLiteral("[one] Hi. [  ] Hi., chat a1 t1"));
     QCOMPARE(appended.count(), 4);
     QCOMPARE(m_fixture.sent(), (QStringList{starts(), sends("one"), sends("  ")}));
-    QCOMPARE(m_fixture.log().lines().size(), 3); // those of the start
+    QCOMPARE(m_fixture.log().lines(),
+             (QStringList{"Start chat url: " + QString::fromStdString(currentApiURL()) + "/chat/start",
+                          "Start chat access_token: token", "Start chat body: " + starts().mid(25)}));
     QCOMPARE(storedChat("reply m1"), storedFormOf(chat));
     QCOMPARE(FeatureFixture::stored(), QStringList{"reply m1=data"});
 
@@ -151,83 +152,69 @@ void ChatFlowTest::conversation()
     QCOMPARE(m_fixture.sent().mid(3), (QStringList{starts(), sends("two")}));
 }
 
-void ChatFlowTest::whatIsSent_data()
-{
-    QTest::addColumn<Text>("messageId");
-    QTest::addColumn<Text>("content");
-    QTest::addColumn<Text>("token");
-    QTest::addColumn<QString>("contentSent");
-    const Text none;
-    const Text token("token");
-    QTest::newRow("no message") << none << none << token << "Compose session";
-    QTest::newRow("no message id") << none << Text("c") << token << "c";
-    QTest::newRow("no content") << Text("m1") << none << token << "Compose session";
-    QTest::newRow("empty content") << Text("m1") << Text("") << token << "";
-    QTest::newRow("no token") << Text("m1") << Text("c") << none << "c";
-}
-
 void ChatFlowTest::whatIsSent()
 {
-    QFETCH(const Text, messageId);
-    QFETCH(const Text, content);
-    QFETCH(const Text, token);
-    QFETCH(const QString, contentSent);
-    answerSends(hi);
-    FeatureFixture::replyTo(messageId, content);
-    AuthManager::shared().accessToken.set(token);
-    const auto chat = ChatState::make();
-    say(chat, "one");
-    QTRY_COMPARE(shown(chat), QStringLiteral("[one] Hi., chat a1 t1"));
-    const std::string sentToken = token.value_or("");
-    QCOMPARE(m_fixture.sent(), (QStringList{starts(contentSent, sentToken), sends("one", sentToken)}));
-    QCOMPARE(FeatureFixture::stored(), QStringList{messageId ? "reply m1=data" : "reply compose=data"});
-}
-
-void ChatFlowTest::failures_data()
-{
-    QTest::addColumn<TestReply>("start");
-    QTest::addColumn<TestReply>("send");
-    QTest::addColumn<QString>("printed"); // the last line, its beginning
-    const auto start = QStringLiteral("Error from start chat is: ");
-    const auto send = QStringLiteral("Error from chat message is: ");
-    QTest::newRow("start 500") << TestReply{500} << hi << start + "serverError(500)";
-    QTest::newRow("start empty") << TestReply{204} << hi << start + "invalidData";
-    QTest::newRow("start cut") << TestReply{200, "{}", {}, TestReply::Manner::CutInBody} << hi
-                               << start + "networkError(URLError.networkConnectionLost: ";
-    QTest::newRow("send 401") << started << TestReply{401} << send + "serverError(401)";
-    QTest::newRow("send without answer") << started << TestReply{200, "{}"} << send + "invalidData";
+    struct Row {
+        Text messageId;
+        Text content;
+        Text token;
+        const char* contentSent;
+    };
+    const Text none;
+    for (const auto& [messageId, content, token, contentSent] :
+         {Row{none, none, "token", "Compose session"}, Row{none, "c", "token", "c"},
+          Row{"m1", none, "token", "Compose session"}, Row{"m1", "", "token", ""}, Row{"m1", "c", none, "c"}}) {
+        init();
+        answerSends(hi);
+        FeatureFixture::replyTo(messageId, content);
+        AuthManager::shared().accessToken.set(token);
+        const auto chat = ChatState::make();
+        say(chat, "one");
+        QTRY_COMPARE(shown(chat), QStringLiteral("[one] Hi., chat a1 t1"));
+        const std::string sentToken = token.value_or("");
+        QCOMPARE(m_fixture.sent(), (QStringList{starts(contentSent, sentToken), sends("one", sentToken)}));
+        QCOMPARE(FeatureFixture::stored(), QStringList{messageId ? "reply m1=data" : "reply compose=data"});
+    }
 }
 
 void ChatFlowTest::failures()
 {
-    QFETCH(const TestReply, start);
-    QFETCH(const TestReply, send);
-    QFETCH(const QString, printed);
-    m_fixture.server().reset();
-    m_fixture.server().reply("POST /api/v1/chat/start", start);
-    m_fixture.server().reply("POST /api/v1/chat/start", started);
-    answerSends(send);
-    answerSends(hi);
-    const auto chat = ChatState::make();
-    const bool isStarted = start.body == started.body;
-    const QString ids = isStarted ? QStringLiteral("a1 t1") : QStringLiteral("- -");
-    say(chat, "one");
-    QTRY_COMPARE(shown(chat), "[one], chat " + ids + wentWrong);
-    QVERIFY2(m_fixture.log().lines().last().startsWith(printed), qPrintable(m_fixture.log().lines().last()));
-    QCOMPARE(storedChat("reply m1"), storedFormOf(chat));
-    QVERIFY(ManualTime::pendingDelays().empty()); // no second try
+    struct Row {
+        TestReply start;
+        TestReply send;
+        const char* printed; // the last line, its beginning
+    };
+    const TestReply closed{200, "", {}, TestReply::Manner::CloseAtOnce};
+    for (const auto& [start, send, printed] :
+         {Row{closed, hi, "Error from start chat is: networkError(URLError.networkConnectionLost: "},
+          Row{started, {401}, "Error from chat message is: serverError(401)"},
+          Row{started, {200, "{}"}, "Error from chat message is: invalidData"}}) {
+        init();
+        m_fixture.server().reset();
+        m_fixture.server().reply("POST /api/v1/chat/start", start);
+        m_fixture.server().reply("POST /api/v1/chat/start", started);
+        answerSends(send);
+        answerSends(hi);
+        const auto chat = ChatState::make();
+        const bool isStarted = start.body == started.body;
+        say(chat, "one");
+        QTRY_COMPARE(shown(chat), "[one], chat " + QString(isStarted ? "a1 t1" : "- -") + wentWrong);
+        QVERIFY2(m_fixture.log().lines().last().startsWith(printed), qPrintable(m_fixture.log().lines().last()));
+        QCOMPARE(storedChat("reply m1"), storedFormOf(chat));
+        QVERIFY(ManualTime::pendingDelays().empty()); // no second try
 
-    // The error is the whole process's; any chat's answer clears it. The screen's own message stays its own.
-    FeatureFixture::replyTo("m2", "Another content");
-    const auto other = ChatState::make();
-    QCOMPARE(shown(other), ", chat - -" + wentWrong);
-    say(other, "two");
-    QTRY_COMPARE(shown(other), QStringLiteral("[two] Hi., chat a1 t1"));
-    const auto before = m_fixture.sent().size();
-    say(chat, "three");
-    QTRY_COMPARE(shown(chat), QStringLiteral("[one] [three] Hi., chat a1 t1"));
-    QCOMPARE(m_fixture.sent().mid(before),
-             isStarted ? QStringList{sends("three")} : (QStringList{starts("Compose session"), sends("three")}));
+        // The error is the whole process's; any chat's answer clears it. The screen's own message stays its own.
+        FeatureFixture::replyTo("m2", "Another content");
+        const auto other = ChatState::make();
+        QCOMPARE(shown(other), ", chat - -" + wentWrong);
+        say(other, "two");
+        QTRY_COMPARE(shown(other), QStringLiteral("[two] Hi., chat a1 t1"));
+        const auto before = m_fixture.sent().size();
+        say(chat, "three");
+        QTRY_COMPARE(shown(chat), QStringLiteral("[one] [three] Hi., chat a1 t1"));
+        QCOMPARE(m_fixture.sent().mid(before),
+                 isStarted ? QStringList{sends("three")} : (QStringList{starts("Compose session"), sends("three")}));
+    }
 }
 
 void ChatFlowTest::textsThatCannotBeSent()
@@ -248,6 +235,19 @@ void ChatFlowTest::textsThatCannotBeSent()
     QCOMPARE(m_fixture.log().lines().filter("Failed to save messages: ").size(), 2);
     QVERIFY(m_fixture.log().lines().contains("Error from chat message is: invalidData"));
     QVERIFY(storedChat("reply m1").endsWith(QLatin1String(R"(,"text":"one","isSentByCurrentUser":true}])")));
+}
+
+void ChatFlowTest::unreadableStore()
+{
+    UserDefaults::standard().setData("reply m1", "[{}]");
+    const auto chat = ChatState::make();
+    chat->loadMessages();
+    QCOMPARE(m_fixture.log().lines().size(), 1);
+    QVERIFY(m_fixture.log().lines().front().startsWith(QLatin1String("Failed to load messages: ")));
+    QVERIFY(chat->messages().empty());
+    QCOMPARE(storedChat("reply m1"), QStringLiteral("[{}]"));
+    chat->saveMessages();
+    QCOMPARE(storedChat("reply m1"), QStringLiteral("[]"));
 }
 
 void ChatFlowTest::failureWithoutAMessageOfTheUser()
@@ -307,42 +307,42 @@ void ChatFlowTest::requestsWithoutAnAnswer()
     QCOMPARE(m_fixture.sent().size(), 5);
 }
 
-void ChatFlowTest::signOutMeanwhile_data()
+void ChatFlowTest::endOfTheUserMeanwhile()
 {
-    QTest::addColumn<TestReply>("start");
-    QTest::addColumn<TestReply>("send");
-    QTest::addColumn<int>("requests"); // the sign-out comes before the last one's answer
-    QTest::newRow("start") << started << hi << 1;
-    QTest::newRow("failing start") << TestReply{500} << hi << 1;
-    QTest::newRow("send") << started << hi << 3;
-    QTest::newRow("failing send") << started << TestReply{500} << 3;
-}
-
-void ChatFlowTest::signOutMeanwhile()
-{
-    QFETCH(const TestReply, start);
-    QFETCH(const TestReply, send);
-    QFETCH(const int, requests);
-    m_fixture.server().reset();
-    m_fixture.server().reply("POST /api/v1/chat/start", start);
-    if (requests > 1) {
-        answerSends(hi);
-    }
-    answerSends(send);
-    const auto chat = ChatState::make();
-    say(chat, "one");
-    if (requests > 1) {
-        QTRY_COMPARE(shown(chat), QStringLiteral("[one] Hi., chat a1 t1"));
+    struct Row {
+        TestReply start;
+        TestReply send;
+        bool isOpen;      // The chat is under way: it ends before the answer to the second message.
+        bool environment; // Another one is chosen, in the place of a sign-out.
+    };
+    for (const auto& [start, send, isOpen, environment] :
+         {Row{started, hi, false, false}, Row{started, hi, false, true}, Row{{500}, hi, false, false},
+          Row{started, hi, true, false}, Row{started, {500}, true, false}}) {
+        m_fixture.reset();
+        m_fixture.server().reply("POST /api/v1/chat/start", start);
+        const auto chat = ChatState::make();
+        if (isOpen) {
+            answerSends(hi);
+            say(chat, "one");
+            QTRY_COMPARE(shown(chat), QStringLiteral("[one] Hi., chat a1 t1"));
+        }
+        answerSends(send);
         say(chat, "two");
+        const QString before = shown(chat);
+        if (environment) {
+            APIManager::selectApiEndpoint("dev");
+        } else {
+            AuthManager::shared().logout();
+        }
+        AuthManager::shared().accessToken.set("another user's");
+        QTRY_VERIFY(!chat->isLoading());
+        QCOMPARE(shown(chat), QString(before).remove(QStringLiteral(", loading")));
+        chat->saveMessages();
+        // Only a sign-out empties the store.
+        QCOMPARE(FeatureFixture::stored(),
+                 environment ? (QStringList{"reply m1=data", "selectedApiEndpoint=dev"}) : QStringList());
+        QCOMPARE(m_fixture.server().requests().size(), std::size_t(isOpen ? 3 : 1));
     }
-    const QString before = shown(chat);
-    AuthManager::shared().logout();
-    AuthManager::shared().accessToken.set("another user's");
-    QTRY_VERIFY(!chat->isLoading());
-    QCOMPARE(shown(chat), QString(before).remove(QStringLiteral(", loading")));
-    chat->saveMessages();
-    QCOMPARE(FeatureFixture::stored(), QStringList());
-    QCOMPARE(m_fixture.server().requests().size(), std::size_t(requests));
 }
 
 void ChatFlowTest::screenGoneMeanwhile()
@@ -388,5 +388,5 @@ void ChatFlowTest::twoScreensOfOneMessage()
     QCOMPARE(changed.count(), 1);
 }
 
-QTEST_GUILESS_MAIN(ChatFlowTest)
+QUILLMATE_TEST(ChatFlowTest, QCoreApplication)
 #include "ChatFlowTest.moc"

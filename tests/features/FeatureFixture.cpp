@@ -1,7 +1,7 @@
 #include "features/FeatureFixture.h"
 
 #include "features/ChatErrorMessage.h"
-#include "platform/foundation/UserDefaults.h"
+#include "platform/foundation/settings/UserDefaults.h"
 #include "state/APIManager.h"
 #include "state/AuthManager.h"
 #include "state/ReplyEmailManager.h"

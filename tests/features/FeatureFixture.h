@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/foundation/MainSchedule.h"
+#include "platform/foundation/schedule/MainSchedule.h"
 #include "support/LogCapture.h"
 #include "support/TestEnvironment.h"
 #include "support/TestServer.h"

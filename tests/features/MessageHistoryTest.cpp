@@ -1,9 +1,7 @@
-#include "features/ChatState.h"
-#include "features/FeatureFixture.h"
-#include "platform/foundation/UserDefaults.h"
+#include "features/MessageHistory.h"
+#include "support/TestProgram.h"
 
-#include <QRandomGenerator>
-#include <QTest>
+#include <QCoreApplication>
 
 using namespace quillmate;
 
@@ -14,15 +12,9 @@ class MessageHistoryTest : public QObject
 
 private Q_SLOTS:
     void writtenForm();
-    void foreignForms_data();
     void foreignForms();
-    void unreadableForms_data();
     void unreadableForms();
-    void everyTextComesBack();
     void manyMessages();
-
-private:
-    FeatureFixture m_fixture;
 };
 
 namespace
@@ -79,48 +71,41 @@ void MessageHistoryTest::writtenForm()
     QVERIFY(!history.encode());
 }
 
-void MessageHistoryTest::foreignForms_data()
-{
-    QTest::addColumn<QByteArray>("stored");
-    QTest::addColumn<QByteArray>("ours");
-    const QByteArray one = json("[{'id':'ID','text':'a','isSentByCurrentUser':true}]");
-    const QByteArray none = json("[{'id':'ID','isSentByCurrentUser':true}]");
-    const auto row = [](const char* name, const QByteArray& stored, const QByteArray& ours) {
-        QTest::newRow(name) << stored << ours;
-    };
-    row("ours", one, one);
-    row("empty", "[]", "[]");
-    row("white space and order", json("\n[ {\t'isSentByCurrentUser' : true,\r\n'text':'a', 'id' : 'ID' } ] \n"), one);
-    row("lower-case id", QByteArray(one).replace(id, QByteArray(id).toLower()), one);
-    row("nulls", json("[{'id':'ID','text':null,'response':null,'isSentByCurrentUser':true}]"), none);
-    row("unknown keys",
-        json("[{'id':'ID','date':-1.5e3,'more':{'text':['b',{}]},'Text':1,'isSentByCurrentUser':true}]"), none);
-    row("a large number under an unknown key",
-        json("[{'id':'ID','n':123456789012345678901234567890,'text':'a','isSentByCurrentUser':true}]"), one);
-    row("a key twice", json("[{'id':'ID','text':'b','text':'a','isSentByCurrentUser':true}]"), one);
-    row("escapes", json("[{'\\u0069d':'ID','text':'\\ud83e\\udeb6\\u00e9\\/\\u0000','isSentByCurrentUser':true}]"),
-        json("[{'id':'ID','text':'🪶é/\\u0000','isSentByCurrentUser':true}]"));
-}
-
 void MessageHistoryTest::foreignForms()
 {
-    QFETCH(const QByteArray, stored);
-    QFETCH(const QByteArray, ours);
-    m_fixture.reset();
-    UserDefaults::standard().setData("reply m1", stored.toStdString());
-    ChatState chat;
-    chat.loadMessages();
-    QCOMPARE(m_fixture.log().lines(), QStringList());
-    chat.saveMessages();
-    QCOMPARE(UserDefaults::standard().data("reply m1"), std::optional(ours.toStdString()));
+    const QByteArray one = json("[{'id':'ID','text':'a','isSentByCurrentUser':true}]");
+    const QByteArray none = json("[{'id':'ID','isSentByCurrentUser':true}]");
+    const std::pair<QByteArray, QByteArray> rows[] = {
+        {one, one},
+        {"[]", "[]"},
+        {json("\n[ {\t'isSentByCurrentUser' : true,\r\n'text':'a', 'id' : 'ID' } ] \n"), one},
+        {QByteArray(one).replace(id, QByteArray(id).toLower()), one},
+        {json("[{'id':'ID','text':null,'response':null,'isSentByCurrentUser':true}]"), none},
+        {json("[{'id':'ID','date':-1.5e3,'more':{'text':['b',{}]},'Text':1,'isSentByCurrentUser':true}]"), none},
+        {json("[{'id':'ID','n':123456789012345678901234567890,'text':'a','isSentByCurrentUser':true}]"), one},
+        {json("[{'id':'ID','text':'b','text':'a','isSentByCurrentUser':true}]"), one},
+        {json("[{'\\u0069d':'ID','text':'\\ud83e\\udeb6\\u00e9\\/\\u0000','isSentByCurrentUser':true}]"),
+         json("[{'id':'ID','text':'🪶é/\\u0000','isSentByCurrentUser':true}]")}};
+    for (const auto& [stored, ours] : rows) {
+        auto read = MessageHistory::decode(stored.toStdString());
+        QVERIFY2(read, stored);
+        MessageHistory history = std::move(read).value();
+        QCOMPARE(history.encode().value(), ours.toStdString());
+        // It goes on as one that was never stored.
+        history.append(everyKind().back());
+        QCOMPARE(history.encode().value(), MessageHistory(history.messages()).encode().value());
+    }
 }
 
-void MessageHistoryTest::unreadableForms_data()
+void MessageHistoryTest::unreadableForms()
 {
-    QTest::addColumn<QByteArray>("stored");
+    const auto refuse = [](const QByteArray& stored) {
+        const auto read = MessageHistory::decode(stored.toStdString());
+        QVERIFY2(!read && !read.error().description.empty(), stored);
+    };
     for (const char* text : {"", "[", "{}", "null", "'a'", "42", "[1]", "[null]", "[[]]", "[{}]", "[{'id':'ID'}]",
                              "[{'isSentByCurrentUser':true}]"}) {
-        QTest::addRow("%s", text) << json(text);
+        refuse(json(text));
     }
     // Beside a sound one, which is not taken either.
     const QByteArray good = "{'id':'ID','text':'a','isSentByCurrentUser':true}";
@@ -140,69 +125,21 @@ void MessageHistoryTest::unreadableForms_data()
                                           {"true}", "true"},
                                           {"true}", "true}]x"}};
     for (const auto& [before, after] : changes) {
-        QTest::addRow("%s for %s", after, before)
-            << json("[" + good + "," + QByteArray(good).replace(before, after) + "]");
-    }
-}
-
-void MessageHistoryTest::unreadableForms()
-{
-    QFETCH(const QByteArray, stored);
-    m_fixture.reset();
-    UserDefaults::standard().setData("reply m1", stored.toStdString());
-    ChatState chat;
-    chat.loadMessages();
-    QCOMPARE(m_fixture.log().lines().size(), 1);
-    QVERIFY(m_fixture.log().lines().front().startsWith(QLatin1String("Failed to load messages: ")));
-    QVERIFY(m_fixture.log().take().front().size() > QStringLiteral("Failed to load messages: ").size());
-    QVERIFY(chat.messages().empty());
-    QCOMPARE(UserDefaults::standard().data("reply m1"), std::optional(stored.toStdString()));
-    chat.saveMessages();
-    QCOMPARE(UserDefaults::standard().data("reply m1"), std::optional<std::string>("[]"));
-}
-
-void MessageHistoryTest::everyTextComesBack()
-{
-    QRandomGenerator random(20261123);
-    const auto text = [&random]() -> std::optional<std::string> {
-        if (random.bounded(3) == 0) {
-            return std::nullopt;
-        }
-        QList<char32_t> characters;
-        for (int i = random.bounded(40); i > 0; --i) {
-            const auto code = static_cast<char32_t>(random.bounded(random.bounded(2) == 0 ? 0x80 : 0x110000));
-            characters.append(code >= 0xD800 && code < 0xE000 ? U'"' : code);
-        }
-        return QString::fromUcs4(characters.data(), characters.size()).toStdString();
-    };
-    MessageHistory history;
-    std::vector<Message> messages;
-    for (int i = 0; i < 200; ++i) {
-        messages.push_back({UUID::random(), text(), text(), random.bounded(2) == 0});
-        history.append(messages.back());
-        auto read = MessageHistory::decode(history.encode().value());
-        QVERIFY(read);
-        QVERIFY(same(read.value().messages(), messages));
-        if (i % 10 == 0) { // goes on as the one that was read
-            history = std::move(read).value();
-        }
+        refuse(json("[" + good + "," + QByteArray(good).replace(before, after) + "]"));
     }
 }
 
 void MessageHistoryTest::manyMessages()
 {
-    m_fixture.reset();
     std::vector<Message> messages;
     for (int i = 0; i < 50'000; ++i) {
         messages.push_back(Message::question("Question \"" + std::to_string(i) + "\""));
         messages.push_back(Message::answer(std::string(100, 'a')));
     }
-    UserDefaults::standard().setData("reply m1", MessageHistory(messages).encode().value());
-    ChatState chat;
-    chat.loadMessages();
-    QCOMPARE(m_fixture.log().lines(), QStringList());
-    QVERIFY(same(chat.messages(), messages));
+    const auto read = MessageHistory::decode(MessageHistory(messages).encode().value());
+    QVERIFY(read);
+    QVERIFY(same(read.value().messages(), messages));
 }
 
-QTEST_GUILESS_MAIN(MessageHistoryTest)
+QUILLMATE_TEST(MessageHistoryTest, QCoreApplication)
 #include "MessageHistoryTest.moc"

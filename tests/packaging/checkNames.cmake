@@ -27,7 +27,6 @@ function(check module)
   endif()
 endfunction()
 
-check(QuillmateVersion GIVES QUILLMATE_VERSION_USED "1.0.0")
 foreach(version 0 1.2 10.20.30.40 20260101)
   check(QuillmateVersion WITH QUILLMATE_VERSION=${version} GIVES QUILLMATE_VERSION_USED "${version}")
 endforeach()

@@ -1,4 +1,4 @@
-#include "platform/foundation/UserDefaults.h"
+#include "platform/foundation/settings/UserDefaults.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,11 +1,12 @@
 #include "platform/foundation/NotificationCenter.h"
-#include "platform/foundation/UserDefaults.h"
+#include "platform/foundation/settings/UserDefaults.h"
 #include "state/APIManager.h"
 #include "state/Notifications.h"
 #include "support/LogCapture.h"
 #include "support/TestEnvironment.h"
+#include "support/TestProgram.h"
 
-#include <QTest>
+#include <QCoreApplication>
 
 using namespace quillmate;
 
@@ -16,7 +17,6 @@ class EndpointTest : public QObject
 
 private Q_SLOTS:
     void init();
-    void lookUps_data();
     void lookUps();
     void selectedEndpoint();
     void endpointChanged();
@@ -29,9 +29,9 @@ private:
 namespace
 {
 
-const auto live = QStringLiteral("https://quillmate.example");
-const auto staging = QStringLiteral("https://staging.quillmate.example");
-const auto dev = QStringLiteral("https://quillmate-dev.test");
+const auto live = QStringLiteral("https://" QUILLMATE_LIVE_HOST);
+const auto staging = QStringLiteral("https://" QUILLMATE_STAGING_HOST);
+const auto dev = QStringLiteral("https://" QUILLMATE_DEV_HOST);
 const auto api = QStringLiteral("/api/v1");
 const auto apiFallback =
     QStringLiteral("Error: Invalid or missing API endpoint in UserDefaults. Falling back to live.");
@@ -52,42 +52,30 @@ void EndpointTest::init()
     m_log.take();
 }
 
-void EndpointTest::lookUps_data()
-{
-    QTest::addColumn<QString>("stored"); // null: nothing; else "text:", "bool:" or "data:" and the value
-    QTest::addColumn<QString>("origin");
-    QTest::addColumn<bool>("fallsBack");
-    QTest::newRow("nothing stored") << QString() << live << true;
-    QTest::newRow("dev") << "text:dev" << dev << false;
-    QTest::newRow("staging") << "text:staging" << staging << false;
-    QTest::newRow("live") << "text:live" << live << false;
-    QTest::newRow("capital letter") << "text:Live" << live << true;
-    QTest::newRow("empty") << "text:" << live << true;
-    QTest::newRow("blank behind") << "text:dev " << live << true;
-    QTest::newRow("Boolean") << "bool:dev" << live << true;
-    QTest::newRow("data") << "data:dev" << live << true;
-}
-
 void EndpointTest::lookUps()
 {
-    QFETCH(const QString, stored);
-    QFETCH(const QString, origin);
-    QFETCH(const bool, fallsBack);
-    const std::string value = stored.mid(5).toStdString();
-    if (stored.startsWith(QLatin1String("text:"))) {
-        defaults().setString("selectedApiEndpoint", value);
-    } else if (stored.startsWith(QLatin1String("bool:"))) {
-        defaults().setBoolean("selectedApiEndpoint", true);
-    } else if (stored.startsWith(QLatin1String("data:"))) {
-        defaults().setData("selectedApiEndpoint", value);
+    const auto expect = [this](const QString& origin, bool fallsBack) {
+        // Every look-up that falls back says so.
+        for (int time = 0; time < 2; ++time) {
+            QCOMPARE(QString::fromStdString(APIManager::shared().apiURL()), origin + api);
+            QCOMPARE(m_log.take(), fallsBack ? QStringList{apiFallback} : QStringList());
+            QCOMPARE(QString::fromStdString(APIManager::shared().baseURL()), origin);
+            QCOMPARE(m_log.take(), fallsBack ? QStringList{baseFallback} : QStringList());
+        }
+    };
+    expect(live, true);
+    for (const auto& [key, origin] : {std::pair("dev", dev), std::pair("staging", staging), std::pair("live", live)}) {
+        defaults().setString("selectedApiEndpoint", key);
+        expect(origin, false);
     }
-    // Every look-up that falls back says so.
-    for (int time = 0; time < 2; ++time) {
-        QCOMPARE(QString::fromStdString(APIManager::shared().apiURL()), origin + api);
-        QCOMPARE(m_log.take(), fallsBack ? QStringList{apiFallback} : QStringList());
-        QCOMPARE(QString::fromStdString(APIManager::shared().baseURL()), origin);
-        QCOMPARE(m_log.take(), fallsBack ? QStringList{baseFallback} : QStringList());
+    for (const char* unknown : {"Live", "", "dev "}) {
+        defaults().setString("selectedApiEndpoint", unknown);
+        expect(live, true);
     }
+    defaults().setBoolean("selectedApiEndpoint", true);
+    expect(live, true);
+    defaults().setData("selectedApiEndpoint", "dev");
+    expect(live, true);
 }
 
 void EndpointTest::selectedEndpoint()
@@ -115,5 +103,5 @@ void EndpointTest::endpointChanged()
                                         "BASE API Endpoint changed to : " + live}));
 }
 
-QTEST_GUILESS_MAIN(EndpointTest)
+QUILLMATE_TEST(EndpointTest, QCoreApplication)
 #include "EndpointTest.moc"

@@ -1,6 +1,6 @@
 #include "support/LogCapture.h"
 
-#include "platform/foundation/print.h"
+#include "platform/foundation/text/print.h"
 
 #include <sys/mman.h>
 #include <sys/stat.h>

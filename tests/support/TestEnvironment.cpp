@@ -1,6 +1,7 @@
 #include "support/TestEnvironment.h"
 
-#include "platform/foundation/URLSession.h"
+#include "platform/foundation/net/URLSession.h"
+#include "support/ProgramRun.h"
 #include "support/TestServer.h"
 
 #include <QTemporaryDir>
@@ -26,8 +27,9 @@ TestEnvironment::TestEnvironment()
 void TestEnvironment::connectTo(const TestServer& server)
 {
     NetworkEnvironment environment;
-    for (const char* host : {"quillmate.example", "staging.quillmate.example", "quillmate-dev.test", "other.example"}) {
-        environment.connectTo[host] = {"127.0.0.1", server.port()};
+    const QStringList hosts = serviceHosts() + QStringList(QStringLiteral("other.example"));
+    for (const QString& host : hosts) {
+        environment.connectTo[host.toLower().toStdString()] = {"127.0.0.1", server.port()};
     }
     environment.rootCertificateFiles.push_back(certificateFile(QStringLiteral("ca.pem")).toStdString());
     URLSession::configure(std::move(environment));

@@ -17,7 +17,7 @@ public:
     [[nodiscard]] static QString cacheFolder() { return path(QStringLiteral("cache/quillmate")); }
     [[nodiscard]] static QString path(const QString& name);
 
-    /// Connects every service host, and other.example, to the server, and trusts its root.
+    /// Connects every service host of the build, and other.example, to the server, and trusts its root.
     static void connectTo(const TestServer& server);
 
     /// Files of the tests' certificates.

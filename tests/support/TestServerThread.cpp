@@ -1,6 +1,6 @@
 #include "support/TestServerThread.h"
 
-#include "platform/foundation/CryptographyEnd.h"
+#include "base/CryptographyEnd.h"
 #include "support/TestEnvironment.h"
 
 #include <QFile>

@@ -1,10 +1,9 @@
 #include "views/ViewFixture.h"
 
 #include "platform/appkit/ViewEngine.h"
-#include "platform/foundation/MainSchedule.h"
-#include "platform/foundation/NotificationCenter.h"
+#include "platform/foundation/schedule/MainSchedule.h"
+#include "state/AppVersion.h"
 #include "state/AuthManager.h"
-#include "state/Notifications.h"
 #include "state/ReplyEmailManager.h"
 #include "state/SummarizeManager.h"
 #include "views/ViewsModule.h"
@@ -72,13 +71,18 @@ ViewFixture::~ViewFixture()
     close();
 }
 
+std::string ViewFixture::versionRequest()
+{
+    return "GET /api/v1/apple-version?currentVersion=" + appVersion().value_or("");
+}
+
 void ViewFixture::reset()
 {
     QTest::failOnWarning(QRegularExpression(QStringLiteral(".*")));
     close();
     MainSchedule::shared().clear();
     m_server.reset();
-    m_server.reply("GET /api/v1/apple-version?currentVersion=1.0.0", "{}");
+    m_server.reply(versionRequest(), "{}");
     AuthManager::shared().accessToken.set(std::nullopt);
     ReplyEmailManager::shared().update([](ReplyEmail& record) { record = {}; });
     SummarizeManager::shared().requestFailed = false;
@@ -87,6 +91,13 @@ void ViewFixture::reset()
     m_window.resize(460, 640);
     m_log.take();
     m_keys = 0;
+}
+
+void ViewFixture::useMessage()
+{
+    ReplyEmailManager::shared().update([](ReplyEmail& record) {
+        record = {"ana@a.example", "Plans", std::nullopt, "The content", "m1"};
+    });
 }
 
 void ViewFixture::show(HostedView view)
@@ -139,9 +150,46 @@ QQuickItem* ViewFixture::anyItem(const char* objectName) const
     return find(m_window.contentItem(), QString::fromLatin1(objectName), false);
 }
 
+QRectF ViewFixture::placeOf(const char* objectName) const
+{
+    const QQuickItem* found = item(objectName);
+    return found ? found->mapRectToItem(m_shown, {QPointF(), found->size()}) : QRectF();
+}
+
 QAccessibleInterface* ViewFixture::accessible(QAccessible::Role role, const QString& name)
 {
     return find(QAccessible::queryAccessibleInterface(&m_window), role, name);
+}
+
+QQuickItem* ViewFixture::accessibleItem(QAccessible::Role role, const QString& name)
+{
+    const QAccessibleInterface* found = accessible(role, name);
+    return found ? qobject_cast<QQuickItem*>(found->object()) : nullptr;
+}
+
+void ViewFixture::choose(QAccessible::Role role, const QString& name, const QString& manner)
+{
+    if (manner == QLatin1String("accessible action")) {
+        QVERIFY(pressAccessible(role, name));
+    } else if (manner == QLatin1String("mouse")) {
+        click(accessibleItem(role, name));
+    } else {
+        QQuickItem* target = accessibleItem(role, name);
+        QVERIFY(target);
+        target->forceActiveFocus(Qt::TabFocusReason);
+        press(manner == QLatin1String("Space") ? Qt::Key_Space : Qt::Key_Return);
+    }
+}
+
+QStringList ViewFixture::tabThrough(const char* objectName, int count)
+{
+    item(objectName)->forceActiveFocus(Qt::TabFocusReason);
+    QStringList names;
+    for (int i = 0; i < count; ++i) {
+        names << QAccessible::queryAccessibleInterface(m_window.activeFocusItem())->text(QAccessible::Name);
+        press(Qt::Key_Tab);
+    }
+    return names;
 }
 
 bool ViewFixture::pressAccessible(QAccessible::Role role, const QString& name)
@@ -168,6 +216,36 @@ void ViewFixture::press(Qt::Key key, Qt::KeyboardModifiers modifiers)
     QTest::keyClick(&m_window, key, modifiers);
 }
 
+void ViewFixture::hold(Qt::Key key)
+{
+    const auto send = [this, key](QEvent::Type type, bool repeated) {
+        QKeyEvent event(type, key, {}, {}, repeated);
+        QCoreApplication::sendEvent(&m_window, &event);
+    };
+    send(QEvent::KeyPress, false);
+    for (int i = 0; i < 3; ++i) { // As X tells of it.
+        send(QEvent::KeyRelease, true);
+        send(QEvent::KeyPress, true);
+    }
+    send(QEvent::KeyRelease, false);
+}
+
+void ViewFixture::wheel(QQuickItem* over, int notches)
+{
+    const QPointF place = over->mapToScene({over->width() / 2, over->height() / 2});
+    QWheelEvent event(place, m_window.mapToGlobal(place), {}, {0, 120 * notches}, Qt::NoButton, Qt::NoModifier,
+                      Qt::NoScrollPhase, false);
+    QCoreApplication::sendEvent(&m_window, &event);
+}
+
+void ViewFixture::addManners(std::initializer_list<const char*> manners)
+{
+    QTest::addColumn<QString>("manner");
+    for (const char* manner : manners) {
+        QTest::newRow(manner) << QString::fromLatin1(manner);
+    }
+}
+
 bool ViewFixture::eventFilter(QObject* receiver, QEvent* event)
 {
     if (event->type() == QEvent::KeyPress) {
@@ -176,25 +254,6 @@ bool ViewFixture::eventFilter(QObject* receiver, QEvent* event)
         m_keys += key < Qt::Key_Shift || key > Qt::Key_Alt ? 1 : 0;
     }
     return QObject::eventFilter(receiver, event);
-}
-
-ChoiceWitness::ChoiceWitness()
-    : m_self(this, [](ChoiceWitness*) {})
-{
-    NotificationCenter::defaultCenter().addObserver(m_self, &ChoiceWitness::changed, apiEndpointChanged);
-    NotificationCenter::defaultCenter().addObserver(m_self, &ChoiceWitness::loggedOut, userDidLogout);
-}
-
-void ChoiceWitness::changed()
-{
-    const bool token = AuthManager::shared().accessToken.get().has_value();
-    m_seen << (token ? QStringLiteral("apiEndpointChanged") : QStringLiteral("apiEndpointChanged without token"));
-}
-
-void ChoiceWitness::loggedOut()
-{
-    const bool token = AuthManager::shared().accessToken.get().has_value();
-    m_seen << (token ? QStringLiteral("UserDidLogout") : QStringLiteral("UserDidLogout without token"));
 }
 
 } // namespace quillmate

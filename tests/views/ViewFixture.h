@@ -21,8 +21,12 @@ public:
     ViewFixture();
     ~ViewFixture() override;
 
+    /// What a panel asks for as it appears.
+    [[nodiscard]] static std::string versionRequest();
     /// Signed out, no message, nothing stored; from here on a warning fails the test.
     void reset();
+    /// A message that is being replied to, "m1".
+    static void useMessage();
     /// Shows a view in the window, in place of the one before.
     void show(HostedView view);
     /// Makes an item of this text, which follows the module's import, and shows it likewise.
@@ -36,12 +40,23 @@ public:
     [[nodiscard]] QQuickItem* item(const char* objectName) const;
     /// The same, whether it is visible or not.
     [[nodiscard]] QQuickItem* anyItem(const char* objectName) const;
+    /// Where the visible item of that name is in the view.
+    [[nodiscard]] QRectF placeOf(const char* objectName) const;
     /// What a screen reader finds in the window under that role and name; null when there is none.
     [[nodiscard]] QAccessibleInterface* accessible(QAccessible::Role role, const QString& name);
+    [[nodiscard]] QQuickItem* accessibleItem(QAccessible::Role role, const QString& name);
     /// Presses it as a screen reader does; false when it is not there or cannot be pressed.
     [[nodiscard]] bool pressAccessible(QAccessible::Role role, const QString& name);
+    /// Presses it by "mouse", by "accessible action", or by the key "Space" or "Return".
+    void choose(QAccessible::Role role, const QString& name, const QString& manner);
+    /// The names of the controls that Tab leads through, beginning with the item of that name.
+    QStringList tabThrough(const char* objectName, int count);
     void click(QQuickItem* target);
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+    /// Presses the key and lets go of it after it has repeated itself.
+    void hold(Qt::Key key);
+    /// Turns the wheel over the item, away from the user by so many notches.
+    void wheel(QQuickItem* over, int notches);
 
     QQuickItem* shown() const { return m_shown; }
     QQuickWindow& window() { return m_window; }
@@ -49,6 +64,9 @@ public:
     TestServer& server() { return m_server; }
     /// Keys that the window got since the last call.
     int takeKeys() { return std::exchange(m_keys, 0); }
+
+    /// The rows of a table that have nothing but their name, the manner in which something is done.
+    static void addManners(std::initializer_list<const char*> manners);
 
 protected:
     bool eventFilter(QObject* receiver, QEvent* event) override;
@@ -62,21 +80,6 @@ private:
     std::unique_ptr<QQuickItem> m_made;
     QQuickItem* m_shown = nullptr;
     int m_keys = 0;
-};
-
-/// Writes down the notifications of an environment's choice, and whether there was a token when each was posted.
-class ChoiceWitness
-{
-public:
-    ChoiceWitness();
-    [[nodiscard]] const QStringList& seen() const { return m_seen; }
-
-private:
-    void changed();
-    void loggedOut();
-
-    QStringList m_seen;
-    std::shared_ptr<ChoiceWitness> m_self;
 };
 
 } // namespace quillmate

@@ -1,7 +1,7 @@
 #include "hosts/chat/ChatApp.h"
 
 #include "platform/appkit/WindowAppearance.h"
-#include "views/ChatViewState.h"
+#include "views/chat/ChatViewState.h"
 
 #include <QQuickItem>
 

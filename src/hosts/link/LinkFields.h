@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/foundation/JSON.h"
+#include "base/JSON.h"
 
 #include <optional>
 #include <string>

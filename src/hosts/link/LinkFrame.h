@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/foundation/JSON.h"
+#include "base/JSON.h"
 #include "platform/mailkit/MEMessage.h"
 
 #include <memory>

@@ -3,7 +3,7 @@
 #include "hosts/link/LinkAnswers.h"
 #include "hosts/link/LinkQuestions.h"
 #include "platform/appkit/MEExtensionViewController.h"
-#include "platform/foundation/DispatchQueue.h"
+#include "platform/foundation/schedule/DispatchQueue.h"
 
 #include <future>
 #include <sys/eventfd.h>
@@ -21,9 +21,9 @@ std::string named(const std::string& session)
     return session.size() <= longest ? '"' + session + '"' : "of " + std::to_string(session.size()) + " bytes";
 }
 
-std::string unknown(const std::string& session)
+Failure<std::string> unknown(const std::string& session)
 {
-    return "The session " + named(session) + " is unknown.";
+    return Failure("The session " + named(session) + " is unknown.");
 }
 
 } // namespace
@@ -71,26 +71,26 @@ void LinkThread::run()
             continue;
         }
         const LinkRequest request = std::move(read).value();
-        if (auto wrong = std::visit([this](const auto& frame) { return perform(frame); }, request.frame)) {
-            answerError({std::move(*wrong), request.request});
+        if (const auto done = std::visit([this](const auto& frame) { return perform(frame); }, request.frame); !done) {
+            answerError({done.error(), request.request});
         }
     }
 }
 
-LinkThread::Wrong LinkThread::perform(const ComposeSessionDidBegin& frame)
+LinkThread::Performed LinkThread::perform(const ComposeSessionDidBegin& frame)
 {
     if (m_sessions.contains(frame.session)) {
-        return "The session " + named(frame.session) + " has begun already.";
+        return Failure("The session " + named(frame.session) + " has begun already.");
     }
     const MEComposeSession session(frame.session, MEComposeContext(frame.originalMessage));
     const auto handler = m_extension.handlerForComposeSession(session);
     handler->mailComposeSessionDidBegin(session);
     // The message has done its work; a session may stay open for hours.
     m_sessions.emplace(frame.session, Session{MEComposeSession(frame.session, MEComposeContext()), handler});
-    return std::nullopt;
+    return {};
 }
 
-LinkThread::Wrong LinkThread::perform(const ViewControllerForSession& frame)
+LinkThread::Performed LinkThread::perform(const ViewControllerForSession& frame)
 {
     const auto found = m_sessions.find(frame.session);
     if (found == m_sessions.end()) {
@@ -101,19 +101,19 @@ LinkThread::Wrong LinkThread::perform(const ViewControllerForSession& frame)
             frame.session, [&session] { return session.handler->viewControllerForSession(session.session); },
             frame.frame);
     });
-    return std::nullopt;
+    return {};
 }
 
-LinkThread::Wrong LinkThread::perform(const ComposeSessionFrameDidChange& frame)
+LinkThread::Performed LinkThread::perform(const ComposeSessionFrameDidChange& frame)
 {
     if (!m_sessions.contains(frame.session)) {
         return unknown(frame.session);
     }
     onMainThread([this, frame] { m_panels.follow(frame.session, frame.frame); });
-    return std::nullopt;
+    return {};
 }
 
-LinkThread::Wrong LinkThread::perform(const ComposeSessionDidEnd& frame)
+LinkThread::Performed LinkThread::perform(const ComposeSessionDidEnd& frame)
 {
     const auto found = m_sessions.find(frame.session);
     if (found == m_sessions.end()) {
@@ -122,17 +122,17 @@ LinkThread::Wrong LinkThread::perform(const ComposeSessionDidEnd& frame)
     found->second.handler->mailComposeSessionDidEnd(found->second.session);
     m_sessions.erase(found);
     onMainThread([this, name = frame.session] { m_panels.close(name); });
-    return std::nullopt;
+    return {};
 }
 
-LinkThread::Wrong LinkThread::perform(const LinkQuestion& frame)
+LinkThread::Performed LinkThread::perform(const LinkQuestion& frame)
 {
     const std::string answer = answerTo(frame, m_extension);
     if (answer.size() > largestOutgoingFrame) {
-        return "The answer is too long for a frame.";
+        return Failure(std::string("The answer is too long for a frame."));
     }
     m_output.write(answer); // When nobody reads any more, the input ends as well, and with it this thread.
-    return std::nullopt;
+    return {};
 }
 
 void LinkThread::answerError(const LinkError& error)

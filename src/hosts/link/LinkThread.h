@@ -9,7 +9,6 @@
 #include <map>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <string>
 #include <thread>
 
@@ -36,13 +35,13 @@ private:
     };
 
     void run();
-    // Each tells why the frame could not be obeyed, absent when all went well.
-    using Wrong = std::optional<std::string>;
-    Wrong perform(const ComposeSessionDidBegin& frame);
-    Wrong perform(const ViewControllerForSession& frame);
-    Wrong perform(const ComposeSessionFrameDidChange& frame);
-    Wrong perform(const ComposeSessionDidEnd& frame);
-    Wrong perform(const LinkQuestion& frame);
+    // A failure is a sentence for the other end: why the frame could not be obeyed.
+    using Performed = Result<void, std::string>;
+    Performed perform(const ComposeSessionDidBegin& frame);
+    Performed perform(const ViewControllerForSession& frame);
+    Performed perform(const ComposeSessionFrameDidChange& frame);
+    Performed perform(const ComposeSessionDidEnd& frame);
+    Performed perform(const LinkQuestion& frame);
     void answerError(const LinkError& error);
     /// Runs the work on the main thread and waits for it, or for the end of the program.
     void onMainThread(std::function<void()> work);

@@ -2,7 +2,7 @@
 
 #include "hosts/preview/ComposeWindowState.h"
 #include "platform/appkit/MEExtensionViewController.h"
-#include "platform/foundation/DispatchQueue.h"
+#include "platform/foundation/schedule/DispatchQueue.h"
 
 #include <QPointer>
 #include <QUuid>

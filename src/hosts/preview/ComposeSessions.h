@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/foundation/WorkQueue.h"
+#include "platform/foundation/schedule/WorkQueue.h"
 #include "platform/mailkit/MEComposeSession.h"
 #include "platform/mailkit/MEComposeSessionHandler.h"
 

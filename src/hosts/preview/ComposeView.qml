@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import Quillmate.Preview
 import Quillmate.Views
@@ -15,9 +14,10 @@ ColumnLayout {
     spacing: 0
 
     Component.onCompleted: {
-        ParagraphDirection.apply(body.textDocument);
-        body.cursorPosition = 0;
-        (view.compose.to.length > 0 ? body : to).forceActiveFocus();
+        if (view.compose.to.length > 0)
+            body.forceActiveFocus();
+        else
+            to.forceActiveFocus();
     }
 
     RowLayout {
@@ -32,12 +32,12 @@ ColumnLayout {
             color: Theme.secondary
             font.pixelSize: Theme.caption
         }
-        HostButton {
+        FramedButton {
             objectName: "messagesButton"
             text: "Messages"
-            onClicked: view.compose.showMessages()
+            onClicked: view.compose.messagesRequested()
         }
-        HostButton {
+        FramedButton {
             objectName: "closeButton"
             text: "Close"
             onClicked: view.closeClicked()
@@ -63,33 +63,17 @@ ColumnLayout {
         label: "Subject"
         text: view.compose.subject
     }
-    ScrollView {
+    MessageBody {
+        id: body
+
         Layout.fillWidth: true
         Layout.fillHeight: true
-        contentWidth: availableWidth
+        areaName: "bodyArea"
+        name: "Message"
+        text: view.compose.body
 
         background: Rectangle {
             color: Theme.controlBackground
-        }
-
-        TextArea {
-            id: body
-
-            objectName: "bodyArea"
-            text: view.compose.body
-            textFormat: TextEdit.PlainText
-            wrapMode: TextEdit.Wrap
-            selectByMouse: true
-            leftPadding: Theme.padding
-            rightPadding: Theme.padding
-            topPadding: Theme.padding
-            bottomPadding: Theme.padding
-            color: Theme.primary
-            font.pixelSize: Theme.body
-            background: null
-            Accessible.name: "Message"
-            // Tab goes on to the next control, as everywhere else in the window.
-            Keys.onTabPressed: nextItemInFocusChain().forceActiveFocus(Qt.TabFocusReason) // qmllint disable
         }
     }
 }

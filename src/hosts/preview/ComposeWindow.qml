@@ -18,7 +18,7 @@ ApplicationWindow {
     color: Theme.windowBackground
     palette: HostPalette {}
 
-    onClosing: compose.close()
+    onClosing: compose.closed()
 
     Shortcut {
         sequence: "Ctrl+W"

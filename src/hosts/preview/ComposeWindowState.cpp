@@ -3,19 +3,18 @@
 #include "platform/appkit/MEExtensionViewController.h"
 
 #include <QQmlEngine>
-#include <cmath>
 
 namespace quillmate
 {
 namespace
 {
 
-Draft draftFor(ComposeKind kind, const MailDocument* original)
+ComposeDraft draftFor(ComposeKind kind, const MailDocument* original)
 {
-    if (original == nullptr || kind == ComposeKind::NewMessage) {
+    if (original == nullptr) {
         return {};
     }
-    return kind == ComposeKind::Reply ? replyDraft(*original) : forwardDraft(*original);
+    return kind == ComposeKind::Reply ? composeReply(*original) : composeForward(*original);
 }
 
 } // namespace
@@ -25,12 +24,16 @@ ComposeWindowState::ComposeWindowState(ComposeKind kind, std::shared_ptr<const M
     , m_original(std::move(original))
     , m_draft(draftFor(kind, m_original.get()))
 {
-    m_title = m_draft.subject.empty() ? QStringLiteral("New message") : subject();
 }
 
 ComposeWindowState::~ComposeWindowState()
 {
     dropPanel();
+}
+
+QString ComposeWindowState::title() const
+{
+    return m_draft.subject.empty() ? QStringLiteral("New message") : subject();
 }
 
 std::shared_ptr<const MEMessage> ComposeWindowState::originalMessage() const
@@ -40,11 +43,8 @@ std::shared_ptr<const MEMessage> ComposeWindowState::originalMessage() const
 
 void ComposeWindowState::showPanel(std::shared_ptr<MEExtensionViewController> controller)
 {
-    controller->loadViewIfNeeded();
-    m_panel = controller->view()->item();
     m_controller = std::move(controller);
-    m_panelMinimumHeight = static_cast<int>(std::ceil(m_panel->implicitHeight()));
-    m_panelFailure.clear();
+    m_panel = m_controller->view()->item();
     QQmlEngine::setObjectOwnership(m_panel, QQmlEngine::CppOwnership);
     Q_EMIT panelChanged();
 }

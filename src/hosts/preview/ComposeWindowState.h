@@ -1,7 +1,7 @@
 #pragma once
 
 #include "hosts/preview/MailWindowState.h"
-#include "hosts/preview/mail/ReplyDraft.h"
+#include "hosts/preview/mail/ComposeDraft.h"
 
 #include <QObject>
 #include <QQuickItem>
@@ -26,7 +26,6 @@ class ComposeWindowState : public QObject
     Q_PROPERTY(QString subject READ subject CONSTANT)
     Q_PROPERTY(QString body READ body CONSTANT)
     Q_PROPERTY(QQuickItem* panel READ panel NOTIFY panelChanged)
-    Q_PROPERTY(int panelMinimumHeight READ panelMinimumHeight NOTIFY panelChanged)
     Q_PROPERTY(QString panelFailure READ panelFailure NOTIFY panelChanged)
 
 public:
@@ -34,7 +33,7 @@ public:
     ComposeWindowState(ComposeKind kind, std::shared_ptr<const MailDocument> original, QObject* parent = nullptr);
     ~ComposeWindowState() override;
 
-    [[nodiscard]] QString title() const { return m_title; }
+    [[nodiscard]] QString title() const;
     [[nodiscard]] QString to() const { return QString::fromStdString(m_draft.to); }
     [[nodiscard]] QString subject() const { return QString::fromStdString(m_draft.subject); }
     [[nodiscard]] QString body() const { return QString::fromStdString(m_draft.body); }
@@ -43,8 +42,6 @@ public:
 
     /// The panel's root, null until there is one.
     [[nodiscard]] QQuickItem* panel() const { return m_panel; }
-    /// In points.
-    [[nodiscard]] int panelMinimumHeight() const { return m_panelMinimumHeight; }
     [[nodiscard]] QString panelFailure() const { return m_panelFailure; }
 
     void showPanel(std::shared_ptr<MEExtensionViewController> controller);
@@ -53,23 +50,18 @@ public:
     /// Puts a sentence in the panel's place.
     void showPanelFailure(const QString& sentence);
 
-    /// The user has closed the window.
-    Q_INVOKABLE void close() { Q_EMIT closed(); }
-    /// The user asks for the window with the message list.
-    Q_INVOKABLE void showMessages() { Q_EMIT messagesRequested(); }
-
 Q_SIGNALS:
     void panelChanged();
+    /// The user has closed the window.
     void closed();
+    /// The user asks for the window with the message list.
     void messagesRequested();
 
 private:
-    QString m_title;
-    std::shared_ptr<const MailDocument> m_original;
-    Draft m_draft;
+    const std::shared_ptr<const MailDocument> m_original;
+    const ComposeDraft m_draft;
     std::shared_ptr<MEExtensionViewController> m_controller;
     QPointer<QQuickItem> m_panel;
-    int m_panelMinimumHeight = 0;
     QString m_panelFailure;
 };
 

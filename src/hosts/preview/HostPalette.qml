@@ -1,15 +1,8 @@
 import QtQuick
 import Quillmate.Views
 
-// The theme's roles for the plain controls of the Mail host's windows.
+// The theme's roles for what the plain controls of the Mail host's windows draw by themselves: selections, scroll bars.
 Palette {
-    window: Theme.windowBackground
-    windowText: Theme.primary
-    base: Theme.controlBackground
-    text: Theme.primary
-    button: Theme.raised
-    buttonText: Theme.primary
-    placeholderText: Theme.secondary
     highlight: Theme.selection
     highlightedText: Theme.primary
     mid: Theme.separator

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/foundation/NetworkEnvironment.h"
+#include "platform/foundation/net/NetworkEnvironment.h"
 
 #include <QObject>
 #include <QProcess>

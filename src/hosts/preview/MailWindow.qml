@@ -20,14 +20,17 @@ ApplicationWindow {
 
     Shortcut {
         sequence: "Ctrl+N"
+        autoRepeat: false
         onActivated: window.mail.writeNew()
     }
     Shortcut {
         sequence: "Ctrl+R"
+        autoRepeat: false
         onActivated: window.mail.reply()
     }
     Shortcut {
         sequence: "Ctrl+L"
+        autoRepeat: false
         onActivated: window.mail.forward()
     }
     Shortcut {

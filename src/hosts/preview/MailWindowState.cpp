@@ -1,7 +1,6 @@
 #include "hosts/preview/MailWindowState.h"
 
-#include "hosts/preview/MessageReader.h"
-
+#include <QLocale>
 #include <QPointer>
 #include <QQmlEngine>
 
@@ -15,19 +14,12 @@ MailWindowState::MailWindowState(MessageReader& reader, QObject* parent)
     QQmlEngine::setObjectOwnership(&m_messages, QQmlEngine::CppOwnership);
 }
 
-void MailWindowState::setEntries(std::vector<MessageEntry> entries)
+void MailWindowState::setMessages(std::vector<ListedMessage> messages)
 {
-    m_messages.setEntries(std::move(entries));
-    endListing();
+    m_messages.setMessages(std::move(messages));
+    m_listing = false;
+    Q_EMIT listingChanged();
     setCurrentIndex(m_messages.rowCount() > 0 ? 0 : -1);
-}
-
-void MailWindowState::endListing()
-{
-    if (m_listing) {
-        m_listing = false;
-        Q_EMIT listingChanged();
-    }
 }
 
 void MailWindowState::setCurrentIndex(int index)
@@ -37,19 +29,20 @@ void MailWindowState::setCurrentIndex(int index)
     }
     m_currentIndex = index;
     m_document.reset();
+    m_shown = {};
     m_failure.clear();
     Q_EMIT currentIndexChanged();
     Q_EMIT messageChanged();
     if (index < 0) {
         return;
     }
-    const MessageLocation& location = m_messages.entries()[static_cast<std::size_t>(index)].location;
-    m_reader.load(location, [self = QPointer(this), index](const auto& result) {
+    m_reader.load(m_messages.location(index), [self = QPointer(this), index](const auto& result) {
         if (!self || self->m_currentIndex != index) {
             return; // The user has gone on to another message.
         }
         if (*result) {
             self->m_document = std::shared_ptr<const MailDocument>(result, &result->value());
+            self->m_shown = shown(*self->m_document);
         } else {
             self->m_failure = QString::fromStdString(result->error().text);
         }
@@ -66,49 +59,19 @@ void MailWindowState::request(ComposeKind kind)
     }
 }
 
-QString MailWindowState::subject() const
+MailWindowState::Shown MailWindowState::shown(const MailDocument& document)
 {
-    return m_document ? shownSubject(m_document->summary) : QString();
-}
-
-QString MailWindowState::sender() const
-{
-    if (!m_document) {
-        return {};
-    }
-    const std::string text = m_document->summary.sender.text();
-    return text.empty() ? shownSender(m_document->summary) : QString::fromStdString(text);
-}
-
-QString MailWindowState::recipients() const
-{
-    if (!m_document) {
-        return {};
-    }
-    const bool both = !m_document->to.empty() && !m_document->cc.empty();
-    return QString::fromStdString(m_document->to + (both ? ", " : "") + m_document->cc);
-}
-
-QString MailWindowState::date() const
-{
-    return m_document ? shownMoment(m_document->summary.date) : QString();
-}
-
-QString MailWindowState::remoteImages() const
-{
-    return m_document ? QString::fromStdString(remoteImagesNotice(m_document->remoteImages)) : QString();
-}
-
-QString MailWindowState::text() const
-{
-    if (!m_document) {
-        return {};
-    }
-    QString text = QString::fromStdString(m_document->text.text);
-    if (m_document->text.truncated) {
-        text += QStringLiteral("\n\n[The rest of this message is too long to be shown here.]");
-    }
-    return text;
+    const std::string sender = document.summary.sender.text();
+    const bool both = !document.to.empty() && !document.cc.empty();
+    const QString rest = document.text.truncated
+                             ? QStringLiteral("\n\n[The rest of this message is too long to be shown here.]")
+                             : QString();
+    return {shownSubject(document.summary),
+            sender.empty() ? shownSender(document.summary) : QString::fromStdString(sender),
+            QString::fromStdString(document.to + (both ? ", " : "") + document.cc),
+            QLocale::c().toString(document.summary.date.toLocalTime(), QStringLiteral("d MMMM yyyy, HH:mm")),
+            QString::fromStdString(document.text.text) + rest,
+            QString::fromStdString(remoteImagesNotice(document.remoteImages))};
 }
 
 } // namespace quillmate

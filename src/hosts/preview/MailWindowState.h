@@ -10,8 +10,6 @@
 namespace quillmate
 {
 
-class MessageReader;
-
 /// What the user asks a compose window for.
 enum class ComposeKind { Reply, Forward, NewMessage };
 
@@ -39,9 +37,7 @@ public:
     explicit MailWindowState(MessageReader& reader, QObject* parent = nullptr);
 
     /// Ends the wait for the list and chooses its first message, if there is one.
-    void setEntries(std::vector<MessageEntry> entries);
-    /// Nothing to list, or no more.
-    void endListing();
+    void setMessages(std::vector<ListedMessage> messages);
 
     [[nodiscard]] MessageListModel* messages() { return &m_messages; }
     [[nodiscard]] bool isListing() const { return m_listing; }
@@ -51,13 +47,14 @@ public:
 
     [[nodiscard]] bool isLoaded() const { return m_document != nullptr; }
     [[nodiscard]] bool isLoading() const { return m_currentIndex >= 0 && !m_document && m_failure.isEmpty(); }
-    [[nodiscard]] QString subject() const;
-    [[nodiscard]] QString sender() const;
-    [[nodiscard]] QString recipients() const;
-    [[nodiscard]] QString date() const;
-    [[nodiscard]] QString text() const;
-    /// What was left out of the chosen message, one sentence, empty when nothing was.
-    [[nodiscard]] QString remoteImages() const;
+    // The chosen message as it is shown; everything is empty while it is not loaded.
+    [[nodiscard]] QString subject() const { return m_shown.subject; }
+    [[nodiscard]] QString sender() const { return m_shown.sender; }
+    [[nodiscard]] QString recipients() const { return m_shown.recipients; }
+    [[nodiscard]] QString date() const { return m_shown.date; }
+    [[nodiscard]] QString text() const { return m_shown.text; }
+    /// What was left out of it, one sentence, empty when nothing was.
+    [[nodiscard]] QString remoteImages() const { return m_shown.remoteImages; }
     /// Why the chosen message cannot be shown, empty when it can.
     [[nodiscard]] QString failure() const { return m_failure; }
 
@@ -74,11 +71,17 @@ Q_SIGNALS:
     void composeRequested(quillmate::ComposeKind kind, std::shared_ptr<const quillmate::MailDocument> original);
 
 private:
+    struct Shown {
+        QString subject, sender, recipients, date, text, remoteImages;
+    };
+
+    static Shown shown(const MailDocument& document);
     void request(ComposeKind kind);
 
     MessageReader& m_reader;
     MessageListModel m_messages;
     std::shared_ptr<const MailDocument> m_document;
+    Shown m_shown;
     QString m_failure;
     int m_currentIndex = -1;
     bool m_listing = true;

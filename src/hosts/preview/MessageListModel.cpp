@@ -4,6 +4,20 @@
 
 namespace quillmate
 {
+namespace
+{
+
+/// Short, in local time: the time alone for today, else the day, with the year where it is not this one.
+QString shownDate(const QDateTime& date)
+{
+    const QDateTime local = date.toLocalTime(); // An invalid one gives an empty text.
+    const QDate today = QDate::currentDate();
+    return QLocale::c().toString(local, local.date() == today                 ? QStringLiteral("HH:mm")
+                                        : local.date().year() == today.year() ? QStringLiteral("d MMM")
+                                                                              : QStringLiteral("d MMM yyyy"));
+}
+
+} // namespace
 
 QString shownSender(const MessageSummary& summary)
 {
@@ -16,46 +30,21 @@ QString shownSubject(const MessageSummary& summary)
     return summary.subject.empty() ? QStringLiteral("No subject") : QString::fromStdString(summary.subject);
 }
 
-QString shownDate(const QDateTime& date, const QDateTime& now)
-{
-    if (!date.isValid()) {
-        return {};
-    }
-    const QDateTime local = date.toLocalTime();
-    const QDateTime today = now.toLocalTime();
-    const QLocale english = QLocale::c();
-    if (local.date() == today.date()) {
-        return english.toString(local, QStringLiteral("HH:mm"));
-    }
-    const bool thisYear = local.date().year() == today.date().year();
-    return english.toString(local, thisYear ? QStringLiteral("d MMM") : QStringLiteral("d MMM yyyy"));
-}
-
-QString shownMoment(const QDateTime& date)
-{
-    return date.isValid() ? QLocale::c().toString(date.toLocalTime(), QStringLiteral("d MMMM yyyy, HH:mm")) : QString();
-}
-
-void MessageListModel::setEntries(std::vector<MessageEntry> entries)
+void MessageListModel::setMessages(std::vector<ListedMessage> messages)
 {
     beginResetModel();
-    m_entries = std::move(entries);
-    m_colors.clear();
+    m_messages = std::move(messages);
     endResetModel();
 }
 
-void MessageListModel::setDecidedColors(std::vector<int> colors)
+const MessageLocation& MessageListModel::location(int row) const
 {
-    if (colors.size() != m_entries.size() || colors.empty()) {
-        return;
-    }
-    m_colors = std::move(colors);
-    Q_EMIT dataChanged(index(0), index(rowCount() - 1), {DecidedColorRole});
+    return m_messages[static_cast<std::size_t>(row)].entry.location;
 }
 
 int MessageListModel::rowCount(const QModelIndex& parent) const
 {
-    return parent.isValid() ? 0 : static_cast<int>(m_entries.size());
+    return parent.isValid() ? 0 : static_cast<int>(m_messages.size());
 }
 
 QVariant MessageListModel::data(const QModelIndex& index, int role) const
@@ -63,19 +52,18 @@ QVariant MessageListModel::data(const QModelIndex& index, int role) const
     if (!checkIndex(index, CheckIndexOption::IndexIsValid)) {
         return {};
     }
-    const auto row = static_cast<std::size_t>(index.row());
-    const MessageSummary& summary = m_entries[row].summary;
+    const auto& [entry, color] = m_messages[static_cast<std::size_t>(index.row())];
     switch (role) {
     case SenderRole:
-        return shownSender(summary);
+        return shownSender(entry.summary);
     case SubjectRole:
-        return shownSubject(summary);
+        return shownSubject(entry.summary);
     case DateRole:
-        return shownDate(summary.date, QDateTime::currentDateTime());
+        return shownDate(entry.summary.date);
     case SnippetRole:
-        return QString::fromStdString(summary.snippet);
+        return QString::fromStdString(entry.summary.snippet);
     case DecidedColorRole:
-        return m_colors.empty() ? 0 : m_colors[row];
+        return color;
     default:
         return {};
     }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "hosts/preview/mail/MessageStore.h"
+#include "hosts/preview/MessageReader.h"
 
 #include <QAbstractListModel>
 #include <qqmlregistration.h>
@@ -20,29 +20,19 @@ public:
 
     using QAbstractListModel::QAbstractListModel;
 
-    /// Forgets the colours with the messages before.
-    void setEntries(std::vector<MessageEntry> entries);
-    /// The background that was decided on for each message, by the platform's number, 0 for none. Ignored unless there
-    /// is one for every message.
-    void setDecidedColors(std::vector<int> colors);
-    [[nodiscard]] const std::vector<MessageEntry>& entries() const { return m_entries; }
+    void setMessages(std::vector<ListedMessage> messages);
+    [[nodiscard]] const MessageLocation& location(int row) const;
 
     [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
     [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
     [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
 
 private:
-    std::vector<MessageEntry> m_entries;
-    std::vector<int> m_colors; // Empty until they are decided on.
+    std::vector<ListedMessage> m_messages;
 };
 
-/// How windows name a sender, a subject and a moment; none of them empty for lack of a header field but the date.
+/// How windows name a sender and a subject, neither empty for lack of a header field.
 [[nodiscard]] QString shownSender(const MessageSummary& summary);
 [[nodiscard]] QString shownSubject(const MessageSummary& summary);
-/// Short, in local time: the time alone for today, else the day, with the year where it is not this one.
-[[nodiscard]] QString shownDate(const QDateTime& date, const QDateTime& now);
-
-/// In full, in local time; empty for an invalid date.
-[[nodiscard]] QString shownMoment(const QDateTime& date);
 
 } // namespace quillmate

@@ -42,7 +42,8 @@ Rectangle {
                 view.mail.currentIndex = Math.max(0, Math.min(count - 1, currentIndex + steps[event.key]));
                 event.accepted = true;
             } else if (event.key === Qt.Key_Return || event.key === Qt.Key_Enter) {
-                view.mail.reply();
+                if (!event.isAutoRepeat)
+                    view.mail.reply();
                 event.accepted = true;
             }
         }

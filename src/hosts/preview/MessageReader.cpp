@@ -1,9 +1,8 @@
 #include "hosts/preview/MessageReader.h"
 
-#include "platform/foundation/DispatchQueue.h"
+#include "platform/foundation/schedule/DispatchQueue.h"
 
 #include <QPointer>
-#include <iterator>
 #include <utility>
 
 namespace quillmate
@@ -11,35 +10,47 @@ namespace quillmate
 namespace
 {
 
-MessageEntries listAll(const std::vector<std::string>& arguments, const std::stop_token& stop)
+int decidedColor(MEMessageActionHandler& handler, const MessageSummary& summary)
 {
-    std::vector<MessageEntry> entries;
-    for (const std::string& argument : arguments) {
-        auto listed = listMessages(argument, stop);
-        if (!listed) {
-            return listed;
+    const std::string& address = summary.sender.address;
+    const MEMessage message{.rawData = std::nullopt,
+                            .subject = summary.subject,
+                            .fromAddress = {address.empty() ? std::nullopt : std::optional(address)},
+                            .headers = std::nullopt};
+    int color = 0;
+    handler.decideActionForMessage(message, [&color](const auto& decision) {
+        if (decision && decision->action.kind == MEMessageAction::Kind::SetBackgroundColor) {
+            color = decision->action.color;
         }
-        auto found = std::move(listed).value();
-        std::move(found.begin(), found.end(), std::back_inserter(entries));
-    }
-    return entries;
+    });
+    return color;
 }
 
-/// Runs the work on the main thread if the reader is there by then.
-void handOver(const QPointer<MessageReader>& reader, std::function<void()> work)
+/// Hands the result over on the main thread if the reader is there by then.
+template<typename Done, typename Value>
+void handOver(const QPointer<MessageReader>& reader, Done done, std::shared_ptr<const Value> result)
 {
-    DispatchQueue::main().async([reader, work = std::move(work)] {
+    DispatchQueue::main().async([reader, done = std::move(done), result = std::move(result)] {
         if (reader) {
-            work();
+            done(result);
         }
     });
 }
 
 } // namespace
 
-MessageReader::MessageReader(QObject* parent)
+MessageReader::MessageReader(MEExtension& extension, std::function<void(const std::string&)> refused, QObject* parent)
     : QObject(parent)
+    , m_actions(extension.handlerForMessageActions())
 {
+    m_queue.async([this, blocker = extension.handlerForContentBlocker(), refused = std::move(refused)] {
+        auto rules = ContentRules::parse(blocker->contentRulesJSON());
+        if (rules) {
+            m_rules = std::move(rules).value();
+        } else {
+            refused(rules.error());
+        }
+    });
 }
 
 MessageReader::~MessageReader()
@@ -47,25 +58,32 @@ MessageReader::~MessageReader()
     m_stop.request_stop();
 }
 
-void MessageReader::useContentRules(std::shared_ptr<MEContentBlocker> blocker, std::function<void(std::string)> failed)
+MessageReader::Listing MessageReader::listAll(const std::vector<std::string>& arguments) const
 {
-    const QPointer<MessageReader> self(this);
-    m_queue.async([this, self, blocker = std::move(blocker), failed = std::move(failed)] {
-        auto rules = ContentRules::parse(blocker->contentRulesJSON());
-        if (rules) {
-            m_rules = std::move(rules).value();
-        } else {
-            handOver(self, [failed, sentence = rules.error()] { failed(sentence); });
+    const std::stop_token stop = m_stop.get_token();
+    std::vector<ListedMessage> messages;
+    for (const std::string& argument : arguments) {
+        auto entries = listMessages(argument, stop);
+        if (!entries) {
+            return Listing::failure(entries.error());
         }
-    });
+        for (MessageEntry& entry : std::move(entries).value()) {
+            if (stop.stop_requested()) {
+                return messages; // Nobody will look at it.
+            }
+            const int color = decidedColor(*m_actions, entry.summary);
+            messages.push_back({std::move(entry), color});
+        }
+    }
+    return messages;
 }
 
 void MessageReader::list(std::vector<std::string> arguments, Listed done)
 {
     const QPointer<MessageReader> self(this);
-    m_queue.async([self, arguments = std::move(arguments), done = std::move(done), stop = m_stop.get_token()] {
-        auto result = std::make_shared<const MessageEntries>(listAll(arguments, stop));
-        handOver(self, [done, result] { done(result); });
+    m_queue.async([this, self, arguments = std::move(arguments), done = std::move(done)] {
+        handOver(
+            self, [done](const auto& listing) { done(*listing); }, std::make_shared<const Listing>(listAll(arguments)));
     });
 }
 
@@ -73,8 +91,7 @@ void MessageReader::load(MessageLocation location, Loaded done)
 {
     const QPointer<MessageReader> self(this);
     m_queue.async([this, self, location = std::move(location), done = std::move(done)] {
-        auto result = std::make_shared<const Result<MailDocument, MailFailure>>(loadMessage(location, m_rules));
-        handOver(self, [done, result] { done(result); });
+        handOver(self, done, std::make_shared<const Result<MailDocument, MailFailure>>(loadMessage(location, m_rules)));
     });
 }
 

@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import Quillmate.Preview
 import Quillmate.Views
@@ -10,25 +9,29 @@ ColumnLayout {
 
     required property MailWindowState mail
 
-    spacing: 0
-
-    function orderParagraphs() {
-        ParagraphDirection.apply(body.textDocument);
+    component Line: Text {
+        Layout.fillWidth: true
+        textFormat: Text.PlainText
+        elide: Text.ElideRight
+        color: Theme.secondary
+        font.pixelSize: Theme.caption
     }
+
+    spacing: 0
 
     RowLayout {
         Layout.fillWidth: true
         Layout.margins: Theme.padding
         spacing: Theme.spacing
 
-        HostButton {
+        FramedButton {
             objectName: "replyButton"
             text: "Reply"
             prominent: true
             enabled: view.mail.loaded
             onClicked: view.mail.reply()
         }
-        HostButton {
+        FramedButton {
             objectName: "forwardButton"
             text: "Forward"
             enabled: view.mail.loaded
@@ -37,7 +40,7 @@ ColumnLayout {
         Item {
             Layout.fillWidth: true
         }
-        HostButton {
+        FramedButton {
             objectName: "newMessageButton"
             text: "New message"
             onClicked: view.mail.writeNew()
@@ -71,79 +74,45 @@ ColumnLayout {
         visible: view.mail.loaded
         spacing: 4
 
-        Text {
-            Layout.fillWidth: true
+        Line {
             text: view.mail.subject
-            textFormat: Text.PlainText
             wrapMode: Text.Wrap
             maximumLineCount: 3
-            elide: Text.ElideRight
             color: Theme.primary
             font.pixelSize: Theme.title2
             font.bold: true
         }
-        Text {
-            Layout.fillWidth: true
+        Line {
             text: view.mail.sender
-            textFormat: Text.PlainText
-            elide: Text.ElideRight
             horizontalAlignment: Text.AlignLeft
             color: Theme.primary
             font.pixelSize: Theme.body
         }
-        Text {
-            Layout.fillWidth: true
+        Line {
             visible: view.mail.recipients.length > 0
             text: "to " + view.mail.recipients
-            textFormat: Text.PlainText
-            elide: Text.ElideRight
-            color: Theme.secondary
-            font.pixelSize: Theme.caption
         }
-        Text {
+        Line {
             visible: view.mail.date.length > 0
             text: view.mail.date
-            color: Theme.secondary
-            font.pixelSize: Theme.caption
         }
-        Text {
-            Layout.fillWidth: true
+        Line {
             Layout.topMargin: 4
             objectName: "remoteImagesNotice"
             visible: view.mail.remoteImages.length > 0
             text: view.mail.remoteImages
             wrapMode: Text.Wrap
-            color: Theme.secondary
-            font.pixelSize: Theme.caption
+            elide: Text.ElideNone
         }
     }
-    ScrollView {
+    MessageBody {
         Layout.fillWidth: true
         Layout.fillHeight: true
         visible: view.mail.loaded
-        contentWidth: availableWidth
-
-        TextArea {
-            id: body
-
-            objectName: "messageText"
-            text: view.mail.text.length > 0 ? view.mail.text : "This message has no text."
-            textFormat: TextEdit.PlainText
-            readOnly: true
-            selectByMouse: true
-            wrapMode: TextEdit.Wrap
-            leftPadding: Theme.padding
-            rightPadding: Theme.padding
-            topPadding: 0
-            bottomPadding: Theme.padding
-            color: view.mail.text.length > 0 ? Theme.primary : Theme.secondary
-            font.pixelSize: Theme.body
-            background: null
-            Accessible.name: "Message text"
-            // Later, since the text must not be changed while it tells of a change.
-            onTextChanged: Qt.callLater(view.orderParagraphs) // qmllint disable
-            // Tab goes on to the next control, as everywhere else in the window.
-            Keys.onTabPressed: nextItemInFocusChain().forceActiveFocus(Qt.TabFocusReason) // qmllint disable
-        }
+        areaName: "messageText"
+        name: "Message text"
+        text: view.mail.text.length > 0 ? view.mail.text : "This message has no text."
+        color: view.mail.text.length > 0 ? Theme.primary : Theme.secondary
+        readOnly: true
     }
 }

@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import Quillmate.Preview
 import Quillmate.Views
 
@@ -9,10 +8,9 @@ Rectangle {
 
     required property ComposeWindowState compose
 
-    color: Theme.windowBackground
-
     readonly property Item panel: compose.panel
 
+    color: Theme.windowBackground
     onPanelChanged: {
         if (panel) {
             panel.parent = holder;
@@ -21,24 +19,15 @@ Rectangle {
         }
     }
 
-    Flickable {
-        id: flickable
-
-        objectName: "panelFlickable"
+    PanelScroll {
         anchors.fill: parent
-        contentWidth: width
-        contentHeight: Math.max(height, area.compose.panelMinimumHeight)
-        interactive: contentHeight > height
-        boundsBehavior: Flickable.StopAtBounds
-        clip: true
-        ScrollBar.vertical: ScrollBar {}
+        contentMinimumHeight: area.panel ? area.panel.implicitHeight : 0
 
         Item {
             id: holder
 
             objectName: "panelHolder"
-            width: flickable.contentWidth
-            height: flickable.contentHeight
+            anchors.fill: parent
         }
     }
     Text {

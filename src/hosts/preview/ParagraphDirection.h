@@ -20,7 +20,7 @@ public:
 
     /// Takes the paragraphs as they are now; one without a letter goes with the one before, an empty one stays as it
     /// was. Not undoable by the user. Not from within a signal of the document. Main thread.
-    Q_INVOKABLE void apply(QQuickTextDocument* document) const;
+    Q_INVOKABLE static void apply(QQuickTextDocument* document);
 };
 
 } // namespace quillmate

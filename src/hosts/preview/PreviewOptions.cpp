@@ -1,14 +1,13 @@
 #include "hosts/preview/PreviewOptions.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 
 namespace quillmate
 {
 namespace
 {
-
-using Parsing = Result<PreviewOptions, std::string>;
 
 std::optional<int> positiveNumber(std::string_view text)
 {
@@ -18,114 +17,82 @@ std::optional<int> positiveNumber(std::string_view text)
     return isNumber ? std::optional(number) : std::nullopt;
 }
 
-std::string quoted(std::string_view text)
+std::string inQuotes(std::string_view text)
 {
     return "\"" + std::string(text) + "\"";
 }
 
-/// Sets an option that has a value; the result is what is wrong with it, empty when nothing is.
-std::string setValue(PreviewOptions& options, std::string_view name, std::string_view value)
+constexpr auto replyOption = "reply";
+constexpr auto newOption = "new";
+constexpr auto serviceOption = "service";
+constexpr auto screenshotOption = "screenshot";
+
+Result<void, std::string> check(const PreviewOptions& options)
 {
-    if (name == "--service") {
-        if (value != "local" && value != "remote") {
-            return "--service " + quoted(value) + " is unknown: give local or remote.";
-        }
-        options.service = value == "local" ? PreviewOptions::Service::Local : PreviewOptions::Service::Remote;
-    } else if (name == "--reply") {
-        options.reply = positiveNumber(value);
-        if (!options.reply) {
-            return "--reply " + quoted(value) +
-                   " is no message number: give 1 for the first message, 2 for the second.";
-        }
-    } else {
-        if (value.empty()) {
-            return "--screenshot needs the name of the PNG file to write.";
-        }
-        options.screenshotFile = std::string(value);
+    if (options.screenshotFile == "") {
+        return Failure("--screenshot needs the name of the PNG file to write.");
     }
-    return {};
-}
-
-bool takesValue(std::string_view name)
-{
-    return name == "--service" || name == "--reply" || name == "--screenshot";
-}
-
-/// Whether the next word is this option's value; one that looks like an option is taken for a forgotten value.
-bool isValue(std::string_view word)
-{
-    return !word.starts_with("--");
-}
-
-std::string contradiction(const PreviewOptions& options)
-{
     if (options.reply && options.newMessage) {
-        return "--reply and --new cannot both open the compose window: give one of them.";
+        return Failure("--reply and --new cannot both open the compose window: give one of them.");
     }
     if (options.reply && options.messages.empty()) {
-        return replyRefusal(*options.reply, 0);
+        return checkReply(*options.reply, 0);
     }
     if (std::find(options.messages.begin(), options.messages.end(), "") != options.messages.end()) {
-        return "the name of a message is empty: name an .eml file, an mbox or a Maildir.";
+        return Failure("the name of a message is empty: name an .eml file, an mbox or a Maildir.");
     }
     return {};
 }
 
 } // namespace
 
-Parsing PreviewOptions::parse(std::span<const std::string_view> arguments)
+std::span<const CommandLine::Option> previewOptions()
+{
+    static constexpr std::array<CommandLine::Option, 4> options{
+        {{replyOption, true}, {newOption}, {serviceOption, true}, {screenshotOption, true}}};
+    return options;
+}
+
+Result<PreviewOptions, std::string> PreviewOptions::from(const CommandLine& line)
 {
     PreviewOptions options;
-    bool onlyMessages = false;
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-        const std::string_view argument = arguments[i];
-        if (onlyMessages || argument == "-" || !argument.starts_with('-')) {
-            options.messages.emplace_back(argument);
-            continue;
+    if (const auto service = line.value(serviceOption)) {
+        if (*service != "local" && *service != "remote") {
+            return Failure("--service " + inQuotes(*service) + " is unknown: give local or remote.");
         }
-        const std::size_t equals = argument.find('=');
-        const std::string_view name = argument.substr(0, equals);
-        if (argument == "--") {
-            onlyMessages = true;
-        } else if (argument == "--help" || argument == "--version") {
-            options.task = argument == "--help" ? Task::Help : Task::Version;
-            return options;
-        } else if (argument == "--new") {
-            options.newMessage = true;
-        } else if (takesValue(name)) {
-            const bool hasValue = equals != std::string_view::npos;
-            if (!hasValue && (i + 1 == arguments.size() || !isValue(arguments[i + 1]))) {
-                return Parsing::failure(std::string(name) + " needs a value behind it; --help shows how.");
-            }
-            const std::string_view value = hasValue ? argument.substr(equals + 1) : arguments[++i];
-            if (std::string problem = setValue(options, name, value); !problem.empty()) {
-                return Parsing::failure(std::move(problem));
-            }
-        } else {
-            return Parsing::failure("the option " + quoted(argument) + " is unknown; --help lists the options.");
+        options.service = *service == "local" ? Service::Local : Service::Remote;
+    }
+    if (const auto reply = line.value(replyOption)) {
+        options.reply = positiveNumber(*reply);
+        if (!options.reply) {
+            return Failure("--reply " + inQuotes(*reply) +
+                           " is no message number: give 1 for the first message, 2 for the second.");
         }
     }
-    if (std::string problem = contradiction(options); !problem.empty()) {
-        return Parsing::failure(std::move(problem));
+    options.newMessage = line.isSet(newOption);
+    options.screenshotFile = line.value(screenshotOption);
+    options.messages = line.words();
+    if (const auto checked = check(options); !checked) {
+        return Failure(checked.error());
     }
     return options;
 }
 
-std::string replyRefusal(int reply, std::size_t count)
+Result<void, std::string> checkReply(int reply, std::size_t count)
 {
     if (count == 0) {
-        return "--reply needs a message to reply to: name an .eml file, an mbox or a Maildir.";
+        return Failure("--reply needs a message to reply to: name an .eml file, an mbox or a Maildir.");
     }
     if (static_cast<std::size_t>(reply) <= count) {
         return {};
     }
     const std::string asked = "--reply " + std::to_string(reply) + " asks for more than the ";
-    return count == 1 ? asked + "one message there is: give 1."
-                      : asked + std::to_string(count) + " messages there are: give a number from 1 to " +
-                            std::to_string(count) + ".";
+    return Failure(count == 1 ? asked + "one message there is: give 1."
+                              : asked + std::to_string(count) + " messages there are: give a number from 1 to " +
+                                    std::to_string(count) + ".");
 }
 
-std::string_view previewHelp()
+const char* previewHelp()
 {
     return R"(Usage: quillmate [OPTIONS] [MESSAGE...]
 

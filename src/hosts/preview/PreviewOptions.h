@@ -1,12 +1,12 @@
 #pragma once
 
-#include "platform/foundation/Result.h"
+#include "base/Result.h"
+#include "hosts/startup/CommandLine.h"
 
 #include <cstddef>
 #include <optional>
 #include <span>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace quillmate
@@ -14,10 +14,8 @@ namespace quillmate
 
 /// What the command line asks of the preview Mail host.
 struct PreviewOptions {
-    enum class Task { Run, Help, Version };
     enum class Service { Local, Remote };
 
-    Task task = Task::Run;
     /// Unset when the command line leaves it to the surroundings.
     std::optional<Service> service = std::nullopt;
     std::optional<int> reply = std::nullopt; ///< number of the message to reply to at once, from 1
@@ -25,16 +23,19 @@ struct PreviewOptions {
     std::optional<std::string> screenshotFile = std::nullopt;
     std::vector<std::string> messages = {};
 
-    /// `arguments` without the program's name. The failure is one sentence that names the argument and says what to do.
-    static Result<PreviewOptions, std::string> parse(std::span<const std::string_view> arguments);
+    /// From what `previewOptions` say. The failure is one sentence that names the argument and says what to do.
+    static Result<PreviewOptions, std::string> from(const CommandLine& line);
 
     bool operator==(const PreviewOptions&) const = default;
 };
 
-/// What is wrong with asking for the reply to that message among `count`, one sentence; empty when nothing is.
-[[nodiscard]] std::string replyRefusal(int reply, std::size_t count);
+/// The options that the preview takes.
+[[nodiscard]] std::span<const CommandLine::Option> previewOptions();
+
+/// Whether the reply to that message can be asked for among `count`; the failure is one sentence.
+Result<void, std::string> checkReply(int reply, std::size_t count);
 
 /// What --help prints.
-[[nodiscard]] std::string_view previewHelp();
+[[nodiscard]] const char* previewHelp();
 
 } // namespace quillmate

@@ -1,11 +1,11 @@
 #include "hosts/preview/PreviewProgram.h"
 
+#include "base/ApplicationFolders.h"
 #include "hosts/preview/ComposeWindowState.h"
 #include "hosts/preview/ServiceRoutes.h"
 #include "hosts/preview/WindowPicture.h"
 #include "platform/appkit/ViewEngine.h"
-#include "platform/foundation/ApplicationFolders.h"
-#include "platform/foundation/URLSession.h"
+#include "platform/foundation/net/URLSession.h"
 #include "views/ViewsModule.h"
 
 #include <QGuiApplication>
@@ -14,7 +14,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <tuple>
 
 // Written by the build from the types that say QML_ELEMENT.
 void qml_register_types_Quillmate_Preview();
@@ -39,13 +38,12 @@ std::unique_ptr<QQuickWindow> makeWindow(const QString& name, const QVariantMap&
 {
     QQmlComponent component(&ViewEngine::shared(),
                             QUrl(QStringLiteral("qrc:/qt/qml/Quillmate/Preview/%1.qml").arg(name)));
-    std::unique_ptr<QObject> object(component.isReady() ? component.createWithInitialProperties(properties) : nullptr);
-    auto* window = qobject_cast<QQuickWindow*>(object.get());
+    auto* window =
+        component.isReady() ? qobject_cast<QQuickWindow*>(component.createWithInitialProperties(properties)) : nullptr;
     if (window == nullptr) {
         qFatal("The window %s cannot be made: %s", qUtf8Printable(name), qUtf8Printable(component.errorString()));
     }
     QQmlEngine::setObjectOwnership(window, QQmlEngine::CppOwnership);
-    std::ignore = object.release();
     return std::unique_ptr<QQuickWindow>(window);
 }
 
@@ -64,7 +62,7 @@ void bringForward(QQuickWindow& window)
 PreviewProgram::PreviewProgram(PreviewOptions options, NetworkEnvironment environment, MEExtension& extension)
     : m_options(std::move(options))
     , m_environment(std::move(environment))
-    , m_decisions(extension.handlerForMessageActions())
+    , m_reader(extension, [](const std::string& problem) { complain(QString::fromStdString(problem)); })
     , m_sessions([&extension](const MEComposeSession& session) { return extension.handlerForComposeSession(session); })
     , m_mail(m_reader)
 {
@@ -74,8 +72,6 @@ PreviewProgram::PreviewProgram(PreviewOptions options, NetworkEnvironment enviro
     qGuiApp->installEventFilter(this);
     connect(qGuiApp, &QGuiApplication::lastWindowClosed, this, [this] { end(0); });
     connect(&m_mail, &MailWindowState::composeRequested, this, &PreviewProgram::openCompose);
-    m_reader.useContentRules(extension.handlerForContentBlocker(),
-                             [](const std::string& problem) { complain(QString::fromStdString(problem)); });
 }
 
 PreviewProgram::~PreviewProgram() = default;
@@ -101,7 +97,7 @@ void PreviewProgram::start()
                     showMailWindow();
                 }
             });
-            m_reader.list(m_options.messages, [this](const auto& entries) { takeEntries(entries); });
+            m_reader.list(m_options.messages, [this](const auto& listing) { takeMessages(listing); });
         },
         Qt::QueuedConnection);
 }
@@ -133,59 +129,55 @@ void PreviewProgram::connectService()
     m_sessions.allow();
 }
 
-void PreviewProgram::takeEntries(const std::shared_ptr<const MessageEntries>& entries)
+void PreviewProgram::takeMessages(const MessageReader::Listing& listing)
 {
     if (m_ending) {
         return;
     }
-    if (!*entries) {
-        end(misused, QString::fromStdString(entries->error().text));
+    if (!listing) {
+        end(misused, QString::fromStdString(listing.error().text));
         return;
     }
-    const std::size_t count = entries->value().size();
-    const std::string refusal = m_options.reply ? replyRefusal(*m_options.reply, count) : std::string();
-    if (!refusal.empty()) {
-        end(misused, QString::fromStdString(refusal));
-        return;
+    const std::size_t count = listing.value().size();
+    if (m_options.reply) {
+        if (const auto asked = checkReply(*m_options.reply, count); !asked) {
+            end(misused, QString::fromStdString(asked.error()));
+            return;
+        }
     }
     if (count == 1 && !m_options.reply && !m_options.newMessage) {
         m_options.reply = 1;
     }
-    m_mail.setEntries(entries->value());
-    m_decisions.ask(entries,
-                    [this](std::vector<int> colors) { m_mail.messages()->setDecidedColors(std::move(colors)); });
-    if (m_options.reply) {
-        m_mail.setCurrentIndex(*m_options.reply - 1);
-    }
-    openWindows();
-}
-
-void PreviewProgram::openWindows()
-{
-    const bool composesAtOnce = m_options.reply || m_options.newMessage;
+    m_mail.setMessages(listing.value());
     if (m_options.newMessage) {
         m_mail.writeNew();
     }
     if (m_options.reply) {
-        // The reply opens when its message has been read.
-        connect(
-            &m_mail, &MailWindowState::messageChanged, this,
-            [this] {
-                if (m_mail.isLoaded()) {
-                    m_mail.reply();
-                } else {
-                    end(misused, m_mail.failure());
-                }
-            },
-            Qt::SingleShotConnection);
+        replyTo(*m_options.reply - 1);
     }
-    const bool listIsNeeded = m_mail.messages()->rowCount() != 1 && !m_options.screenshotFile;
-    if (!composesAtOnce || listIsNeeded) {
+    const bool composesAtOnce = m_options.reply || m_options.newMessage;
+    if (!composesAtOnce || (count != 1 && !m_options.screenshotFile)) {
         showMailWindow();
     }
     if (!composesAtOnce && m_options.screenshotFile) {
         takePicture(*m_mailWindow);
     }
+}
+
+void PreviewProgram::replyTo(int index)
+{
+    m_mail.setCurrentIndex(index);
+    // The reply opens when its message has been read.
+    connect(
+        &m_mail, &MailWindowState::messageChanged, this,
+        [this] {
+            if (m_mail.isLoaded()) {
+                m_mail.reply();
+            } else {
+                end(misused, m_mail.failure());
+            }
+        },
+        Qt::SingleShotConnection);
 }
 
 void PreviewProgram::showMailWindow()
@@ -230,9 +222,8 @@ void PreviewProgram::closeCompose(const ComposeWindowState* state)
 
 void PreviewProgram::takePicture(QQuickWindow& window)
 {
-    m_picture = std::make_unique<WindowPicture>(window, QString::fromStdString(*m_options.screenshotFile), [this] {
-        return m_sessions.isSettled() && m_decisions.isSettled() && !m_mail.isLoading();
-    });
+    m_picture = std::make_unique<WindowPicture>(window, QString::fromStdString(*m_options.screenshotFile),
+                                                [this] { return m_sessions.isSettled() && !m_mail.isLoading(); });
     connect(m_picture.get(), &WindowPicture::taken, this,
             [this](const QString& failure) { end(failure.isEmpty() ? 0 : misused, failure); });
 }

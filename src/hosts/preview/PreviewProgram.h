@@ -3,11 +3,8 @@
 #include "hosts/preview/ComposeSessions.h"
 #include "hosts/preview/LocalService.h"
 #include "hosts/preview/MailWindowState.h"
-#include "hosts/preview/MessageDecisions.h"
-#include "hosts/preview/MessageReader.h"
 #include "hosts/preview/PreviewOptions.h"
-#include "platform/foundation/NetworkEnvironment.h"
-#include "platform/foundation/TerminationSignals.h"
+#include "platform/foundation/net/NetworkEnvironment.h"
 #include "platform/mailkit/MEExtension.h"
 
 #include <QObject>
@@ -45,8 +42,9 @@ private:
 
     void startService();
     void connectService();
-    void takeEntries(const std::shared_ptr<const MessageEntries>& entries);
-    void openWindows();
+    void takeMessages(const MessageReader::Listing& listing);
+    /// Opens the reply to that message once it has been read.
+    void replyTo(int index);
     void showMailWindow();
     void openCompose(ComposeKind kind, std::shared_ptr<const MailDocument> original);
     void closeCompose(const ComposeWindowState* state);
@@ -56,9 +54,7 @@ private:
 
     PreviewOptions m_options;
     NetworkEnvironment m_environment;
-    TerminationSignals m_signals;
     MessageReader m_reader;
-    MessageDecisions m_decisions;
     ComposeSessions m_sessions;
     MailWindowState m_mail;
     std::unique_ptr<LocalService> m_service;

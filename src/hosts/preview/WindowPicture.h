@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QElapsedTimer>
+#include <QImage>
 #include <QObject>
 #include <QQuickWindow>
 #include <QTimer>
@@ -9,7 +9,7 @@
 namespace quillmate
 {
 
-/// Writes a window as a PNG file once it has settled: what it waits for is there, and it has stopped redrawing itself.
+/// Writes a window as a PNG file once it has settled: what it waits for is there, and it shows the same twice in a row.
 /// Main thread only.
 class WindowPicture : public QObject
 {
@@ -28,11 +28,11 @@ private:
     void look();
 
     QQuickWindow& m_window;
-    QString m_file;
-    std::function<bool()> m_isReady;
+    const QString m_file;
+    const std::function<bool()> m_isReady;
     QTimer m_timer;
-    QElapsedTimer m_sinceReady;
-    bool m_redrawn = true;
+    QImage m_before;
+    int m_looks = 0;
 };
 
 } // namespace quillmate

@@ -1,7 +1,7 @@
 #include "platform/appkit/NSFont.h"
 
 #include "platform/appkit/PortalSetting.h"
-#include "platform/foundation/print.h"
+#include "platform/foundation/text/print.h"
 
 #include <QEvent>
 #include <QFontInfo>
@@ -32,7 +32,7 @@ std::optional<double> scaleOfEnvironment()
     if (isNumber && std::isfinite(scale) && scale > 0) {
         return scale;
     }
-    print(std::string(variable) + " is not a number from 1 to 2; the desktop's text size is used.");
+    print(variable, "is not a number from 1 to 2; the desktop's text size is used.");
     return std::nullopt;
 }
 

@@ -1,7 +1,7 @@
 #include "platform/appkit/NSHostingController.h"
 
 #include "platform/appkit/ViewEngine.h"
-#include "platform/foundation/print.h"
+#include "platform/foundation/text/print.h"
 
 #include <QQmlComponent>
 #include <QQmlEngine>

@@ -1,6 +1,6 @@
 #include "platform/appkit/NSPasteboard.h"
 
-#include "platform/foundation/CharacterSet.h"
+#include "base/CharacterSet.h"
 
 #include <QClipboard>
 #include <QGuiApplication>

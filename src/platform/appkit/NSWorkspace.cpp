@@ -1,6 +1,6 @@
 #include "platform/appkit/NSWorkspace.h"
 
-#include "platform/foundation/print.h"
+#include "platform/foundation/text/print.h"
 
 #include <QDesktopServices>
 #include <QUrl>

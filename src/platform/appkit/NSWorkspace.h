@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/foundation/URL.h"
+#include "platform/foundation/net/URL.h"
 
 #include <functional>
 

@@ -1,40 +1,32 @@
-#include "hosts/link/LinkProcess.h"
+#include "support/ProgramRun.h"
+#include "support/TestEnvironment.h"
+#include "support/TestProgram.h"
 #include "support/TestServer.h"
 
-#include <QDir>
-#include <QFileInfo>
+#include <QCoreApplication>
+#include <QFile>
 #include <QJsonArray>
-#include <QTest>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QRegularExpression>
+
+#include <algorithm>
+#include <cstring>
 
 using namespace quillmate;
-
-class LinkProgramTest : public QObject
-{
-    Q_OBJECT
-
-private Q_SLOTS:
-    void init() { m_server.reset(); }
-    void oneSession();
-    void twoSessions();
-    void errors();
-    void questions();
-    void inputEnds_data();
-    void inputEnds();
-    void lengthOverTheLimit();
-    void terminated_data();
-    void terminated();
-    void largeMessage();
-    void decisionOnLargeMessage();
-    void privateFiles();
-
-private:
-    TestServer m_server;
-};
 
 namespace
 {
 
+/// A frame's bytes: the length in native byte order, then the body.
+QByteArray framed(const QByteArray& body)
+{
+    const auto length = static_cast<quint32>(body.size());
+    return QByteArray(reinterpret_cast<const char*>(&length), sizeof length) + body;
+}
+
 const auto fallback = QStringLiteral("Error: Invalid or missing API endpoint in UserDefaults. Falling back to live.");
+const auto noSubject = QStringLiteral("No subject found in the original message.");
 const auto signInScreen = QStringLiteral("i enter in the login content view page");
 
 QJsonObject message(const QByteArray& rawData, const QString& messageId)
@@ -62,295 +54,218 @@ QJsonObject moved(const char* type, const QString& session)
     return frame;
 }
 
-/// A frame that changes nothing and is answered: what came before it has been done by then.
-bool settled(LinkProcess& process)
+/// The extension's program, started from outside as a Mail host starts it, with the service's hosts on the loopback
+/// interface.
+class LinkProcess
 {
-    process.send({{"type", "Nonsense"}, {"request", 4711}});
-    const QJsonObject answer = process.nextFrame();
-    return answer["type"] == "error" && answer["request"] == 4711;
-}
+public:
+    explicit LinkProcess(const TestServer& server)
+        : m_run(QStringLiteral(QUILLMATE_EXTENSION_PROGRAM), m_surroundings)
+    {
+        m_surroundings.connectServiceHosts(server.port());
+        m_surroundings.set("QUILLMATE_CA_FILE", TestEnvironment::certificateFile(QStringLiteral("ca.pem")));
+    }
 
-QStringList linesOfNoMessage()
-{
-    return {"No subject found in the original message.",
-            "No email address found in the original message.",
-            "No headers found in the original message.",
-            "Email address is empty.",
-            "Message content is empty.",
-            "Session message id is empty.",
-            "Acess token is empty. User need to be logged in.",
-            fallback,
-            "CURRENT API URL IN API MANAGER https://quillmate.example/api/v1",
-            fallback};
-}
+    void send(const QJsonObject& frame) { m_run.write(framed(QJsonDocument(frame).toJson(QJsonDocument::Compact))); }
+    /// Waits for the next frame of the program; an empty object when none comes.
+    QJsonObject nextFrame()
+    {
+        quint32 length = 0;
+        const auto isWhole = [&] {
+            const QByteArray& output = m_run.output();
+            std::memcpy(&length, output.constData(), std::min(sizeof length, std::size_t(output.size())));
+            return output.size() >= qsizetype(sizeof length) + length;
+        };
+        if (!QTest::qWaitFor([&] { return isWhole() || !m_run.isRunning(); }, ProgramRun::patience) || !isWhole()) {
+            return {};
+        }
+        const QByteArray frame = m_run.output().mid(sizeof length, length);
+        m_run.output().remove(0, qsizetype(sizeof length) + length);
+        return QJsonDocument::fromJson(frame).object();
+    }
+    /// A frame that changes nothing and is answered: what came before it has been done by then.
+    bool settled()
+    {
+        send({{"type", "Nonsense"}, {"request", 4711}});
+        const QJsonObject answer = nextFrame();
+        return answer["type"] == "error" && answer["request"] == 4711;
+    }
+    /// What the program said of beginnings without a message and of panels, in order.
+    QStringList begunAndShown()
+    {
+        return m_run.errorLines().filter(QRegularExpression("^(No subject found|i enter in the login)"));
+    }
+    ProgramRun& run() { return m_run; }
+
+private:
+    ProgramSurroundings m_surroundings;
+    ProgramRun m_run;
+};
 
 } // namespace
 
-void LinkProgramTest::oneSession()
+class LinkProgramTest : public QObject
 {
-    LinkProcess process(m_server);
-    process.start({"/usr/lib/mozilla/native-messaging-hosts/quillmate.json", "quillmate@example"});
-    process.send(begin("s1", message("Subject: Plans\n\n\n  Hello\nthere \n", "<m1>")));
-    process.send(moved("viewControllerForSession", "s1"));
-    process.send(moved("composeSessionFrameDidChange", "s1"));
-    QVERIFY(settled(process));
-    process.send(about("composeSessionDidEnd", "s1"));
-    QVERIFY(settled(process));
-    QCOMPARE(process.endInput(), 0);
-    QCOMPARE(
-        process.diagnostics(),
-        (QStringList{"SESSSION FROM CONTENT EMAIL Hello", "there", "getting email address from apple ana@a.example",
-                     "Date header not found", "Acess token is empty. User need to be logged in.", fallback,
-                     "CURRENT API URL IN API MANAGER https://quillmate.example/api/v1", fallback, signInScreen}));
-    QCOMPARE(process.restOfOutput(), QByteArray());
-    QVERIFY(m_server.requests().empty());
-}
+    Q_OBJECT
 
-void LinkProgramTest::twoSessions()
-{
-    LinkProcess process(m_server);
-    process.start();
-    process.send(begin("s1"));
-    process.send(about("viewControllerForSession", "s1"));
-    process.send(begin("s2"));
-    process.send(moved("viewControllerForSession", "s2"));
-    process.send(about("viewControllerForSession", "s1")); // once more: the same panel
-    process.send(about("composeSessionDidEnd", "s1"));
-    process.send(moved("composeSessionFrameDidChange", "s2"));
-    process.send(begin("s1")); // An ended session's name is free again.
-    QVERIFY(settled(process));
-    // A panel is open still.
-    QCOMPARE(process.endInput(), 0);
-    QCOMPARE(process.diagnostics(), linesOfNoMessage()
-                                        << signInScreen << linesOfNoMessage() << signInScreen << linesOfNoMessage());
-    QCOMPARE(process.restOfOutput(), QByteArray());
-}
-
-void LinkProgramTest::errors()
-{
-    LinkProcess process(m_server);
-    process.start();
-    process.send(begin("s1"));
-    const auto answer = [&process](const QByteArray& body) {
-        process.sendBytes(framed(body));
-        return process.nextFrame();
-    };
-    struct Row {
-        const char* body;
-        const char* named;
-    };
-    for (const Row& row :
-         {Row{"", "JSON"}, Row{"nonsense", "JSON"}, Row{"[]", "object"}, Row{"{}", "\"type\""},
-          Row{"{\"type\":\"decideActionForMessages\"}", "decideActionForMessages"},
-          Row{"{\"type\":\"composeSessionDidEnd\"}", "\"session\""},
-          Row{"{\"type\":\"composeSessionDidEnd\",\"session\":\"s0\"}", "\"s0\""},
-          Row{"{\"type\":\"viewControllerForSession\",\"session\":\"s0\"}", "\"s0\""},
-          Row{"{\"type\":\"composeSessionDidBegin\",\"session\":\"s1\",\"originalMessage\":null}", "begun"}}) {
-        const QJsonObject error = answer(row.body);
-        QCOMPARE(error.keys(), (QStringList{"message", "type"}));
-        QCOMPARE(error["type"].toString(), QStringLiteral("error"));
-        QVERIFY2(error["message"].toString().contains(QLatin1String(row.named)),
-                 qPrintable(error["message"].toString()));
+private Q_SLOTS:
+    void init() { m_server.reset(); }
+    void oneSession()
+    {
+        LinkProcess process(m_server);
+        process.run().start({"/usr/lib/mozilla/native-messaging-hosts/quillmate.json", "quillmate@example"});
+        process.send(begin("s1", message("Subject: Plans\n\n\n  Hello\nthere \n", "<m1>")));
+        process.send(moved("viewControllerForSession", "s1"));
+        process.send(moved("composeSessionFrameDidChange", "s1"));
+        QVERIFY(process.settled());
+        process.send(about("composeSessionDidEnd", "s1"));
+        QVERIFY(process.settled());
+        QCOMPARE(process.run().endInput(), 0);
+        QCOMPARE(
+            process.run().errorLines(),
+            (QStringList{"SESSSION FROM CONTENT EMAIL Hello", "there", "getting email address from apple ana@a.example",
+                         "Date header not found", "Acess token is empty. User need to be logged in.", fallback,
+                         "CURRENT API URL IN API MANAGER https://" + serviceHosts().front() + "/api/v1", fallback,
+                         signInScreen}));
+        QCOMPARE(process.run().output(), QByteArray());
+        QVERIFY(m_server.requests().empty());
     }
-    QJsonObject wrong = moved("composeSessionFrameDidChange", "s0");
-    wrong["request"] = 12;
-    process.send(wrong);
-    QCOMPARE(process.nextFrame()["request"].toInt(), 12);
-    // A name of many megabytes comes back in no frame.
-    wrong["session"] = QString(3'000'000, 'x');
-    process.send(wrong);
-    QVERIFY(process.nextFrame()["message"].toString().contains("3000000"));
-    // The link goes on.
-    process.send(about("viewControllerForSession", "s1"));
-    QVERIFY(process.waitForLine(signInScreen));
-    QCOMPARE(process.endInput(), 0);
-    QCOMPARE(process.diagnostics(), linesOfNoMessage() + QStringList{signInScreen});
-    QCOMPARE(process.restOfOutput(), QByteArray());
-}
 
-void LinkProgramTest::questions()
-{
-    const auto asked = [](const char* type, int request) {
-        QJsonObject frame{{"type", type}, {"request", request}};
-        frame["message"] = message("Subject: Plans\n\nHello\n", "<m1>");
-        return frame;
-    };
-    QJsonObject toMars = asked("decideActionForMessage", 1);
-    QJsonObject mars = toMars["message"].toObject();
-    mars["subject"] = "Mars";
-    toMars["message"] = mars;
-    QJsonObject incomplete = asked("encodeMessage", 6);
-    incomplete.remove("message");
-
-    LinkProcess process(m_server);
-    process.start();
-    process.send(toMars);
-    process.send(begin("s1")); // Questions and sessions go side by side.
-    process.send(asked("decideActionForMessage", 2));
-    process.send({{"type", "contentRulesJSON"}, {"request", 3}});
-    process.send({{"type", "contentRulesJSON"}});
-    process.send(asked("getEncodingStatus", 4));
-    process.send(incomplete);
-    process.send(asked("encodeMessage", 7));
-    process.send({{"type", "decodedMessage"}, {"request", 8}, {"data", "YQ=="}});
-
-    const QJsonValue null(QJsonValue::Null);
-    QCOMPARE(process.nextFrame(),
-             (QJsonObject{{"type", "messageActionDecision"},
-                          {"request", 1},
-                          {"decision", QJsonObject{{"action", "setBackgroundColor"}, {"color", 4}}}}));
-    QCOMPARE(process.nextFrame(), (QJsonObject{{"type", "messageActionDecision"}, {"request", 2}, {"decision", null}}));
-    const QJsonObject rules = process.nextFrame();
-    QCOMPARE(rules["type"], "contentRulesJSON");
-    QCOMPARE(rules["request"], 3);
-    QFile shipped(QStringLiteral(QUILLMATE_RESOURCES "/ContentBlockerRules.json"));
-    QVERIFY(shipped.open(QIODevice::ReadOnly));
-    QCOMPARE(QByteArray::fromBase64(rules["data"].toString().toLatin1()), shipped.readAll());
-    const QJsonObject withoutNumber = process.nextFrame();
-    QCOMPARE(withoutNumber["type"], "error");
-    QVERIFY(withoutNumber["message"].toString().contains("\"request\""));
-    QVERIFY(!withoutNumber.contains("request"));
-    QCOMPARE(process.nextFrame(), (QJsonObject{{"type", "encodingStatus"},
-                                               {"request", 4},
-                                               {"canSign", false},
-                                               {"canEncrypt", false},
-                                               {"securityError", null},
-                                               {"addressesFailingEncryption", QJsonArray()}}));
-    const QJsonObject withoutMessage = process.nextFrame();
-    QCOMPARE(withoutMessage["type"], "error");
-    QCOMPARE(withoutMessage["request"], 6);
-    QVERIFY(withoutMessage["message"].toString().contains("\"message\""));
-    QCOMPARE(process.nextFrame(), (QJsonObject{{"type", "messageEncodingResult"},
-                                               {"request", 7},
-                                               {"encodedMessage", null},
-                                               {"signingError", null},
-                                               {"encryptionError", null}}));
-    QCOMPARE(process.nextFrame(), (QJsonObject{{"type", "decodedMessage"}, {"request", 8}, {"message", null}}));
-    QCOMPARE(process.endInput(), 0);
-    QCOMPARE(process.diagnostics(), linesOfNoMessage()); // The session's; a question has none.
-    QCOMPARE(process.restOfOutput(), QByteArray());
-}
-
-void LinkProgramTest::inputEnds_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<int>("status");
-    const QByteArray whole = framed("{\"type\":\"Nonsense\"}");
-    QTest::newRow("at once") << QByteArray() << 0;
-    QTest::newRow("between frames") << whole << 0;
-    QTest::newRow("inside a length") << whole + QByteArray("\x05\0", 2) << 1;
-    QTest::newRow("before a body") << whole + whole.left(4) << 1;
-    QTest::newRow("inside a body") << whole + whole.chopped(1) << 1;
-}
-
-void LinkProgramTest::inputEnds()
-{
-    QFETCH(const QByteArray, bytes);
-    QFETCH(const int, status);
-    LinkProcess process(m_server);
-    process.start();
-    process.sendBytes(bytes);
-    QCOMPARE(process.endInput(), status);
-    QCOMPARE(process.diagnostics(),
-             status == 0 ? QStringList() : QStringList{"quillmate-extension: the input ended inside a frame"});
-    if (!bytes.isEmpty()) {
-        QCOMPARE(process.nextFrame()["type"].toString(), QStringLiteral("error"));
-    }
-    QCOMPARE(process.restOfOutput(), QByteArray());
-}
-
-void LinkProgramTest::lengthOverTheLimit()
-{
-    LinkProcess process(m_server);
-    process.start();
-    process.sendBytes(QByteArray("\xff\xff\xff\xff", 4)); // And the input stays open.
-    QCOMPARE(process.wait(), 1);
-    const auto lines = process.diagnostics();
-    QCOMPARE(lines.size(), 1);
-    QVERIFY2(lines.front().startsWith("quillmate-extension: a frame of 4294967295 bytes is over the limit"),
-             qPrintable(lines.front()));
-}
-
-void LinkProgramTest::terminated_data()
-{
-    QTest::addColumn<bool>("panel");
-    QTest::addColumn<QByteArray>("received"); // when the signal comes
-    QTest::newRow("while waiting") << false << QByteArray();
-    QTest::newRow("with a panel") << true << QByteArray();
-    QByteArray half = framed(QByteArray(20'000'000, 'x'));
-    half.truncate(10'000'000);
-    QTest::newRow("while a message arrives") << true << half;
-}
-
-void LinkProgramTest::terminated()
-{
-    QFETCH(const bool, panel);
-    QFETCH(const QByteArray, received);
-    LinkProcess process(m_server);
-    process.start();
-    if (panel) {
+    void twoSessions()
+    {
+        LinkProcess process(m_server);
+        process.run().start();
         process.send(begin("s1"));
         process.send(about("viewControllerForSession", "s1"));
+        process.send(begin("s2"));
+        process.send(moved("viewControllerForSession", "s2"));
+        process.send(about("viewControllerForSession", "s1")); // once more: the same panel
+        process.send(about("composeSessionDidEnd", "s1"));
+        process.send(moved("composeSessionFrameDidChange", "s2"));
+        process.send(begin("s1")); // An ended session's name is free again.
+        QVERIFY(process.settled());
+        // A panel is open still.
+        QCOMPARE(process.run().endInput(), 0);
+        QCOMPARE(process.begunAndShown(), (QStringList{noSubject, signInScreen, noSubject, signInScreen, noSubject}));
+        QCOMPARE(process.run().output(), QByteArray());
     }
-    QVERIFY(settled(process));
-    process.sendBytes(received);
-    QVERIFY(process.waitForTaken());
-    QCOMPARE(process.terminate(), 0);
-    QCOMPARE(process.diagnostics(), panel ? linesOfNoMessage() + QStringList{signInScreen} : QStringList());
-    QCOMPARE(process.restOfOutput(), QByteArray());
-}
 
-void LinkProgramTest::largeMessage()
-{
-    QByteArray body("start");
-    while (body.size() < 25'000'000) {
-        body += " and on it goes, line by line with \xc3\xbc\n";
+    void errors()
+    {
+        LinkProcess process(m_server);
+        process.run().start();
+        process.send(begin("s1"));
+        const auto answer = [&process](const QByteArray& body) {
+            process.run().write(framed(body));
+            return process.nextFrame();
+        };
+        const std::pair<QByteArray, QString> rows[] = {
+            // The body, and what the sentence names.
+            {"nonsense", "JSON"},
+            {R"({"type":"composeSessionDidEnd","session":"s0"})", "\"s0\""},
+            {R"({"type":"viewControllerForSession","session":"s0"})", "\"s0\""},
+            {R"({"type":"composeSessionDidBegin","session":"s1","originalMessage":null})", "begun"},
+        };
+        for (const auto& [body, named] : rows) {
+            const QJsonObject error = answer(body);
+            QCOMPARE(error.keys(), (QStringList{"message", "type"}));
+            QCOMPARE(error["type"].toString(), QStringLiteral("error"));
+            QVERIFY2(error["message"].toString().contains(named), qPrintable(error["message"].toString()));
+        }
+        QJsonObject wrong = moved("composeSessionFrameDidChange", "s0");
+        wrong["request"] = 12;
+        process.send(wrong);
+        QCOMPARE(process.nextFrame()["request"].toInt(), 12);
+        // A name of many megabytes comes back in no frame.
+        wrong["session"] = QString(3'000'000, 'x');
+        process.send(wrong);
+        QVERIFY(process.nextFrame()["message"].toString().contains("3000000"));
+        // The link goes on.
+        process.send(about("viewControllerForSession", "s1"));
+        QVERIFY(process.run().waitForErrorLine(signInScreen));
+        QCOMPARE(process.run().endInput(), 0);
+        QCOMPARE(process.begunAndShown(), (QStringList{noSubject, signInScreen}));
+        QCOMPARE(process.run().output(), QByteArray());
     }
-    body += "end";
-    LinkProcess process(m_server);
-    process.start();
-    process.send(begin("s1", message("Subject: Plans\n\n" + body + "\n", "<m1>")));
-    QVERIFY(settled(process));
-    QCOMPARE(process.endInput(), 0);
-    const QString expected = "SESSSION FROM CONTENT EMAIL " + QString::fromUtf8(body);
-    const QString printed = process.diagnostics().join('\n');
-    QVERIFY(printed.startsWith(expected));
-    QVERIFY(printed.mid(expected.size()).startsWith("\ngetting email address from apple ana@a.example\n"));
-}
 
-void LinkProgramTest::decisionOnLargeMessage()
-{
-    QJsonObject large =
-        message("Subject: x\n\n" + QByteArray("A line of a long message.\n").repeated(1'000'000), "<m>");
-    large["subject"] = "Mars";
-    LinkProcess process(m_server);
-    process.start();
-    process.send({{"type", "decideActionForMessage"}, {"request", 1}, {"message", large}});
-    const QJsonObject answer = process.nextFrame();
-    QCOMPARE(answer["request"], 1);
-    QCOMPARE(answer["decision"]["color"], 4);
-    QCOMPARE(process.endInput(), 0);
-    QCOMPARE(process.diagnostics(), QStringList());
-}
+    void questionsBesideASession()
+    {
+        QJsonObject mars{{"type", "decideActionForMessage"}, {"request", 1}};
+        // Large enough to arrive in many pieces.
+        QJsonObject asked =
+            message("Subject: x\n\n" + QByteArray("A line of a long message.\n").repeated(100'000), "<m>");
+        asked["subject"] = "Mars";
+        mars["message"] = asked;
+        LinkProcess process(m_server);
+        process.run().start();
+        process.send(mars);
+        process.send(begin("s1"));
+        process.send({{"type", "contentRulesJSON"}, {"request", 3}});
+        process.send({{"type", "contentRulesJSON"}});
 
-void LinkProgramTest::privateFiles()
-{
-    LinkProcess process(m_server);
-    process.start();
-    process.send(begin("s1"));
-    QVERIFY(settled(process));
-    const QString folder = process.dataFolder() + "/quillmate";
-    const auto others =
-        QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup | QFile::ReadOther | QFile::WriteOther | QFile::ExeOther;
-    const auto owner = QFile::ReadOwner | QFile::WriteOwner;
-    QCOMPARE(QFileInfo(folder).permissions() & (others | owner | QFile::ExeOwner), owner | QFile::ExeOwner);
-    const auto files = QDir(folder).entryInfoList(QDir::Files | QDir::Hidden);
-    QVERIFY(std::any_of(files.begin(), files.end(), [](const auto& file) { return file.fileName() == "settings.db"; }));
-    for (const QFileInfo& file : files) {
-        QVERIFY2((file.permissions() & (others | owner | QFile::ExeOwner)) == owner, qPrintable(file.fileName()));
+        QCOMPARE(process.nextFrame(),
+                 (QJsonObject{{"type", "messageActionDecision"},
+                              {"request", 1},
+                              {"decision", QJsonObject{{"action", "setBackgroundColor"}, {"color", 4}}}}));
+        const QJsonObject rules = process.nextFrame();
+        QCOMPARE(rules["request"], 3);
+        QFile shipped(QStringLiteral(QUILLMATE_RESOURCES "/ContentBlockerRules.json"));
+        QVERIFY(shipped.open(QIODevice::ReadOnly));
+        QCOMPARE(QByteArray::fromBase64(rules["data"].toString().toLatin1()), shipped.readAll());
+        const QJsonObject withoutNumber = process.nextFrame();
+        QCOMPARE(withoutNumber["type"], "error");
+        QVERIFY(!withoutNumber.contains("request"));
+        QCOMPARE(process.run().endInput(), 0);
+        QCOMPARE(process.begunAndShown(), QStringList{noSubject});
+        QVERIFY(!process.run().errors().contains("SESSSION FROM CONTENT EMAIL")); // A question says nothing.
+        QCOMPARE(process.run().output(), QByteArray());
     }
-    QCOMPARE(process.endInput(), 0);
-}
 
-QTEST_GUILESS_MAIN(LinkProgramTest)
+    void inputEnds()
+    {
+        const QByteArray whole = framed("{\"type\":\"Nonsense\"}");
+        const std::pair<QByteArray, QStringList> rows[] = {
+            {"", {}},
+            {whole + whole.chopped(1), {"quillmate-extension: the input ended inside a frame"}},
+            {whole + "\xff\xff\xff\xff",
+             {"quillmate-extension: a frame of 4294967295 bytes is over the limit of 268435456"}},
+        };
+        for (const auto& [bytes, lines] : rows) {
+            LinkProcess process(m_server);
+            process.run().start();
+            process.run().write(bytes);
+            QCOMPARE(process.run().endInput(), lines.isEmpty() ? 0 : 1);
+            QCOMPARE(process.run().errorLines(), lines);
+            if (!bytes.isEmpty()) {
+                QCOMPARE(process.nextFrame()["type"].toString(), QStringLiteral("error"));
+            }
+            QCOMPARE(process.run().output(), QByteArray());
+        }
+    }
+
+    void terminated()
+    {
+        for (const bool isBusy : {false, true}) {
+            LinkProcess process(m_server);
+            process.run().start();
+            if (isBusy) {
+                process.send(begin("s1"));
+                process.send(about("viewControllerForSession", "s1"));
+            }
+            QVERIFY(process.settled());
+            if (isBusy) { // A message is on its way.
+                process.run().write(framed(QByteArray(20'000'000, 'x')).first(10'000'000));
+            }
+            QVERIFY(process.run().waitForTaken());
+            QCOMPARE(process.run().terminate(), 0);
+            QCOMPARE(process.begunAndShown(), isBusy ? QStringList({noSubject, signInScreen}) : QStringList());
+            QCOMPARE(process.run().output(), QByteArray());
+        }
+    }
+
+private:
+    TestServer m_server;
+};
+
+QUILLMATE_TEST(LinkProgramTest, QCoreApplication)
 #include "LinkProgramTest.moc"

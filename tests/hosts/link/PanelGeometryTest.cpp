@@ -1,6 +1,7 @@
 #include "hosts/link/PanelWindow.h"
+#include "support/TestProgram.h"
 
-#include <QTest>
+#include <QCoreApplication>
 
 using namespace quillmate;
 
@@ -9,49 +10,44 @@ class PanelGeometryTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void geometry_data();
-    void geometry();
+    void geometry()
+    {
+        const QRect screen(0, 0, 1920, 1080);
+        const QSize least(400, 550);
+        const struct {
+            const char* name;
+            QRect compose;
+            QSize least;
+            QRect available;
+            QRect panel;
+        } rows[] = {
+            {"at the right", {100, 100, 800, 700}, least, screen, {908, 100, 440, 700}},
+            {"just fits at the right", {672, 0, 800, 700}, least, screen, {1480, 0, 440, 700}},
+            {"one too far right", {673, 0, 800, 700}, least, screen, {225, 0, 440, 700}},
+            {"just fits at the left", {448, 0, 1100, 700}, least, screen, {0, 0, 440, 700}},
+            {"room at neither side", {447, 50, 1100, 900}, least, screen, {1480, 50, 440, 900}},
+            {"fills the screen", {0, 0, 1920, 1080}, least, screen, {1480, 0, 440, 1080}},
+            {"low", {100, 900, 800, 700}, least, screen, {908, 380, 440, 700}},
+            {"above the screen", {100, -50, 800, 600}, least, screen, {908, 0, 440, 600}},
+            {"taller than the screen", {100, 10, 800, 3000}, least, screen, {908, 0, 440, 1080}},
+            {"low and flat", {100, 1000, 300, 60}, least, screen, {408, 530, 440, 550}},
+            {"no size at all", {100, 100, 0, 0}, least, screen, {108, 100, 440, 550}},
+            {"wider panel", {100, 100, 800, 700}, {480, 400}, screen, {908, 100, 480, 700}},
+            {"below a bar", {100, 0, 800, 700}, least, {0, 30, 1920, 1050}, {908, 30, 440, 700}},
+            {"screen at the left of the first",
+             {-1900, 100, 800, 700},
+             least,
+             {-1920, 0, 1920, 1080},
+             {-1092, 100, 440, 700}},
+            {"keeps off the next screen", {-900, 100, 800, 700}, least, {-1920, 0, 1920, 1080}, {-1348, 100, 440, 700}},
+            {"screen narrower than the panel", {10, 20, 300, 300}, least, {0, 0, 420, 700}, {0, 20, 440, 550}},
+            {"small screen", {10, 20, 500, 300}, least, {0, 0, 640, 480}, {200, 0, 440, 550}},
+        };
+        for (const auto& row : rows) {
+            QVERIFY2(panelGeometry(row.compose, row.least, row.available) == row.panel, row.name);
+        }
+    }
 };
 
-void PanelGeometryTest::geometry_data()
-{
-    QTest::addColumn<QRect>("compose");
-    QTest::addColumn<QSize>("least");
-    QTest::addColumn<QRect>("available");
-    QTest::addColumn<QRect>("panel");
-    const QRect screen(0, 0, 1920, 1080);
-    const QSize least(400, 550);
-    const auto row = [](const char* name, QRect compose, QSize leastSize, QRect available, QRect panel) {
-        QTest::newRow(name) << compose << leastSize << available << panel;
-    };
-    row("at the right", {100, 100, 800, 700}, least, screen, {908, 100, 440, 700});
-    row("just fits at the right", {672, 0, 800, 700}, least, screen, {1480, 0, 440, 700});
-    row("one too far right", {673, 0, 800, 700}, least, screen, {225, 0, 440, 700});
-    row("just fits at the left", {448, 0, 1100, 700}, least, screen, {0, 0, 440, 700});
-    row("room at neither side", {447, 50, 1100, 900}, least, screen, {1480, 50, 440, 900});
-    row("fills the screen", {0, 0, 1920, 1080}, least, screen, {1480, 0, 440, 1080});
-    row("low", {100, 900, 800, 700}, least, screen, {908, 380, 440, 700});
-    row("above the screen", {100, -50, 800, 600}, least, screen, {908, 0, 440, 600});
-    row("taller than the screen", {100, 10, 800, 3000}, least, screen, {908, 0, 440, 1080});
-    row("low and flat", {100, 1000, 300, 60}, least, screen, {408, 530, 440, 550});
-    row("no size at all", {100, 100, 0, 0}, least, screen, {108, 100, 440, 550});
-    row("wider panel", {100, 100, 800, 700}, {480, 400}, screen, {908, 100, 480, 700});
-    row("below a bar", {100, 0, 800, 700}, least, {0, 30, 1920, 1050}, {908, 30, 440, 700});
-    row("screen at the left of the first", {-1900, 100, 800, 700}, least, {-1920, 0, 1920, 1080},
-        {-1092, 100, 440, 700});
-    row("keeps off the next screen", {-900, 100, 800, 700}, least, {-1920, 0, 1920, 1080}, {-1348, 100, 440, 700});
-    row("screen narrower than the panel", {10, 20, 300, 300}, least, {0, 0, 420, 700}, {0, 20, 440, 550});
-    row("small screen", {10, 20, 500, 300}, least, {0, 0, 640, 480}, {200, 0, 440, 550});
-}
-
-void PanelGeometryTest::geometry()
-{
-    QFETCH(const QRect, compose);
-    QFETCH(const QSize, least);
-    QFETCH(const QRect, available);
-    QFETCH(const QRect, panel);
-    QCOMPARE(panelGeometry(compose, least, available), panel);
-}
-
-QTEST_GUILESS_MAIN(PanelGeometryTest)
+QUILLMATE_TEST(PanelGeometryTest, QCoreApplication)
 #include "PanelGeometryTest.moc"

@@ -1,8 +1,9 @@
 #include "hosts/preview/PreviewOptions.h"
 #include "hosts/preview/LocalService.h"
 #include "hosts/preview/ServiceRoutes.h"
+#include "support/TestProgram.h"
 
-#include <QTest>
+#include <QCoreApplication>
 
 using namespace quillmate;
 
@@ -12,8 +13,11 @@ namespace
 Result<PreviewOptions, std::string> parsed(const QByteArray& line)
 {
     const QList<QByteArray> words = line.isEmpty() ? QList<QByteArray>() : line.split(' ');
-    const std::vector<std::string_view> arguments(words.begin(), words.end());
-    return PreviewOptions::parse(arguments);
+    CommandLine read(previewOptions());
+    if (const auto done = read.read(std::vector<std::string_view>(words.begin(), words.end())); !done) {
+        return Failure(done.error());
+    }
+    return PreviewOptions::from(read);
 }
 
 } // namespace
@@ -25,7 +29,6 @@ class PreviewOptionsTest : public QObject
 private Q_SLOTS:
     void accepted()
     {
-        using Task = PreviewOptions::Task;
         using Service = PreviewOptions::Service;
         const struct {
             const char* line;
@@ -34,15 +37,12 @@ private Q_SLOTS:
             {"", {}},
             {"a.eml -", {.messages = {"a.eml", "-"}}},
             {"--service remote a.eml", {.service = Service::Remote, .messages = {"a.eml"}}},
-            {"--service=local", {.service = Service::Local}},
-            {"--screenshot=--x.png", {.screenshotFile = "--x.png"}},
             {"--reply 2 box", {.reply = 2, .messages = {"box"}}},
             {"box --reply=12", {.reply = 12, .messages = {"box"}}},
             {"--new", {.newMessage = true}},
             {"--screenshot x.png", {.screenshotFile = "x.png"}},
             {"-- --new -x", {.messages = {"--new", "-x"}}},
-            {"--help --nonsense", {.task = Task::Help}},
-            {"--version", {.task = Task::Version}},
+            {"J\xfcrgen.eml", {.messages = {"J\xfcrgen.eml"}}},
         };
         for (const auto& item : cases) {
             const auto options = parsed(item.line);
@@ -51,43 +51,31 @@ private Q_SLOTS:
         }
     }
 
-    void refused_data()
-    {
-        QTest::addColumn<QByteArray>("line");
-        QTest::addColumn<QByteArray>("named");
-
-        const auto row = [](const char* line, const char* named) {
-            QTest::newRow(line) << QByteArray(line) << QByteArray(named);
-        };
-        row("--nonsense", "\"--nonsense\"");
-        row("-x", "\"-x\"");
-        row("--new=1", "\"--new=1\"");
-        row("--service cloud", "\"cloud\"");
-        row("--service", "--service");
-        row("--screenshot", "--screenshot");
-        row("--screenshot=", "--screenshot");
-        row("--screenshot --new", "--screenshot needs a value");
-        row("--service --new", "--service needs a value");
-        row("--reply", "--reply needs a value");
-        row("--reply --new", "--reply needs a value");
-        row("--reply= a.eml", "\"\"");
-        row("a.eml  b.eml", "empty");
-        row("--reply x a.eml", "\"x\"");
-        row("--reply 0 a.eml", "\"0\"");
-        row("--reply 2x a.eml", "\"2x\"");
-        row("--reply 99999999999 a.eml", "\"99999999999\"");
-        row("--reply 1", "--reply");
-        row("--reply 1 --new a.eml", "--new");
-    }
-
     void refused()
     {
-        QFETCH(QByteArray, line);
-        QFETCH(QByteArray, named);
-        const auto options = parsed(line);
-        QVERIFY(!options);
-        QVERIFY2(QByteArray::fromStdString(options.error()).contains(named), options.error().c_str());
-        QVERIFY(!QByteArray::fromStdString(options.error()).contains('\n'));
+        const std::pair<QByteArray, QByteArray> rows[] = {
+            {"--new=1", "\"--new=1\""},
+            {"--screenshot --new", "--screenshot needs a value"},
+            {"--reply", "--reply needs a value"},
+            {"--reply --new --reply 1", "--reply needs a value"},
+            {"--reply=1 --new=x", "\"--new=x\" is unknown"},
+            {"-reply 1", "\"-reply\" is unknown"},
+            {"--service cloud", "\"cloud\""},
+            {"--screenshot=", "--screenshot"},
+            {"--reply= a.eml", "\"\""},
+            {"a.eml  b.eml", "empty"},
+            {"--reply 0 a.eml", "\"0\""},
+            {"--reply 2x a.eml", "\"2x\""},
+            {"--reply 99999999999 a.eml", "\"99999999999\""},
+            {"--reply 1", "--reply"},
+            {"--reply 1 --new a.eml", "--new"},
+        };
+        for (const auto& [line, named] : rows) {
+            const auto options = parsed(line);
+            QVERIFY2(!options, line.constData());
+            const auto sentence = QByteArray::fromStdString(options.error());
+            QVERIFY2(sentence.contains(named) && !sentence.contains('\n'), sentence.constData());
+        }
     }
 
     void listeningLine()
@@ -130,5 +118,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(PreviewOptionsTest)
+QUILLMATE_TEST(PreviewOptionsTest, QCoreApplication)
 #include "PreviewOptionsTest.moc"

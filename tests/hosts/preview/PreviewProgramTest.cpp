@@ -1,195 +1,188 @@
-#include "hosts/preview/ProgramRun.h"
+#include "support/ProgramRun.h"
+#include "support/TestEnvironment.h"
+#include "support/TestProgram.h"
 
 #include <QColor>
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QImage>
-#include <QTest>
 
+#include <memory>
+#include <optional>
+#include <sys/stat.h>
+
+using namespace quillmate;
+
+namespace
+{
+
+const auto program = QStringLiteral(QUILLMATE_PROGRAM);
+
+QString sample(const char* name)
+{
+    return QStringLiteral(QUILLMATE_SAMPLES "/%1.eml").arg(QLatin1String(name));
+}
+
+} // namespace
+
+/// The program from outside: what it refuses, what it draws, which service it runs, and how it ends.
 class PreviewProgramTest : public QObject
 {
     Q_OBJECT
 
 private:
-    ProgramRunner m_runner;
+    /// Creates the file with the folders above it.
+    [[nodiscard]] QString write(const QString& name, const QByteArray& bytes) const
+    {
+        QFile file(m_surroundings->file(name));
+        const bool written = QDir().mkpath(QFileInfo(file).path()) && file.open(QIODevice::WriteOnly) &&
+                             file.write(bytes) == bytes.size();
+        return written ? file.fileName() : QString();
+    }
+    [[nodiscard]] QStringList screenshot(const QStringList& rest) const
+    {
+        return QStringList{"--screenshot", m_surroundings->file("picture.png")} + rest;
+    }
+
+    std::optional<ProgramSurroundings> m_surroundings;
 
 private Q_SLOTS:
-    void helpAndVersion()
-    {
-        const ProgramRun help = ProgramRunner::run({QStringLiteral("--help")}, m_runner.environment());
-        QCOMPARE(help.status, 0);
-        QVERIFY(help.output.startsWith("Usage: quillmate [OPTIONS] [MESSAGE"));
-        QVERIFY(help.output.contains("--screenshot FILE"));
-        QVERIFY(help.output.contains("QUILLMATE_CONNECT_TO"));
-        const ProgramRun version = ProgramRunner::run({QStringLiteral("--version")}, m_runner.environment());
-        QCOMPARE(version.status, 0);
-        QCOMPARE(version.output, "quillmate " QUILLMATE_VERSION "\n");
-    }
-
-    void refused_data()
-    {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QByteArray>("named");
-
-        const QString prose = m_runner.file("prose.eml");
-        QFile file(prose);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("This is no mail.\n");
-        const QString maildir = m_runner.file("maildir");
-        QVERIFY(QDir().mkpath(maildir + "/cur"));
-        QTest::newRow("unknown option") << QStringList{"--nonsense"} << QByteArray("--nonsense");
-        QTest::newRow("missing message") << QStringList{"missing.eml"} << QByteArray("missing.eml");
-        QTest::newRow("empty name") << QStringList{""} << QByteArray("the name of a message is empty");
-        QTest::newRow("no mail") << QStringList{prose} << prose.toUtf8();
-        QTest::newRow("second message is none") << QStringList{sample("plain"), prose} << prose.toUtf8();
-        QTest::newRow("too high a number") << QStringList{"--reply", "3", sample("plain"), sample("arabic")}
-                                           << QByteArray("--reply 3 asks for more than the 2 messages there are");
-        QTest::newRow("too high a number for one message")
-            << QStringList{"--reply", "2", sample("plain")} << QByteArray("the one message there is");
-        QTest::newRow("no message in the Maildir")
-            << QStringList{"--reply", "1", maildir} << QByteArray("--reply needs a message");
-        QTest::newRow("no file to write") << QStringList{"--new", "--screenshot"} << QByteArray("--screenshot");
-        QTest::newRow("empty standard input") << QStringList{"-"} << QByteArray("standard input");
-        QTest::newRow("picture in no folder")
-            << QStringList{"--screenshot", "/nonexistent/x.png"} << QByteArray("/nonexistent/x.png");
-    }
+    void init() { m_surroundings.emplace(); }
 
     void refused()
     {
-        QFETCH(QStringList, arguments);
-        QFETCH(QByteArray, named);
-        const ProgramRun refusal = ProgramRunner::run(arguments, m_runner.offscreen());
-        QCOMPARE(refusal.status, 2);
-        QVERIFY2(refusal.errors.contains(named), refusal.errors.constData());
-        QVERIFY(refusal.errors.startsWith("quillmate: "));
-        QCOMPARE(refusal.errors.count('\n'), 1);
-    }
-
-    void refusedEnvironment_data()
-    {
-        QTest::addColumn<QString>("variable");
-        QTest::addColumn<QString>("value");
-        QTest::addColumn<QByteArray>("named");
-        QTest::addColumn<QByteArray>("unnamed");
-
-        const QByteArray none("\a");
-        QTest::newRow("no route") << "QUILLMATE_CONNECT_TO"
-                                  << "nonsense" << QByteArray("QUILLMATE_CONNECT_TO") << none;
-        QTest::newRow("no certificate") << "QUILLMATE_CA_FILE" << sample("plain") << QByteArray("QUILLMATE_CA_FILE")
-                                        << none;
-        QTest::newRow("no display that is there") << "DISPLAY"
-                                                  << ":987" << QByteArray("check DISPLAY") << none;
-        QTest::newRow("no platform that is there")
-            << "QT_QPA_PLATFORM"
-            << "bogus" << QByteArray("QT_QPA_PLATFORM=\"bogus\"") << QByteArray("DISPLAY");
-        QTest::newRow("no display at all") << "DISPLAY"
-                                           << "" << QByteArray("--screenshot") << none;
-    }
-
-    void refusedEnvironment()
-    {
-        QFETCH(QString, variable);
-        QFETCH(QString, value);
-        QFETCH(QByteArray, named);
-        QFETCH(QByteArray, unnamed);
-        const bool isDisplay = variable == "DISPLAY" || variable == "QT_QPA_PLATFORM";
-        QProcessEnvironment values = isDisplay ? m_runner.environment() : m_runner.offscreen();
-        values.insert(variable, value);
-        const ProgramRun refusal = ProgramRunner::run({QStringLiteral("--new")}, values);
-        QCOMPARE(refusal.status, 2);
-        QVERIFY2(refusal.errors.contains(named), refusal.errors.constData());
-        QVERIFY2(!refusal.errors.contains(unnamed), refusal.errors.constData());
-        QVERIFY(refusal.errors.startsWith("quillmate: "));
-        QCOMPARE(refusal.errors.count('\n'), 1);
-    }
-
-    void pictures_data()
-    {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QSize>("size");
-        QTest::addColumn<QByteArray>("printed");
-
-        QTest::newRow("reply") << QStringList{sample("plain")} << QSize(1080, 680)
-                               << QByteArray("getting email address from apple helen.marsh@riverside-print.example");
-        QTest::newRow("numbered reply") << QStringList{"--reply", "2", sample("plain"), sample("japanese")}
-                                        << QSize(1080, 680)
-                                        << QByteArray("getting email address from apple m.tanaka@aoba-travel.example");
-        QTest::newRow("new message") << QStringList{"--new", sample("plain")} << QSize(1080, 680)
-                                     << QByteArray("No headers found in the original message.");
-        QTest::newRow("list") << QStringList{sample("plain"), sample("arabic")} << QSize(980, 640) << QByteArray();
-        QTest::newRow("empty list") << QStringList{} << QSize(980, 640) << QByteArray();
+        const QString prose = write("prose.eml", "This is no mail.\n");
+        const QString maildir = m_surroundings->file("maildir");
+        QVERIFY(QDir().mkpath(maildir + "/cur"));
+        const std::pair<QStringList, QByteArray> rows[] = {
+            {{sample("plain"), prose}, prose.toUtf8()},
+            {{"--reply", "3", sample("plain"), sample("arabic")},
+             "--reply 3 asks for more than the 2 messages there are"},
+            {{"--reply", "2", sample("plain")}, "the one message there is"},
+            {{"--reply", "1", maildir}, "--reply needs a message"},
+            {{"-"}, "standard input"},
+            {{"--screenshot", "/nonexistent/x.png"}, "/nonexistent/x.png"},
+        };
+        for (const auto& [arguments, named] : rows) {
+            ProgramRun refusal(program, *m_surroundings);
+            QCOMPARE(refusal.run(arguments), 2);
+            const QByteArray said = refusal.errors();
+            QVERIFY2(said.startsWith("quillmate: ") && said.contains(named) && said.count('\n') == 1, said.constData());
+        }
     }
 
     void pictures()
     {
-        QFETCH(QStringList, arguments);
-        QFETCH(QByteArray, printed);
-        const QString file = m_runner.file("picture.png");
-        QFile::remove(file);
-        const ProgramRun taken =
-            ProgramRunner::run(QStringList{QStringLiteral("--screenshot"), file} + arguments, m_runner.environment());
-        QVERIFY2(taken.status == 0, taken.errors.constData());
-        QVERIFY2(taken.output.contains(printed), taken.output.constData());
-        const QImage picture(file);
-        QTEST(picture.size(), "size");
-        // Letters are drawn with smooth edges, so a window with text has many shades.
-        QSet<QRgb> shades;
-        for (int y = 0; y < picture.height(); ++y) {
-            for (int x = 0; x < picture.width(); ++x) {
-                shades.insert(picture.pixel(x, y));
+        m_surroundings->unsetDisplay(); // What a picture is taken of goes to memory, without a word.
+        QFile input(sample("crlf"));
+        QVERIFY(input.open(QIODevice::ReadOnly));
+        const QByteArray crlf = input.readAll();
+        const QSize composeSize(1080, 680);
+        const QSize listSize(980, 640);
+        const struct {
+            QStringList arguments;
+            QSize size;
+            QByteArray printed;
+        } rows[] = {
+            {{"--reply", "2", sample("plain"), sample("japanese")},
+             composeSize,
+             "getting email address from apple m.tanaka@aoba-travel.example"},
+            {{"--new", sample("plain")}, composeSize, "No headers found in the original message."},
+            {{"-"}, composeSize, "SESSSION FROM CONTENT EMAIL Dear Mr Balogun,\n"},
+            {{}, listSize, ""},
+            {{sample("plain"), sample("mars"), sample("newsletter")}, listSize, ""},
+        };
+        for (const auto& row : rows) {
+            QFile::remove(screenshot({}).back());
+            ProgramRun taken(program, *m_surroundings);
+            QVERIFY2(taken.run(screenshot(row.arguments), crlf) == 0, taken.errors().constData());
+            QVERIFY2(taken.output().contains(row.printed), taken.output().constData());
+            const QImage picture(screenshot({}).back());
+            QCOMPARE(picture.size(), row.size);
+            // Letters are drawn with smooth edges, so a window with text has many shades.
+            QSet<QRgb> shades;
+            for (int pixel = 0; pixel < picture.width() * picture.height(); ++pixel) {
+                shades.insert(picture.pixel(pixel % picture.width(), pixel / picture.width()));
+            }
+            QVERIFY(shades.size() > 20);
+            for (int index = 0; index < 3 && row.arguments.size() == 3; ++index) {
+                const QColor color = picture.pixelColor(12, index * 90 + 80); // Below the row's text.
+                QCOMPARE(color.red() > color.green() + 20 && color.red() > color.blue() + 20, index == 1);
             }
         }
-        QVERIFY(shades.size() > 20);
     }
 
-    void decidedRows()
+    void terminationEndsInOrder()
     {
-        const QString file = m_runner.file("rows.png");
-        const ProgramRun taken = ProgramRunner::run(
-            {QStringLiteral("--screenshot"), file, sample("plain"), sample("mars"), sample("newsletter")},
-            m_runner.environment());
-        QVERIFY2(taken.status == 0, taken.errors.constData());
-        const QImage picture(file);
-        const auto isRed = [&picture](int row) {
-            const QColor color = picture.pixelColor(12, row * 90 + 80); // Below the row's text.
-            return color.red() > color.green() + 20 && color.red() > color.blue() + 20;
-        };
-        QVERIFY(!isRed(0));
-        QVERIFY(isRed(1));
-        QVERIFY(!isRed(2));
-    }
-
-    void largeMailbox()
-    {
-        const QString mbox = m_runner.file("large.mbox");
-        QFile mail(mbox);
-        QVERIFY(mail.open(QIODevice::WriteOnly));
-        for (int i = 0; i < 10'000; ++i) {
-            mail.write("From a@b Tue Mar  4 09:15:37 2025\nFrom: Ann <ann@example.com>\nSubject: " +
-                       QByteArray(i % 2 == 0 ? "To Mars" : "To Venus") + "\n\nText of message " +
-                       QByteArray::number(i) + "\n\n");
+        m_surroundings->set(QStringLiteral("QUILLMATE_CONNECT_TO"), {});
+        const QString pipe = m_surroundings->file("pipe");
+        QCOMPARE(::mkfifo(pipe.toLocal8Bit().constData(), 0600), 0);
+        for (const QString& message : {sample("plain"), QStringLiteral("-"), pipe}) {
+            ProgramRun run(program, *m_surroundings);
+            run.start({QStringLiteral("--new"), message});
+            QTRY_VERIFY_WITH_TIMEOUT(!childrenOf(run.processId()).isEmpty(), ProgramRun::patience);
+            const QList<qint64> children = childrenOf(run.processId());
+            QCOMPARE(run.terminate(), 0);
+            for (const qint64 child : children) {
+                QVERIFY(!isRunning(child));
+            }
         }
-        mail.close();
-        const QString file = m_runner.file("large.png");
-        const ProgramRun taken = ProgramRunner::run(
-            {QStringLiteral("--screenshot"), file, QStringLiteral("--reply"), QStringLiteral("9999"), mbox},
-            m_runner.environment());
-        QVERIFY2(taken.status == 0, taken.errors.constData());
-        QVERIFY(taken.output.contains("SESSSION FROM CONTENT EMAIL Text of message 9998\n"));
     }
 
-    void standardInput()
+    void localServiceServesAndEnds()
     {
-        QFile message(sample("crlf"));
-        QVERIFY(message.open(QIODevice::ReadOnly));
-        const QString file = m_runner.file("input.png");
-        const ProgramRun taken = ProgramRunner::run({QStringLiteral("--screenshot"), file, QStringLiteral("-")},
-                                                    m_runner.environment(), message.readAll());
-        QCOMPARE(taken.status, 0);
-        QVERIFY(taken.output.contains("SESSSION FROM CONTENT EMAIL Dear Mr Balogun,\n"));
-        QVERIFY(QFile::exists(file));
+        const struct {
+            QStringList options;
+            bool routed;
+            bool started;
+        } rows[] = {
+            {{}, false, true},
+            {{}, true, false},
+            {{"--service", "local"}, true, true},
+            {{"--service", "remote"}, true, false},
+        };
+        for (const auto& row : rows) {
+            init();
+            if (row.routed) {
+                m_surroundings->set(QStringLiteral("QUILLMATE_CA_FILE"),
+                                    TestEnvironment::certificateFile(QStringLiteral("ca.pem")));
+            } else {
+                m_surroundings->set(QStringLiteral("QUILLMATE_CONNECT_TO"), {});
+            }
+            ProgramRun run(program, *m_surroundings);
+            QVERIFY2(run.run(screenshot({sample("plain")}) + row.options) == 0, run.errors().constData());
+            QCOMPARE(run.errors(), QByteArray());
+            QVERIFY(run.output().contains("getting email address from apple helen.marsh@riverside-print.example"));
+            QCOMPARE(QFile::exists(m_surroundings->file("data/quillmate/service/ca.pem")), row.started);
+        }
+    }
+
+    void localServiceThatCannotStart()
+    {
+        m_surroundings->set(QStringLiteral("QUILLMATE_CONNECT_TO"), {});
+        QVERIFY(!write("data/quillmate/service", "").isNull()); // A file where the service wants its folder.
+        ProgramRun run(program, *m_surroundings);
+        QCOMPARE(run.run(screenshot({sample("plain")})), 0);
+        QVERIFY2(run.errors().contains("The assistant service on this machine is not available"),
+                 run.errors().constData());
+        QVERIFY(!QImage(screenshot({}).back()).isNull());
+        QVERIFY(!run.output().contains("getting email address from apple"));
+    }
+
+    void localServiceEndsWithACrash()
+    {
+        m_surroundings->set(QStringLiteral("QUILLMATE_CONNECT_TO"), {});
+        auto run = std::make_unique<ProgramRun>(program, *m_surroundings);
+        run->start({QStringLiteral("--new")});
+        QVERIFY(run->waitForOutput("Acess token is empty"));
+        const QList<qint64> children = childrenOf(run->processId());
+        QCOMPARE(children.size(), 1);
+        run.reset(); // By force.
+        QTRY_VERIFY_WITH_TIMEOUT(!isRunning(children.front()), ProgramRun::patience);
     }
 };
 
-QTEST_GUILESS_MAIN(PreviewProgramTest)
+QUILLMATE_TEST(PreviewProgramTest, QCoreApplication)
 #include "PreviewProgramTest.moc"

@@ -1,60 +1,16 @@
+#include "hosts/MadeUpExtension.h"
 #include "hosts/preview/PreviewProgram.h"
-#include "platform/appkit/MEExtensionViewController.h"
-#include "platform/appkit/ViewEngine.h"
+#include "support/TestProgram.h"
+#include "views/ViewTestApplication.h"
 
 #include <QGuiApplication>
 #include <QQuickItem>
 #include <QQuickWindow>
-#include <QTest>
 
 using namespace quillmate;
 
 namespace
 {
-
-class EmptyPanelHandler : public MEComposeSessionHandler
-{
-public:
-    void mailComposeSessionDidBegin(const MEComposeSession&) override {}
-    void mailComposeSessionDidEnd(const MEComposeSession&) override {}
-    std::shared_ptr<MEExtensionViewController> viewControllerForSession(const MEComposeSession&) override
-    {
-        return std::make_shared<MEExtensionViewController>();
-    }
-};
-
-/// Colours what is about the tour, and knows one tracker.
-class TourExtension : public MEExtension
-{
-public:
-    std::shared_ptr<MEComposeSessionHandler> handlerForComposeSession(const MEComposeSession&) override
-    {
-        return std::make_shared<EmptyPanelHandler>();
-    }
-    std::shared_ptr<MEContentBlocker> handlerForContentBlocker() override { return std::make_shared<Blocker>(); }
-    std::shared_ptr<MEMessageActionHandler> handlerForMessageActions() override { return std::make_shared<Actions>(); }
-    std::shared_ptr<MEMessageSecurityHandler> handlerForMessageSecurity() override { return nullptr; }
-
-private:
-    class Blocker : public MEContentBlocker
-    {
-    public:
-        std::string contentRulesJSON() override
-        {
-            return "[{\"trigger\":{\"url-filter\":\"/logo\"},\"action\":{\"type\":\"block\"}}]";
-        }
-    };
-    class Actions : public MEMessageActionHandler
-    {
-    public:
-        void decideActionForMessage(const MEMessage& message, const Completion& completion) override
-        {
-            const bool red = message.subject.find("tour") != std::string::npos;
-            completion(red ? std::optional(MEMessageActionDecision{MEMessageAction::setBackgroundColorAction(4)})
-                           : std::nullopt);
-        }
-    };
-};
 
 QQuickWindow* visibleWindow(const QString& title)
 {
@@ -97,17 +53,19 @@ class PreviewWindowsTest : public QObject
     Q_OBJECT
 
 private:
-    TourExtension m_extension;
+    MadeUpExtension m_extension;
     std::unique_ptr<PreviewProgram> m_program;
     QQuickWindow* m_list = nullptr;
 
 private Q_SLOTS:
     void initTestCase()
     {
+        m_extension.rules = R"([{"trigger":{"url-filter":"/logo"},"action":{"type":"block"}}])";
         PreviewOptions options;
         options.service = PreviewOptions::Service::Remote;
         options.messages = {QUILLMATE_SAMPLES "/plain.eml", QUILLMATE_SAMPLES "/html-with-plain.eml",
-                            QUILLMATE_SAMPLES "/newsletter.eml", QUILLMATE_SAMPLES "/arabic.eml"};
+                            QUILLMATE_SAMPLES "/newsletter.eml", QUILLMATE_SAMPLES "/arabic.eml",
+                            QUILLMATE_SAMPLES "/long-thread.eml"};
         m_program = std::make_unique<PreviewProgram>(options, NetworkEnvironment{}, m_extension);
         m_program->start();
         QTRY_VERIFY(m_list = visibleWindow(QStringLiteral("Preview Mail")));
@@ -123,27 +81,28 @@ private Q_SLOTS:
             Qt::Key key;
             QString beginning;
         } steps[] = {{Qt::Key_Down, u"Hello Priya,"_qs},
-                     {Qt::Key_End, u"الأستاذة ليلى"_qs},
-                     {Qt::Key_Down, u"الأستاذة ليلى"_qs},
+                     {Qt::Key_End, u"Hello everybody,"_qs},
+                     {Qt::Key_Down, u"Hello everybody,"_qs},
                      {Qt::Key_Home, u"Dear Daniel,"_qs},
-                     {Qt::Key_PageDown, u"الأستاذة ليلى"_qs}};
+                     {Qt::Key_PageDown, u"Hello everybody,"_qs}};
         for (const auto& step : steps) {
             QTest::keyClick(m_list, step.key);
             QTRY_VERIFY2(textOf(m_list, "messageText").startsWith(step.beginning), qPrintable(step.beginning));
         }
     }
 
-    void decidedMessageIsRed()
+    void chosenMessageIsShownFromItsTop()
     {
-        QAbstractItemModel* messages = itemNamed(m_list, "messageList")->property("model").value<QAbstractItemModel*>();
-        QVERIFY(messages);
-        const auto color = [messages](int row) {
-            return messages->data(messages->index(row, 0), MessageListModel::DecidedColorRole).toInt();
-        };
-        QTRY_COMPARE(color(1), 4);
-        QCOMPARE(color(0), 0);
-        QCOMPARE(color(2), 0);
-        QCOMPARE(color(3), 0);
+        m_list->resize(760, 480);
+        const QQuickItem* text = itemNamed(m_list, "messageText");
+        const auto place = [text] { return text->mapToScene({}).y(); };
+        QTRY_VERIFY(text->height() > 1000);
+        const double top = place();
+        QVERIFY(text->parentItem()->parentItem()->setProperty("contentY", 700));
+        QVERIFY(place() < top - 600);
+        QTest::keyClick(m_list, Qt::Key_Up);
+        QTRY_VERIFY(textOf(m_list, "messageText").startsWith(u"الأستاذة ليلى"));
+        QCOMPARE(place(), top);
     }
 
     void remoteImagesAreTold()
@@ -161,19 +120,23 @@ private Q_SLOTS:
 
     void replyHasAPanelAndCloses()
     {
-        click(m_list, "replyButton");
+        itemNamed(m_list, "messageList")->forceActiveFocus();
+        for (const bool repeated : {false, true, true}) { // A held key opens one window.
+            QKeyEvent event(QEvent::KeyPress, Qt::Key_Return, {}, {}, repeated);
+            QCoreApplication::sendEvent(m_list, &event);
+        }
         QQuickWindow* compose = nullptr;
         QTRY_VERIFY(compose = visibleWindow(u"Re: Your place on the three-lake tour, 28 and 29 June"_qs));
         QCOMPARE(textOf(compose, "toField"), "Martina Vogel <martina.vogel@lakeside-cycling.example>");
         QVERIFY(textOf(compose, "bodyArea")
                     .startsWith(u"\n\nOn Thu, 12 June 2025 at 16:40, Lakeside Cycling Club wrote:\n> Hello"));
         QCOMPARE(itemNamed(compose, "bodyArea")->property("cursorPosition").toInt(), 0);
-        QTRY_VERIFY(itemNamed(compose, "bodyArea")->hasFocus());
-
         QQuickItem* holder = itemNamed(compose, "panelHolder");
         QTRY_COMPARE(holder->childItems().size(), 1);
         const QPointer<QQuickItem> panel = holder->childItems().constFirst();
         QCOMPARE(panel->size(), holder->size());
+        QTRY_VERIFY(itemNamed(compose, "bodyArea")->hasActiveFocus());
+        QCOMPARE(visibleWindows(), 2);
         compose->resize(1400, 700);
         QTRY_COMPARE(panel->height(), 700.0);
         QCOMPARE(panel->width(), 500.0);
@@ -220,12 +183,6 @@ private Q_SLOTS:
     void cleanupTestCase() { m_program.reset(); }
 };
 
-int main(int argc, char** argv)
-{
-    ViewEngine::chooseRendering();
-    QGuiApplication application(argc, argv);
-    PreviewWindowsTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+QUILLMATE_TEST(PreviewWindowsTest, quillmate::ViewTestApplication)
 
 #include "PreviewWindowsTest.moc"

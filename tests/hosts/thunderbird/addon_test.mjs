@@ -6,7 +6,7 @@ import { tmpdir } from "node:os";
 import { join } from "node:path";
 import { after, beforeEach, test } from "node:test";
 
-import { fakeBrowser, later, settle } from "./fake_browser.mjs";
+import { fakeBrowser, later, letTimePass, settle } from "./fake_browser.mjs";
 
 // Beside a note that its files are modules, which Thunderbird takes from elsewhere.
 const folder = mkdtempSync(join(tmpdir(), "quillmate-addon-"));
@@ -60,6 +60,25 @@ test("pauses grow up to a bound, and start anew after a process that has lived",
   awakened.alarmRang("start again after 16000");
   browser.ports.at(-1).end();
   assert.equal(browser.pauses.at(-1), 32_000);
+});
+
+test("hopeless is only a program that never answers", () => {
+  for (const [answers, wanted] of [[false, [false, false, true, true]], [true, [false, false, false, false]]]) {
+    globalThis.browser = fakeBrowser();
+    const program = new Program("quillmate");
+    const found = [];
+    program.onEnded = (reason, hopeless) => found.push(hopeless);
+    program.start();
+    for (let start = 1; start <= 4; ++start) {
+      assert.equal(browser.ports.length, start); // It goes on either way.
+      if (answers) {
+        browser.ports.at(-1).answer("Mars");
+      }
+      browser.ports.at(-1).end();
+      program.alarmRang(browser.alarm);
+    }
+    assert.deepEqual(found, wanted);
+  }
 });
 
 test("a page that wakes in the middle of a pause waits for its end", async () => {
@@ -120,6 +139,8 @@ test("a session is told and shown in one go, and ended", async () => {
   slow.resolve({ type: "new" });
   await settle();
   assert.equal(sessions.show(1), true);
+  sessions.begin({ id: 1, windowId: 1 }); // told of again, late
+  await settle();
   sessions.end(1);
   sessions.end(2);
   sessions.end(3);
@@ -160,6 +181,29 @@ test("what happens while a message is read", async () => {
   sessions.end(2);
 });
 
+test("a window is followed while it is on the screen", async () => {
+  const { sessions } = startedProgram();
+  const [port] = browser.ports;
+  const lefts = () => port.posted.filter((each) => each.frame).map((each) => [each.type, each.frame.left]);
+  browser.details.set(1, { type: "new" });
+  browser.window = { left: -9, state: "minimized" };
+  sessions.begin({ id: 1, windowId: 1 });
+  await settle();
+  await letTimePass();
+  assert.deepEqual(lefts(), []);
+  for (const window of [{ left: 3 }, { left: 4 }, { left: -9, state: "minimized" }, { left: 4 }, { left: 5 }]) {
+    browser.window = window;
+    await letTimePass();
+  }
+  assert.deepEqual(lefts(), [
+    ["viewControllerForSession", 3],
+    ["composeSessionFrameDidChange", 4],
+    ["composeSessionFrameDidChange", 5],
+  ]);
+  sessions.end(1);
+  assert.deepEqual(browser.timers, []);
+});
+
 test("new mail", async () => {
   const { program } = startedProgram();
   browser.ports[0].posted = [];
@@ -172,11 +216,12 @@ test("new mail", async () => {
   browser.pages = [{ id: null, messages: [mail(4, "Mars moved", []), mail(5, "Mars", [])] }];
   browser.messagesById.delete(4);
   let done = false;
-  const all = colourNewMail(program, first).then(() => (done = true));
-  while (!done) {
+  const all = colourNewMail(program, first).finally(() => (done = true));
+  for (let answers = 0; !done && answers < 20; ++answers) {
     await settle();
     browser.ports[0].answer("Mars");
   }
+  assert(done);
   await all;
   assert.deepEqual(browser.updates, [
     [1, { tags: ["later", "$label1"] }],

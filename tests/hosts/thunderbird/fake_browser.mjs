@@ -29,7 +29,7 @@ export class Port {
   }
   // Answers the questions there are: a red background for a subject with that word.
   answer(word) {
-    for (const frame of this.posted.splice(0)) {
+    for (const frame of this.posted.splice(0).filter((each) => each.message)) {
       const red = frame.message.subject.includes(word);
       const decision = red ? { action: "setBackgroundColor", color: 4 } : null;
       this.onMessage.fire({ type: "messageActionDecision", request: frame.request, decision });
@@ -51,8 +51,23 @@ export async function settle() {
   }
 }
 
+// Time stands still for the add-on: what it puts off happens when a test lets time pass, and holds no test program up.
+globalThis.setTimeout = (callback) => {
+  const timer = { callback };
+  browser.timers.push(timer);
+  return timer;
+};
+globalThis.clearTimeout = (timer) => {
+  browser.timers = browser.timers.filter((each) => each !== timer);
+};
+export async function letTimePass() {
+  browser.timers.splice(0).forEach((timer) => timer.callback());
+  await settle();
+}
+
 export function fakeBrowser() {
   return {
+    timers: [],
     ports: [],
     alarm: null, // the name of the one to come
     pauses: [], // of the alarms, in milliseconds
@@ -60,6 +75,7 @@ export function fakeBrowser() {
     updates: [],
     pages: [],
     details: new Map(), // by tab; a promise holds the add-on up
+    window: {}, // what is different about every window
 
     runtime: {
       connectNative() {
@@ -79,7 +95,7 @@ export function fakeBrowser() {
       getAll: async () => (browser.alarm ? [{ name: browser.alarm }] : []),
     },
     tabs: { query: async () => [...browser.details.keys()].map((id) => ({ id, windowId: id, type: "messageCompose" })) },
-    windows: { get: async (id) => ({ left: id, top: 2, width: 300, height: 400, state: "normal", focused: false }) },
+    windows: { get: async (id) => ({ left: id, top: 2, width: 300, height: 400, state: "normal", focused: false, ...browser.window }) },
     compose: { getComposeDetails: async (tabId) => browser.details.get(tabId) },
     messages: {
       async get(id) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/foundation/Result.h"
+#include "base/Result.h"
 
 #include <QRegularExpression>
 #include <QString>

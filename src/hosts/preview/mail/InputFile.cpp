@@ -18,19 +18,36 @@ constexpr std::size_t chunkBytes = std::size_t{256} * 1024;
 // How long a stop request may go unnoticed while a pipe or terminal is silent.
 constexpr int pollMilliseconds = 50;
 
-MailFailure stopped(const std::string& name)
-{
-    return {MailFailure::Kind::Stopped, "Reading " + name + " was stopped before its end."};
-}
+using Reading = Result<std::string, MailFailure>;
 
-std::optional<std::uint64_t> regularSize(int descriptor)
+/// Everything to the end of input.
+Reading readAll(int descriptor, const std::string& name, const std::stop_token& stop)
 {
-    struct stat status {
-    };
-    if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
-        return std::nullopt;
+    std::string bytes;
+    std::string chunk(chunkBytes, '\0');
+    while (!stop.stop_requested()) {
+        // Before a named pipe's first writer a read gives 0 bytes, as at the end; only poll() tells the two apart.
+        pollfd waiting{descriptor, POLLIN, 0};
+        const int ready = ::poll(&waiting, 1, pollMilliseconds);
+        if (ready == 0 || (ready < 0 && errno == EINTR)) {
+            continue;
+        }
+        const ssize_t count = ::read(descriptor, chunk.data(), chunk.size());
+        if (count < 0 && (errno == EINTR || errno == EAGAIN)) {
+            continue;
+        }
+        if (count < 0) {
+            return Reading::failure(systemFailure(name, errno));
+        }
+        if (count == 0) {
+            break;
+        }
+        if (bytes.size() + static_cast<std::size_t>(count) > maximumMessageBytes) {
+            return Reading::failure(tooLarge(name));
+        }
+        bytes.append(chunk, 0, static_cast<std::size_t>(count));
     }
-    return static_cast<std::uint64_t>(status.st_size);
+    return bytes;
 }
 
 } // namespace
@@ -52,48 +69,60 @@ MailFailure tooLarge(const std::string& name)
                                              "smaller message."};
 }
 
-InputFile::InputFile(int descriptor, bool owned, std::string name, std::optional<std::uint64_t> size)
+InputFile::InputFile(int descriptor, std::string name)
     : m_descriptor(descriptor)
-    , m_owned(owned)
     , m_name(std::move(name))
-    , m_size(size)
 {
 }
 
 InputFile::InputFile(InputFile&& other) noexcept
     : m_descriptor(std::exchange(other.m_descriptor, -1))
-    , m_owned(std::exchange(other.m_owned, false))
     , m_name(std::move(other.m_name))
     , m_size(other.m_size)
+    , m_content(std::move(other.m_content))
 {
 }
 
 InputFile::~InputFile()
 {
-    if (m_owned) {
+    if (m_descriptor > STDIN_FILENO) { // Standard input is not ours to close.
         ::close(m_descriptor);
     }
 }
 
-InputFile InputFile::standardInput()
+Result<InputFile, MailFailure> InputFile::open(const std::string& argument, const std::stop_token& stop)
 {
-    return {STDIN_FILENO, false, "The message on standard input", std::nullopt};
-}
-
-Result<InputFile, MailFailure> InputFile::open(const std::string& path)
-{
+    using Opening = Result<InputFile, MailFailure>;
+    const bool isInput = argument == "-";
     // Opening a named pipe would otherwise wait for its first writer, deaf to any request to stop.
-    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
-    if (descriptor < 0) {
-        return Result<InputFile, MailFailure>::failure(systemFailure(path, errno));
+    const int descriptor =
+        isInput ? STDIN_FILENO : ::open(argument.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
+    InputFile file(descriptor, isInput ? "The message on standard input" : argument);
+    struct stat status {
+    };
+    if (descriptor < 0 || ::fstat(descriptor, &status) != 0) {
+        return Opening::failure(systemFailure(file.m_name, errno));
     }
-    return InputFile(descriptor, true, path, regularSize(descriptor));
+    if (S_ISREG(status.st_mode) && !isInput) {
+        file.m_size = static_cast<std::uint64_t>(status.st_size);
+        return file;
+    }
+    Reading content = readAll(descriptor, file.m_name, stop);
+    if (!content) {
+        return Opening::failure(content.error());
+    }
+    file.m_content = std::make_shared<const std::string>(std::move(content).value());
+    file.m_size = file.m_content->size();
+    return file;
 }
 
-Result<std::string, MailFailure> InputFile::readAt(std::uint64_t offset, std::size_t length) const
+Reading InputFile::readAt(std::uint64_t offset, std::size_t length) const
 {
+    if (m_content != nullptr) {
+        return m_content->substr(std::min<std::size_t>(offset, m_content->size()), length);
+    }
     std::string bytes;
-    bytes.resize(offset < size() ? static_cast<std::size_t>(std::min<std::uint64_t>(length, size() - offset)) : 0);
+    bytes.resize(offset < m_size ? static_cast<std::size_t>(std::min<std::uint64_t>(length, m_size - offset)) : 0);
     std::size_t filled = 0;
     while (filled < bytes.size()) {
         const ssize_t count =
@@ -102,7 +131,7 @@ Result<std::string, MailFailure> InputFile::readAt(std::uint64_t offset, std::si
             continue;
         }
         if (count < 0) {
-            return Result<std::string, MailFailure>::failure(systemFailure(m_name, errno));
+            return Reading::failure(systemFailure(m_name, errno));
         }
         if (count == 0) {
             break;
@@ -111,38 +140,6 @@ Result<std::string, MailFailure> InputFile::readAt(std::uint64_t offset, std::si
     }
     bytes.resize(filled);
     return bytes;
-}
-
-Result<std::string, MailFailure> InputFile::readAll(const std::stop_token& stop) const
-{
-    using Reading = Result<std::string, MailFailure>;
-    std::string bytes;
-    std::string chunk(chunkBytes, '\0');
-    while (true) {
-        if (stop.stop_requested()) {
-            return Reading::failure(stopped(m_name));
-        }
-        // Before a named pipe's first writer a read gives 0 bytes, as at the end; only poll() tells the two apart.
-        pollfd waiting{m_descriptor, POLLIN, 0};
-        const int ready = ::poll(&waiting, 1, pollMilliseconds);
-        if (ready == 0 || (ready < 0 && errno == EINTR)) {
-            continue;
-        }
-        const ssize_t count = ::read(m_descriptor, chunk.data(), chunk.size());
-        if (count < 0 && (errno == EINTR || errno == EAGAIN)) {
-            continue;
-        }
-        if (count < 0) {
-            return Reading::failure(systemFailure(m_name, errno));
-        }
-        if (count == 0) {
-            return bytes;
-        }
-        if (bytes.size() + static_cast<std::size_t>(count) > maximumMessageBytes) {
-            return Reading::failure(tooLarge(m_name));
-        }
-        bytes.append(chunk, 0, static_cast<std::size_t>(count));
-    }
 }
 
 } // namespace quillmate

@@ -1,14 +1,13 @@
 #pragma once
 
+#include "base/Result.h"
 #include "hosts/preview/mail/MailFailure.h"
-#include "platform/foundation/Result.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
+#include <memory>
 #include <stop_token>
 #include <string>
-#include <string_view>
 
 namespace quillmate
 {
@@ -16,14 +15,14 @@ namespace quillmate
 /// The largest single message that is read, in bytes: what fits one frame of the host link.
 inline constexpr std::uint64_t maximumMessageBytes = std::uint64_t{256} * 1024 * 1024;
 
-/// A file, pipe or terminal that messages are read from. Not for two threads at once.
+/// A file that messages are read from, or what a pipe or terminal gave. Not for two threads at once.
 class InputFile
 {
 public:
-    /// Standard input, which is left open afterwards.
-    static InputFile standardInput();
-    /// Does not wait for the first writer of a named pipe; readAll does.
-    static Result<InputFile, MailFailure> open(const std::string& path);
+    /// What the argument of a command line names; "-" is standard input. What cannot be read at any place, a pipe as a
+    /// rule, is read to its end here, at most maximumMessageBytes of it, and that soon after `stop` was requested:
+    /// nothing may ever come.
+    static Result<InputFile, MailFailure> open(const std::string& argument, const std::stop_token& stop = {});
 
     InputFile(InputFile&& other) noexcept;
     InputFile& operator=(InputFile&&) = delete;
@@ -33,24 +32,20 @@ public:
 
     /// What the user called it, for sentences.
     [[nodiscard]] const std::string& name() const { return m_name; }
-    /// Whether it has a size and can be read at any place.
-    [[nodiscard]] bool isRegular() const { return m_size.has_value(); }
-    /// Bytes of a regular file, 0 for anything else.
-    [[nodiscard]] std::uint64_t size() const { return m_size.value_or(0); }
+    [[nodiscard]] std::uint64_t size() const { return m_size; }
+    /// What was read of a pipe; null for a file that can be opened again.
+    [[nodiscard]] const std::shared_ptr<const std::string>& content() const { return m_content; }
 
-    /// Up to `length` bytes from `offset` of a regular file; fewer only where the file ends.
+    /// Up to `length` bytes from `offset`; fewer only at the end.
     [[nodiscard]] Result<std::string, MailFailure> readAt(std::uint64_t offset, std::size_t length) const;
-    /// Everything from here to the end, at most maximumMessageBytes; ends with Stopped soon after `stop` was requested,
-    /// also while nothing arrives.
-    [[nodiscard]] Result<std::string, MailFailure> readAll(const std::stop_token& stop) const;
 
 private:
-    InputFile(int descriptor, bool owned, std::string name, std::optional<std::uint64_t> size);
+    InputFile(int descriptor, std::string name);
 
     int m_descriptor = -1;
-    bool m_owned = false;
     std::string m_name;
-    std::optional<std::uint64_t> m_size;
+    std::uint64_t m_size = 0;
+    std::shared_ptr<const std::string> m_content;
 };
 
 /// The sentence for a failed system call on `name`.

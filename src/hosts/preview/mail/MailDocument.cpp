@@ -1,7 +1,9 @@
 #include "hosts/preview/mail/MailDocument.h"
 
-#include "hosts/preview/mail/MessageParts.h"
-#include "hosts/preview/mail/SourceText.h"
+#include "mail/EncodedWords.h"
+#include "mail/HeaderFields.h"
+#include "mail/MessageDate.h"
+#include "mail/SourceText.h"
 
 namespace quillmate
 {
@@ -12,25 +14,7 @@ constexpr std::size_t snippetBytes = 200;
 // White space and quotations at the top take room before the first readable words.
 constexpr std::size_t snippetTextBytes = 4096;
 
-QDateTime dateOf(const MailHeaders& headers)
-{
-    const auto value = headers.first("date");
-    if (!value) {
-        return {};
-    }
-    prepareMimeLibrary();
-    GDateTime* date = g_mime_utils_header_decode_date(std::string(*value).c_str());
-    if (date == nullptr) {
-        return {};
-    }
-    constexpr std::int64_t microsecondsPerSecond = 1000000;
-    const auto offsetSeconds = static_cast<int>(g_date_time_get_utc_offset(date) / microsecondsPerSecond);
-    QDateTime result = QDateTime::fromSecsSinceEpoch(g_date_time_to_unix(date), Qt::OffsetFromUTC, offsetSeconds);
-    g_date_time_unref(date);
-    return result;
-}
-
-Mailbox senderOf(const MailHeaders& headers)
+Mailbox senderOf(const HeaderFields& headers)
 {
     for (const std::string_view field : {"from", "sender"}) {
         const std::vector<Mailbox> mailboxes = parseMailboxes(headers.first(field).value_or(std::string_view()));
@@ -62,26 +46,37 @@ std::string snippetOf(std::string_view text)
     return std::string(cutUtf8(snippet, snippetBytes));
 }
 
-MessageSummary summaryOf(const MailHeaders& headers, std::string_view text)
+MessageSummary summaryOf(const HeaderFields& headers, std::string_view text)
 {
-    return {senderOf(headers), headers.decoded("subject"), snippetOf(text), dateOf(headers)};
+    return {senderOf(headers), headers.decoded("subject"), snippetOf(text),
+            parseDate(headers.first("date").value_or(std::string_view()))};
+}
+
+/// As the extension sees them: encoded words decoded to UTF-8, but "message-id" byte for byte.
+MEMessage::Headers messageHeadersOf(const HeaderFields& fields)
+{
+    MEMessage::Headers headers;
+    for (const HeaderFields::Field& field : fields.fields()) {
+        headers[field.name].push_back(field.name == "message-id" ? field.value : decodeHeaderText(field.value));
+    }
+    return headers;
 }
 
 } // namespace
 
 MessageSummary summarizeMessage(std::string_view head)
 {
-    return summaryOf(MailHeaders::parse(head), displayTextOf(head, snippetTextBytes).text);
+    return summaryOf(HeaderFields::parse(head), textOfMessage(head, snippetTextBytes).text);
 }
 
 MailDocument readDocument(std::string source, const ContentRules& rules)
 {
-    const MailHeaders headers = MailHeaders::parse(source);
+    const HeaderFields headers = HeaderFields::parse(source);
     MailDocument document;
     {
-        const MessageParts parts(source);
-        document.text = displayTextOf(parts, displayTextBytes);
-        document.remoteImages = countRemoteImages(parts.html(displayTextBytes * markupPerText).text, rules);
+        const std::vector<TextPart> parts = textPartsOf(source);
+        document.text = textOfParts(parts, displayTextBytes);
+        document.remoteImages = countRemoteImages(htmlOfParts(parts), rules);
     }
     document.summary = summaryOf(headers, document.text.text);
     document.to = headers.decoded("to");
@@ -95,7 +90,7 @@ MailDocument readDocument(std::string source, const ContentRules& rules)
         .rawData = std::move(source),
         .subject = document.summary.subject,
         .fromAddress = {address.empty() ? std::nullopt : std::optional(address)},
-        .headers = headers.toMessageHeaders(),
+        .headers = messageHeadersOf(headers),
     });
     return document;
 }

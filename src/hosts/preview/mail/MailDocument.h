@@ -1,8 +1,8 @@
 #pragma once
 
-#include "hosts/preview/mail/DisplayText.h"
-#include "hosts/preview/mail/MailHeaders.h"
 #include "hosts/preview/mail/RemoteImages.h"
+#include "mail/Mailbox.h"
+#include "mail/MessageText.h"
 #include "platform/mailkit/MEMessage.h"
 
 #include <QDateTime>
@@ -27,7 +27,7 @@ struct MessageSummary {
 struct MailDocument {
     std::shared_ptr<const MEMessage> message;
     MessageSummary summary;
-    DisplayText text;
+    MessageText text;
     RemoteImages remoteImages;    ///< those of its HTML part, also where the plain one is shown
     std::string to;               ///< the To field, decoded
     std::string cc;               ///< the Cc field, decoded

@@ -13,7 +13,6 @@ struct MailFailure {
         TooLarge,   ///< one message above the size limit
         Empty,      ///< there, but without a single byte
         NotMail,    ///< readable, but no mail message
-        Stopped,    ///< the caller asked to stop before the reading was done
     };
 
     Kind kind = Kind::Unreadable;

@@ -22,7 +22,7 @@ Names filesIn(const files::path& folder)
     for (files::directory_iterator entry(folder, failure), end; !failure && entry != end; entry.increment(failure)) {
         std::error_code ignored; // A file that vanishes meanwhile is no message any more.
         const bool isHidden = entry->path().filename().native().starts_with('.');
-        if (!isHidden && !entry->is_directory(ignored)) {
+        if (!isHidden && entry->is_regular_file(ignored)) {
             names.push_back(entry->path().native());
         }
     }

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "base/Result.h"
 #include "hosts/preview/mail/MailFailure.h"
-#include "platform/foundation/Result.h"
 
 #include <string>
 #include <vector>

@@ -1,6 +1,6 @@
 #include "hosts/preview/mail/MboxScanner.h"
 
-#include "hosts/preview/mail/SourceText.h"
+#include "mail/SourceText.h"
 
 #include <algorithm>
 

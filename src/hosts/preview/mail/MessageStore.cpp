@@ -3,7 +3,7 @@
 #include "hosts/preview/mail/InputFile.h"
 #include "hosts/preview/mail/MaildirFolder.h"
 #include "hosts/preview/mail/MboxScanner.h"
-#include "hosts/preview/mail/SourceText.h"
+#include "mail/SourceText.h"
 
 #include <algorithm>
 
@@ -41,28 +41,10 @@ MessageEntries failed(MailFailure failure)
     return MessageEntries::failure(std::move(failure));
 }
 
-MessageEntries listContent(const std::string& name, std::string content)
-{
-    if (content.empty()) {
-        return failed(empty(name));
-    }
-    if (!looksLikeMail(std::string_view(content).substr(0, headBytes))) {
-        return failed(notMail(name));
-    }
-    dropFromLine(content);
-    const std::uint64_t length = content.size();
-    MessageSummary summary = summarizeMessage(std::string_view(content).substr(0, headBytes));
-    const auto shared = std::make_shared<const std::string>(std::move(content));
-    return std::vector<MessageEntry>{{{name, 0, length, false, shared}, std::move(summary)}};
-}
-
 MessageEntries listMbox(const InputFile& file, const std::stop_token& stop)
 {
     MboxScanner scanner;
-    for (std::uint64_t offset = 0; offset < file.size(); offset += chunkBytes) {
-        if (stop.stop_requested()) {
-            return failed({MailFailure::Kind::Stopped, "Reading " + file.name() + " was stopped before its end."});
-        }
+    for (std::uint64_t offset = 0; offset < file.size() && !stop.stop_requested(); offset += chunkBytes) {
         const auto chunk = file.readAt(offset, chunkBytes);
         if (!chunk) {
             return failed(chunk.error());
@@ -71,37 +53,39 @@ MessageEntries listMbox(const InputFile& file, const std::stop_token& stop)
     }
     std::vector<MessageEntry> entries;
     for (const MboxScanner::Range& range : scanner.finish()) {
+        if (stop.stop_requested()) {
+            break; // Nobody waits for the list any more.
+        }
         const auto head = file.readAt(range.offset, std::min<std::uint64_t>(range.length, headBytes));
         if (!head) {
             return failed(head.error());
         }
-        if (stop.stop_requested()) {
-            return failed({MailFailure::Kind::Stopped, "Reading " + file.name() + " was stopped before its end."});
-        }
-        entries.push_back({{file.name(), range.offset, range.length, true, nullptr}, summarizeMessage(head.value())});
+        entries.push_back(
+            {{file.name(), range.offset, range.length, true, file.content()}, summarizeMessage(head.value())});
     }
-    if (entries.empty()) {
-        return failed(notMail(file.name()));
-    }
-    return entries;
+    return entries.empty() ? failed(notMail(file.name())) : entries;
 }
 
-MessageEntries listMessageFile(const InputFile& file)
+MessageEntries listFile(const InputFile& file, bool mayBeMbox, const std::stop_token& stop)
 {
     if (file.size() == 0) {
         return failed(empty(file.name()));
-    }
-    if (file.size() > maximumMessageBytes) {
-        return failed(tooLarge(file.name()));
     }
     const auto head = file.readAt(0, headBytes);
     if (!head) {
         return failed(head.error());
     }
+    if (mayBeMbox && beginsMbox(head.value())) {
+        return listMbox(file, stop);
+    }
+    if (file.size() > maximumMessageBytes) {
+        return failed(tooLarge(file.name()));
+    }
     if (!looksLikeMail(head.value())) {
         return failed(notMail(file.name()));
     }
-    return std::vector<MessageEntry>{{{file.name(), 0, file.size(), false, nullptr}, summarizeMessage(head.value())}};
+    return std::vector<MessageEntry>{
+        {{file.name(), 0, file.size(), false, file.content()}, summarizeMessage(head.value())}};
 }
 
 MessageEntries listMaildir(const std::string& path, const std::stop_token& stop)
@@ -113,13 +97,13 @@ MessageEntries listMaildir(const std::string& path, const std::stop_token& stop)
     std::vector<MessageEntry> entries;
     for (const std::string& name : files.value()) {
         if (stop.stop_requested()) {
-            return failed({MailFailure::Kind::Stopped, "Reading " + path + " was stopped before its end."});
+            break; // As above.
         }
-        auto file = InputFile::open(name);
+        auto file = InputFile::open(name, stop);
         if (!file && file.error().kind == MailFailure::Kind::Missing) {
             continue; // A mail program has moved or deleted it since the folder was read, which a Maildir allows.
         }
-        MessageEntries listed = file ? listMessageFile(file.value()) : failed(file.error());
+        MessageEntries listed = file ? listFile(file.value(), false, stop) : failed(file.error());
         if (!listed) {
             return listed;
         }
@@ -135,34 +119,19 @@ MessageEntries listMaildir(const std::string& path, const std::stop_token& stop)
 
 MessageEntries listMessages(const std::string& argument, const std::stop_token& stop)
 {
-    if (argument == "-") {
-        const InputFile input = InputFile::standardInput();
-        auto content = input.readAll(stop);
-        return content ? listContent(input.name(), std::move(content).value()) : failed(content.error());
-    }
     if (isFolder(argument)) {
         return listMaildir(argument, stop);
     }
-    const auto file = InputFile::open(argument);
-    if (!file) {
-        return failed(file.error());
-    }
-    if (!file.value().isRegular()) {
-        auto content = file.value().readAll(stop);
-        return content ? listContent(argument, std::move(content).value()) : failed(content.error());
-    }
-    const auto head = file.value().readAt(0, headBytes);
-    if (!head) {
-        return failed(head.error());
-    }
-    return beginsMbox(head.value()) ? listMbox(file.value(), stop) : listMessageFile(file.value());
+    const auto file = InputFile::open(argument, stop);
+    // What comes by standard input is one message, whatever its lines begin with.
+    return file ? listFile(file.value(), argument != "-", stop) : failed(file.error());
 }
 
 Loading loadMessage(const MessageLocation& location, const ContentRules& rules)
 {
     std::string source;
     if (location.content != nullptr) {
-        source = *location.content;
+        source = location.content->substr(location.offset, location.length);
     } else {
         if (location.length > maximumMessageBytes) {
             return Loading::failure(tooLarge("A message in " + location.path));

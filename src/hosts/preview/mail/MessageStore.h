@@ -1,8 +1,8 @@
 #pragma once
 
+#include "base/Result.h"
 #include "hosts/preview/mail/MailDocument.h"
 #include "hosts/preview/mail/MailFailure.h"
-#include "platform/foundation/Result.h"
 
 #include <cstdint>
 #include <memory>
@@ -19,7 +19,7 @@ struct MessageLocation {
     std::uint64_t offset = 0;                   ///< bytes
     std::uint64_t length = 0;                   ///< bytes
     bool inMbox = false;                        ///< lines are marked as an mbox marks them
-    std::shared_ptr<const std::string> content; ///< the source itself where there is no file to go back to
+    std::shared_ptr<const std::string> content; ///< what the place is in where there is no file to go back to
 };
 
 /// One message of the list, its text left where it is.
@@ -30,10 +30,10 @@ struct MessageEntry {
 
 using MessageEntries = Result<std::vector<MessageEntry>, MailFailure>;
 
-/// Lists what one argument of the command line names: a message file, an mbox, a Maildir, or "-" for one message on
-/// standard input. Mbox messages come in file order, those of a Maildir by date, newest first. One message that cannot
-/// be read fails the whole. Takes memory for the list only, except for input that cannot be read twice. Not on the main
-/// thread; ends with Stopped soon after `stop` was requested.
+/// Lists what one argument of the command line names: a message file, an mbox, a Maildir, or "-" for standard input,
+/// which holds a message or an mbox. Mbox messages come in file order, those of a Maildir by date, newest first. One
+/// message that cannot be read fails the whole. Takes memory for the list only, except for input that cannot be read
+/// twice, which is waited for until `stop` is requested. Not on the main thread.
 MessageEntries listMessages(const std::string& argument, const std::stop_token& stop = {});
 
 /// Reads a listed message whole; `rules` tell trackers from other images. Not on the main thread.

@@ -1,12 +1,12 @@
 #include "hosts/preview/mail/RemoteImages.h"
 
-#include "hosts/preview/mail/HtmlTag.h"
-#include "hosts/preview/mail/HtmlText.h"
+#include "mail/CharacterReference.h"
+#include "mail/HtmlMarkup.h"
 
+#include <QRegularExpression>
 #include <QSet>
+#include <QStringList>
 #include <QUrl>
-#include <algorithm>
-#include <array>
 
 namespace quillmate
 {
@@ -16,26 +16,10 @@ namespace
 constexpr qsizetype longestAddress = 2048;
 // Enough for an address of that length in which every character is a reference.
 constexpr std::size_t longestValue = std::size_t{16} * 1024;
-constexpr std::size_t longestReference = 10;
 
 QString resolved(std::string_view value)
 {
-    std::string text;
-    value = value.substr(0, longestValue);
-    while (!value.empty()) {
-        const std::size_t plain = std::min(value.find('&'), value.size());
-        text.append(value.substr(0, plain));
-        value.remove_prefix(plain);
-        if (value.empty()) {
-            break;
-        }
-        const std::size_t end = value.substr(0, longestReference).find(';');
-        const std::string character =
-            end == std::string_view::npos ? std::string() : characterReference(value.substr(1, end - 1));
-        text.append(character.empty() ? "&" : character);
-        value.remove_prefix(character.empty() ? 1 : end + 1);
-    }
-    return QString::fromStdString(text);
+    return QString::fromStdString(withReferencesResolved(value.substr(0, longestValue)));
 }
 
 /// The absolute form of what an attribute says, as the rules expect it: host and scheme in lower case, without
@@ -69,49 +53,23 @@ QString firstCandidate(std::string_view sourceSet)
     return text.left(text.indexOf(u' ')).split(u',').constFirst();
 }
 
-/// Collects different addresses up to a limit.
-class AddressCollector
+/// The images that a start tag loads: its source, its background and those of its style.
+QStringList referencesOf(const HtmlToken& tag)
 {
-public:
-    explicit AddressCollector(std::size_t limit)
-        : m_limit(static_cast<qsizetype>(limit))
-    {
+    static const QRegularExpression styleImage(QStringLiteral("url\\(\\s*[\"']?([^)\"']*)"),
+                                               QRegularExpression::CaseInsensitiveOption);
+    QStringList references;
+    if (tag.name == "img" || tag.name == "image" || tag.name == "input") {
+        const std::string_view source = tag.value("src");
+        references << (source.empty() ? firstCandidate(tag.value("srcset")) : resolved(source));
     }
-
-    [[nodiscard]] bool isFull() const { return m_addresses.size() >= m_limit; }
-    QStringList take() { return std::move(m_addresses); }
-
-    void add(const QString& reference)
-    {
-        const QString address = remoteAddress(reference);
-        if (!isFull() && !address.isEmpty() && !m_seen.contains(address)) {
-            m_seen.insert(address);
-            m_addresses.append(address);
-        }
+    references << resolved(tag.value("background"));
+    const QString style = resolved(tag.value("style"));
+    for (auto found = styleImage.globalMatch(style); found.hasNext();) {
+        references << found.next().captured(1);
     }
-
-    /// Every url(…) of a style.
-    void addStyle(std::string_view style)
-    {
-        const QString text = resolved(style);
-        const QLatin1String mark("url(");
-        for (qsizetype at = text.indexOf(mark, 0, Qt::CaseInsensitive); at >= 0 && !isFull();
-             at = text.indexOf(mark, at, Qt::CaseInsensitive)) {
-            at += mark.size();
-            const qsizetype bracket = text.indexOf(u')', at);
-            const qsizetype end = bracket < 0 ? text.size() : bracket; // The style's end closes it as well.
-            QString reference = text.mid(at, end - at).trimmed();
-            const bool quoted = reference.size() > 1 && (reference.front() == u'"' || reference.front() == u'\'');
-            add(quoted ? reference.mid(1, reference.size() - 2) : reference);
-            at = end;
-        }
-    }
-
-private:
-    qsizetype m_limit;
-    QStringList m_addresses;
-    QSet<QString> m_seen;
-};
+    return references;
+}
 
 std::string number(std::size_t count, bool atLeast)
 {
@@ -120,34 +78,25 @@ std::string number(std::size_t count, bool atLeast)
 
 } // namespace
 
-QStringList remoteImageAddresses(std::string_view html, std::size_t limit)
-{
-    constexpr std::array<std::string_view, 3> imageTags = {"img", "image", "input"};
-    AddressCollector collector(limit);
-    HtmlTagReader reader(html);
-    HtmlTag tag;
-    while (!collector.isFull() && reader.next(tag)) {
-        if (std::find(imageTags.begin(), imageTags.end(), tag.name) != imageTags.end()) {
-            const std::string_view source = tag.value("src");
-            collector.add(source.empty() ? firstCandidate(tag.value("srcset")) : resolved(source));
-        }
-        collector.add(resolved(tag.value("background")));
-        collector.addStyle(tag.value("style"));
-    }
-    return collector.take();
-}
-
 RemoteImages countRemoteImages(std::string_view html, const ContentRules& rules)
 {
-    QStringList addresses = remoteImageAddresses(html, maximumRemoteImages + 1);
     RemoteImages images;
-    images.more = static_cast<std::size_t>(addresses.size()) > maximumRemoteImages;
-    if (images.more) {
-        addresses.removeLast();
+    QSet<QString> seen;
+    HtmlMarkup markup(html);
+    HtmlToken token;
+    while (!images.more && markup.next(token)) {
+        const bool isStart = token.kind == HtmlToken::Kind::StartTag;
+        for (const QString& reference : isStart ? referencesOf(token) : QStringList()) {
+            const QString address = remoteAddress(reference);
+            if (images.more || address.isEmpty() || seen.contains(address)) {
+                continue;
+            }
+            images.more = images.count == maximumRemoteImages;
+            images.count += images.more ? 0 : 1;
+            images.trackers += !images.more && rules.blocksImage(address) ? 1 : 0;
+            seen.insert(address);
+        }
     }
-    images.count = static_cast<std::size_t>(addresses.size());
-    images.trackers = static_cast<std::size_t>(std::count_if(
-        addresses.begin(), addresses.end(), [&rules](const QString& address) { return rules.blocksImage(address); }));
     return images;
 }
 

@@ -2,7 +2,6 @@
 
 #include "hosts/preview/mail/ContentRules.h"
 
-#include <QStringList>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -22,13 +21,10 @@ struct RemoteImages {
 /// Where counting ends.
 inline constexpr std::size_t maximumRemoteImages = 1000;
 
-/// Counts the images of an HTML mail body, UTF-8. Nothing is fetched. Runs as long as the markup is large: not on the
-/// main thread.
+/// Counts the images of an HTML mail body, UTF-8: those at different http or https addresses, of which the first 2048
+/// characters tell, backgrounds included. Images of attachments and of the markup itself are not remote. Nothing is
+/// fetched. Runs as long as the markup is large: not on the main thread.
 RemoteImages countRemoteImages(std::string_view html, const ContentRules& rules);
-
-/// The different addresses (http or https, absolute) of images, backgrounds included, in their order; at most `limit`.
-/// An address is cut after 2048 characters. Images of attachments and of the markup itself are not remote.
-QStringList remoteImageAddresses(std::string_view html, std::size_t limit);
 
 /// One sentence for the reader of the message, empty when there was nothing to load.
 std::string remoteImagesNotice(const RemoteImages& images);

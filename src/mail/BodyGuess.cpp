@@ -1,0 +1,175 @@
+#include "mail/BodyGuess.h"
+
+#include "mail/AsciiText.h"
+
+#include <QByteArray>
+#include <QStringDecoder>
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+namespace quillmate
+{
+
+namespace
+{
+
+constexpr std::size_t lookedAt = std::size_t(64) * 1024;
+constexpr std::size_t boundaryLimit = 70;    // RFC 2046, 5.1.1
+constexpr std::size_t encodedLineLimit = 76; // RFC 2045, 6.7 and 6.8
+constexpr std::size_t shortestBase64 = 16;
+// Each costs a search for its end.
+constexpr int headerlessCandidates = 16;
+
+std::string_view takeLine(std::string_view& rest)
+{
+    const std::size_t end = rest.find('\n');
+    std::string_view line = rest.substr(0, end);
+    rest = end == std::string_view::npos ? std::string_view() : rest.substr(end + 1);
+    while (!line.empty() && (line.back() == '\r' || line.back() == ' ' || line.back() == '\t')) {
+        line.remove_suffix(1);
+    }
+    return line;
+}
+
+/// Whether a header field of a MIME part (RFC 2045, 2183, 2557, 3282, 1864) stands here; any other "Content-…:" is
+/// somebody's text.
+bool isContentHeader(std::string_view line)
+{
+    static constexpr std::array<std::string_view, 10> known = {
+        "content-type",     "content-transfer-encoding", "content-disposition", "content-id",   "content-description",
+        "content-location", "content-language",          "content-md5",         "content-base", "content-class"};
+    const std::string name = lowerCase(line.substr(0, line.find(':')));
+    if (name.size() == line.size()) {
+        return false;
+    }
+    return std::find(known.begin(), known.end(), name) != known.end();
+}
+
+bool isHex(char c)
+{
+    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
+}
+
+bool isText(std::string_view base64)
+{
+    const QByteArray bytes = QByteArray::fromBase64(QByteArray(base64.data(), static_cast<qsizetype>(base64.size())));
+    const auto controls = std::count_if(bytes.begin(), bytes.end(), [](char c) {
+        return static_cast<unsigned char>(c) < 0x20 && c != '\n' && c != '\r' && c != '\t' && c != '\x1B';
+    });
+    if (controls > 0 || bytes.isEmpty()) {
+        return false;
+    }
+    QStringDecoder decoder(QStringDecoder::Utf8);
+    const QString text = decoder(bytes);
+    // A text in another charset still has mostly letters below 128; random bytes have as many above as below.
+    const auto high =
+        std::count_if(bytes.begin(), bytes.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
+    return !decoder.hasError() || high * 3 < bytes.size();
+}
+
+bool looksLikeBase64(std::string_view body)
+{
+    std::string joined;
+    std::size_t lineLength = 0;
+    bool ended = false;
+    std::string_view rest = body.substr(0, lookedAt);
+    const bool whole = rest.size() == body.size();
+    while (!rest.empty()) {
+        const bool last = rest.find('\n') == std::string_view::npos;
+        const std::string_view line = takeLine(rest);
+        if (line.empty()) {
+            continue;
+        }
+        if (last && !whole) {
+            break;
+        }
+        const std::string_view data = line.substr(0, line.find('='));
+        const std::string_view padding = line.substr(data.size());
+        const bool alphabet = std::all_of(data.begin(), data.end(), [](char c) {
+            return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '+' || c == '/';
+        });
+        if (!alphabet || padding.size() > 2 || padding.find_first_not_of('=') != std::string_view::npos || ended) {
+            return false;
+        }
+        if (lineLength != 0 && line.size() > lineLength) {
+            return false;
+        }
+        ended = !padding.empty() || (lineLength != 0 && line.size() < lineLength);
+        lineLength = line.size();
+        joined += line;
+    }
+    const std::size_t usable = joined.size() / 4 * 4;
+    const bool fits = !whole || usable == joined.size();
+    return joined.size() >= shortestBase64 && fits && isText(std::string_view(joined).substr(0, usable));
+}
+
+bool looksLikeQuotedPrintable(std::string_view body)
+{
+    std::size_t softBreaks = 0;
+    std::size_t escapes = 0;
+    std::size_t others = 0;
+    std::string_view rest = body.substr(0, lookedAt);
+    while (!rest.empty()) {
+        const std::string_view line = takeLine(rest);
+        if (line.size() > encodedLineLimit && !rest.empty()) {
+            return false;
+        }
+        for (std::size_t index = line.find('='); index != std::string_view::npos; index = line.find('=', index + 1)) {
+            if (index + 1 == line.size()) {
+                ++softBreaks;
+            } else if (index + 2 < line.size() && isHex(line[index + 1]) && isHex(line[index + 2])) {
+                ++escapes;
+            } else {
+                ++others;
+            }
+        }
+    }
+    return softBreaks + escapes > 0 && others * 10 <= softBreaks + escapes;
+}
+
+/// Whether the multipart's last boundary is there, near its beginning or at its end.
+bool ends(std::string_view body, std::string_view boundary)
+{
+    constexpr std::size_t nearBytes = std::size_t(1024) * 1024;
+    const std::string last = "\n--" + std::string(boundary) + "--";
+    const std::string_view tail = body.substr(body.size() - std::min(body.size(), lookedAt));
+    return tail.find(last) != std::string_view::npos || body.substr(0, nearBytes).find(last) != std::string_view::npos;
+}
+
+} // namespace
+
+std::optional<std::string> findBoundary(std::string_view body)
+{
+    std::string_view rest = body.substr(0, lookedAt);
+    int candidates = 0;
+    while (!rest.empty()) {
+        const std::string_view line = takeLine(rest);
+        if (line.size() < 3 || line.size() > boundaryLimit + 2 || line.substr(0, 2) != "--") {
+            continue;
+        }
+        const std::string_view boundary = line.substr(2);
+        std::string_view following = rest;
+        const std::string_view next = takeLine(following);
+        if (isContentHeader(next)) {
+            return std::string(boundary);
+        }
+        // A part may have no header; then its end must be there, and the boundary must not be a mere rule of dashes.
+        const bool named = std::any_of(boundary.begin(), boundary.end(), [](char c) { return c != '-' && c != ' '; });
+        if (next.empty() && named && candidates++ < headerlessCandidates && ends(body, boundary)) {
+            return std::string(boundary);
+        }
+    }
+    return std::nullopt;
+}
+
+std::string guessTransferEncoding(std::string_view body)
+{
+    if (looksLikeBase64(body)) {
+        return "base64";
+    }
+    return looksLikeQuotedPrintable(body) ? "quoted-printable" : "";
+}
+
+} // namespace quillmate

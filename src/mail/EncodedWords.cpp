@@ -1,0 +1,128 @@
+#include "mail/EncodedWords.h"
+
+#include "mail/Charset.h"
+
+#include <QByteArray>
+#include <algorithm>
+#include <optional>
+
+// Written here and not left to the MIME library, whose version in use drops every base64 word that follows a padded
+// one.
+
+namespace quillmate
+{
+namespace
+{
+
+struct EncodedWord {
+    std::string charset;
+    std::string bytes;
+    std::size_t length = 0; // in the value
+};
+
+bool isBlank(char letter)
+{
+    return letter == ' ' || letter == '\t';
+}
+
+int hexadecimalDigit(char letter)
+{
+    if (letter >= '0' && letter <= '9') {
+        return letter - '0';
+    }
+    const char lower = letter >= 'A' && letter <= 'F' ? static_cast<char>(letter - 'A' + 'a') : letter;
+    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
+}
+
+std::string decodedQ(std::string_view text)
+{
+    std::string bytes;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const int high = text[i] == '=' && i + 2 < text.size() ? hexadecimalDigit(text[i + 1]) : -1;
+        const int low = high >= 0 ? hexadecimalDigit(text[i + 2]) : -1;
+        if (low >= 0) {
+            bytes.push_back(static_cast<char>(high * 16 + low));
+            i += 2;
+        } else {
+            bytes.push_back(text[i] == '_' ? ' ' : text[i]);
+        }
+    }
+    return bytes;
+}
+
+std::string decodedB(std::string_view text)
+{
+    return QByteArray::fromBase64(QByteArray::fromRawData(text.data(), static_cast<qsizetype>(text.size())))
+        .toStdString();
+}
+
+/// The encoded word at the start of `text`: =?charset[*language]?encoding?text?=
+std::optional<EncodedWord> wordAt(std::string_view text)
+{
+    // Longer than any word in use (RFC 2047 allows 75), and a bound on what a broken one costs.
+    constexpr std::size_t longestWord = 1024;
+    if (!text.starts_with("=?")) {
+        return std::nullopt;
+    }
+    const std::string_view window = text.substr(0, longestWord);
+    const std::size_t charsetEnd = window.find('?', 2);
+    if (charsetEnd == std::string_view::npos || charsetEnd == 2 || charsetEnd + 2 >= window.size() ||
+        window[charsetEnd + 2] != '?') {
+        return std::nullopt;
+    }
+    const std::size_t contentStart = charsetEnd + 3;
+    const std::size_t end = window.find("?=", contentStart);
+    if (end == std::string_view::npos) {
+        return std::nullopt;
+    }
+    std::string_view charset = window.substr(2, charsetEnd - 2);
+    charset = charset.substr(0, charset.find('*')); // RFC 2231, 5
+    if (std::any_of(charset.begin(), charset.end(), isBlank)) {
+        return std::nullopt;
+    }
+    const std::string_view content = window.substr(contentStart, end - contentStart);
+    const char encoding = window[charsetEnd + 1];
+    if (encoding == 'B' || encoding == 'b') {
+        return EncodedWord{std::string(charset), decodedB(content), end + 2};
+    }
+    if (encoding == 'Q' || encoding == 'q') {
+        return EncodedWord{std::string(charset), decodedQ(content), end + 2};
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+std::string decodeHeaderText(std::string_view value)
+{
+    std::string text;
+    EncodedWord pending; // Words of one charset are collected before they are decoded.
+    const auto flush = [&text, &pending] {
+        text += pending.bytes.empty() ? std::string() : utf8Of(pending.bytes, pending.charset);
+        pending = {};
+    };
+    bool afterWord = false;
+    while (!value.empty()) {
+        const std::size_t blanks =
+            static_cast<std::size_t>(std::find_if_not(value.begin(), value.end(), isBlank) - value.begin());
+        if (auto word = wordAt(value.substr(blanks)); word && (afterWord || blanks == 0)) {
+            value.remove_prefix(blanks + word->length);
+            if (pending.charset != word->charset) {
+                flush();
+            }
+            pending.charset = word->charset;
+            pending.bytes += word->bytes;
+            afterWord = true;
+            continue;
+        }
+        flush();
+        afterWord = false;
+        const std::size_t next = std::min(value.find("=?", blanks == 0 ? 1 : blanks), value.size());
+        text += utf8Of(std::string(value.substr(0, next)), {});
+        value.remove_prefix(next);
+    }
+    flush();
+    return text;
+}
+
+} // namespace quillmate

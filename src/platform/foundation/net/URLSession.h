@@ -1,0 +1,51 @@
+#pragma once
+
+#include "platform/foundation/net/NetworkEnvironment.h"
+#include "platform/foundation/net/URLRequest.h"
+
+#include <memory>
+
+namespace quillmate
+{
+
+class URLSessionThread;
+
+/// One transfer, made but not begun. It may be dropped once resumed: the transfer goes on.
+class URLSessionDataTask
+{
+public:
+    URLSessionDataTask(URLRequest request, DataTaskCompletion completion)
+        : m_request(std::move(request))
+        , m_completion(std::move(completion))
+    {
+    }
+
+    /// Begins the transfer; a second call does nothing. Any thread; returns at once.
+    void resume();
+
+private:
+    URLRequest m_request;
+    DataTaskCompletion m_completion;
+    bool m_resumed = false;
+};
+
+/// HTTP and HTTPS transfers on a thread of their own, which also runs the completions, one at a time per task.
+/// Connections are kept and used again; redirects are followed, never from https to http, and a bearer token never
+/// follows to another host; TLS is always verified. Needs the application object; what is under way when that goes ends
+/// without a completion.
+class URLSession
+{
+public:
+    static URLSession& shared();
+
+    /// To be called before the first transfer; without a call the network is the system's alone.
+    static void configure(NetworkEnvironment environment);
+
+    /// Any thread.
+    [[nodiscard]] std::shared_ptr<URLSessionDataTask> dataTask(URLRequest request, DataTaskCompletion completion);
+
+private:
+    URLSession() = default;
+};
+
+} // namespace quillmate

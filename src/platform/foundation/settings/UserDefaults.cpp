@@ -1,0 +1,252 @@
+#include "platform/foundation/settings/UserDefaults.h"
+
+#include "base/ApplicationFolders.h"
+#include "base/PrivateFiles.h"
+#include "platform/foundation/text/print.h"
+
+#include <array>
+#include <ctime>
+#include <system_error>
+#include <tuple>
+#include <utility>
+
+namespace quillmate
+{
+namespace
+{
+
+constexpr auto lockName = "settings.lock";
+
+std::filesystem::path freeNameBeside(const std::filesystem::path& file)
+{
+    std::array<char, 32> stamp{};
+    const std::time_t now = std::time(nullptr);
+    std::tm utc{};
+    std::strftime(stamp.data(), stamp.size(), "%Y%m%dT%H%M%SZ", ::gmtime_r(&now, &utc));
+    const std::string base = file.string() + ".damaged-" + stamp.data();
+    std::filesystem::path name = base;
+    for (int i = 2; std::filesystem::exists(name); ++i) {
+        name = base + "-" + std::to_string(i);
+    }
+    return name;
+}
+
+/// Two processes that make the same new file at once would get in each other's way.
+auto openLocked(const std::filesystem::path& file)
+{
+    std::ignore = makePrivateFolder(file.parent_path()); // Opening the file tells.
+    const FolderLock lock(file.parent_path(), lockName);
+    return SettingsDatabase::open(file);
+}
+
+bool soundDatabaseAt(const std::filesystem::path& file)
+{
+    const auto opened = SettingsDatabase::open(file);
+    return opened && opened.value()->check();
+}
+
+} // namespace
+
+UserDefaults& UserDefaults::standard()
+{
+    static UserDefaults defaults(applicationDataFolder() / "settings.db");
+    return defaults;
+}
+
+UserDefaults::UserDefaults(std::filesystem::path file)
+    : m_file(std::move(file))
+    , m_checkpointer(m_file, [this](const std::string& text) { reportOnce(text); })
+{
+}
+
+UserDefaults::~UserDefaults() = default;
+
+void UserDefaults::reportOnce(const std::string& text)
+{
+    const std::lock_guard lock(m_reportMutex);
+    if (!std::exchange(m_reported, true)) {
+        print("Settings cannot be stored in " + m_file.string() + " (" + text +
+              "). They are kept until the program ends; make room or allow writing there.");
+    }
+}
+
+bool UserDefaults::openDatabase()
+{
+    if (m_database) {
+        return true;
+    }
+    auto opened = openLocked(m_file);
+    if (!opened && opened.error().kind == SettingsError::Kind::Damaged) {
+        replaceDamaged(opened.error().text);
+        opened = openLocked(m_file);
+    }
+    if (!opened) {
+        reportOnce(opened.error().text);
+        return false;
+    }
+    m_database = std::move(opened).value();
+    return true;
+}
+
+void UserDefaults::replaceDamaged(const std::string& reason)
+{
+    m_database.reset();
+    // Two processes must not both move it.
+    const FolderLock lock(m_file.parent_path(), lockName);
+    if (soundDatabaseAt(m_file)) {
+        return; // Another process was here first.
+    }
+    const auto aside = freeNameBeside(m_file);
+    std::error_code error;
+    std::filesystem::rename(m_file, aside, error);
+    if (error) {
+        reportOnce("it is damaged, and it cannot be moved aside: " + error.message());
+        return;
+    }
+    for (const char* companion : {"-wal", "-shm"}) {
+        std::error_code none; // Often there is no such file.
+        std::filesystem::rename(m_file.string() + companion, aside.string() + companion, none);
+    }
+    print("The settings file was damaged (" + reason + "). It was moved to " + aside.string() +
+          " and a new one was begun.");
+}
+
+bool UserDefaults::withDatabase(const std::function<Result<void, SettingsError>(SettingsDatabase&)>& operation)
+{
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        if (!openDatabase()) {
+            return false;
+        }
+        const auto done = operation(*m_database);
+        if (done) {
+            return true;
+        }
+        if (done.error().kind != SettingsError::Kind::Damaged) {
+            reportOnce(done.error().text);
+            return false;
+        }
+        replaceDamaged(done.error().text);
+    }
+    reportOnce("a new file is damaged as well");
+    return false;
+}
+
+std::optional<SettingsValue> UserDefaults::value(const std::string& key)
+{
+    const std::lock_guard lock(m_mutex);
+    if (const auto unstored = m_unstored.find(key); unstored != m_unstored.end()) {
+        return unstored->second;
+    }
+    std::optional<SettingsValue> found;
+    withDatabase([&](SettingsDatabase& database) -> Result<void, SettingsError> {
+        auto read = database.read(key);
+        if (!read) {
+            return Failure(read.error());
+        }
+        found = std::move(read).value();
+        return {};
+    });
+    return found;
+}
+
+void UserDefaults::store(const std::string& key, std::optional<SettingsValue> value)
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_database && m_database->isReadOnly()) {
+        m_database.reset(); // Perhaps it can be written by now.
+    }
+    const bool stored = withDatabase(
+        [&](SettingsDatabase& database) { return value ? database.write(key, *value) : database.remove(key); });
+    if (!stored) {
+        m_unstored.insert_or_assign(key, std::move(value));
+        return;
+    }
+    m_unstored.erase(key);
+    storeOutstanding();
+    {
+        const std::lock_guard reportLock(m_reportMutex);
+        m_reported = false;
+    }
+    m_checkpointer.written();
+}
+
+void UserDefaults::storeOutstanding()
+{
+    while (!m_unstored.empty() && m_database) {
+        const auto& [key, value] = *m_unstored.begin();
+        if (!(value ? m_database->write(key, *value) : m_database->remove(key))) {
+            return; // Still not possible; the next write tries again.
+        }
+        m_unstored.erase(m_unstored.begin());
+    }
+}
+
+std::optional<std::string> UserDefaults::string(const std::string& key)
+{
+    auto found = value(key);
+    auto* text = found ? std::get_if<std::string>(&*found) : nullptr;
+    return text ? std::optional(std::move(*text)) : std::nullopt;
+}
+
+bool UserDefaults::boolean(const std::string& key)
+{
+    const auto found = value(key);
+    const auto* boolean = found ? std::get_if<bool>(&*found) : nullptr;
+    return boolean && *boolean;
+}
+
+std::optional<std::string> UserDefaults::data(const std::string& key)
+{
+    auto found = value(key);
+    auto* data = found ? std::get_if<SettingsData>(&*found) : nullptr;
+    return data ? std::optional(std::move(data->bytes)) : std::nullopt;
+}
+
+void UserDefaults::setString(const std::string& key, std::string text)
+{
+    store(key, SettingsValue(std::in_place_type<std::string>, std::move(text)));
+}
+
+void UserDefaults::setBoolean(const std::string& key, bool value)
+{
+    store(key, SettingsValue(std::in_place_type<bool>, value));
+}
+
+void UserDefaults::setData(const std::string& key, std::string bytes)
+{
+    store(key, SettingsValue(std::in_place_type<SettingsData>, SettingsData{std::move(bytes)}));
+}
+
+void UserDefaults::removeObject(const std::string& key)
+{
+    store(key, std::nullopt);
+}
+
+std::map<std::string, SettingsValue> UserDefaults::dictionaryRepresentation()
+{
+    const std::lock_guard lock(m_mutex);
+    std::map<std::string, SettingsValue> values;
+    withDatabase([&](SettingsDatabase& database) -> Result<void, SettingsError> {
+        auto read = database.readAll();
+        if (!read) {
+            return Failure(read.error());
+        }
+        values = std::move(read).value();
+        return {};
+    });
+    for (const auto& [key, unstored] : m_unstored) {
+        if (unstored) {
+            values.insert_or_assign(key, *unstored);
+        } else {
+            values.erase(key);
+        }
+    }
+    return values;
+}
+
+void UserDefaults::synchronize()
+{
+    m_checkpointer.hurry();
+}
+
+} // namespace quillmate

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "platform/foundation/settings/SettingsCheckpointer.h"
+#include "platform/foundation/settings/SettingsDatabase.h"
+
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+
+namespace quillmate
+{
+
+/// The user's settings: texts, Booleans and data under keys that may be any text. Any thread; a read sees the last
+/// write of any thread at once, and of another process as soon as that write returned. A write that returned survives
+/// the end of the process at any instant; a loss of power costs at most the last second.
+///
+/// A damaged file is moved aside and a new one begun. What cannot be stored (rights, a full disk) stays readable in
+/// this process. Both cost one diagnostic line.
+class UserDefaults
+{
+public:
+    /// The store of the extension, in the application's data folder.
+    static UserDefaults& standard();
+
+    explicit UserDefaults(std::filesystem::path file);
+    ~UserDefaults();
+    UserDefaults(const UserDefaults&) = delete;
+    UserDefaults& operator=(const UserDefaults&) = delete;
+
+    /// Absent when nothing is stored or the value is no text.
+    [[nodiscard]] std::optional<std::string> string(const std::string& key);
+    /// False when nothing is stored or the value is no Boolean.
+    [[nodiscard]] bool boolean(const std::string& key);
+    /// Absent when nothing is stored or the value is no data.
+    [[nodiscard]] std::optional<std::string> data(const std::string& key);
+
+    void setString(const std::string& key, std::string text);
+    void setBoolean(const std::string& key, bool value);
+    void setData(const std::string& key, std::string bytes);
+    void removeObject(const std::string& key);
+
+    [[nodiscard]] std::map<std::string, SettingsValue> dictionaryRepresentation();
+    /// Asks for everything written so far to be brought to the disk now, without waiting for it.
+    void synchronize();
+
+private:
+    [[nodiscard]] std::optional<SettingsValue> value(const std::string& key);
+    void store(const std::string& key, std::optional<SettingsValue> value);
+    /// Runs the operation on the database, once more on a fresh one after damage. False when it did not work.
+    bool withDatabase(const std::function<Result<void, SettingsError>(SettingsDatabase&)>& operation);
+    bool openDatabase();
+    void replaceDamaged(const std::string& reason);
+    /// Tries again what could not be stored before.
+    void storeOutstanding();
+    void reportOnce(const std::string& text);
+
+    std::filesystem::path m_file;
+    std::mutex m_mutex;
+    std::unique_ptr<SettingsDatabase> m_database;
+    /// What could not be stored: the value, or its absence after a removal.
+    std::map<std::string, std::optional<SettingsValue>> m_unstored;
+    std::mutex m_reportMutex;
+    bool m_reported = false;
+    SettingsCheckpointer m_checkpointer;
+};
+
+} // namespace quillmate

@@ -1,0 +1,278 @@
+#include "server/ServiceApi.h"
+
+#include "base/JSON.h"
+
+#include <nlohmann/json.hpp>
+
+#include <QtGlobal>
+
+#include <algorithm>
+
+namespace quillmate::server
+{
+
+namespace
+{
+
+using Json = nlohmann::ordered_json;
+
+constexpr std::string_view sessionPath = "/plugin-auth/session-request/";
+constexpr std::string_view assistantId = "builtin";
+/// What the panel sends for the text of a message when there is none.
+constexpr std::string_view noMessage = "Compose session";
+
+bool startsWith(std::string_view text, std::string_view start)
+{
+    return text.substr(0, start.size()) == start;
+}
+
+bool isVersionPath(std::string_view path)
+{
+    return path == "/api/v1/apple-version" || path == "/apple-version";
+}
+
+HttpResponse json(const Json& object, int status = 200)
+{
+    return jsonResponse(status, object.dump(-1, ' ', false, Json::error_handler_t::replace));
+}
+
+/// The token of "Authorization: Bearer …" (RFC 6750, 2.1); empty where there is none.
+std::string_view bearerToken(const HttpRequest& request)
+{
+    constexpr std::string_view scheme = "bearer ";
+    const std::string* value = request.header("authorization");
+    if (value == nullptr || value->size() <= scheme.size()) {
+        return {};
+    }
+    const bool bearer = std::equal(scheme.begin(), scheme.end(), value->begin(),
+                                   [](char wanted, char given) { return wanted == (given | 0x20); });
+    return bearer ? std::string_view(*value).substr(scheme.size()) : std::string_view();
+}
+
+/// What an engine wrote, or its failure.
+HttpResponse textReply(const EngineText& written)
+{
+    if (!written) {
+        const EngineFailure& failure = written.error();
+        HttpResponse response = errorResponse(failure.status, failure.sentence);
+        if (failure.retryAfterSeconds > 0) {
+            response.headers.emplace_back("Retry-After", std::to_string(failure.retryAfterSeconds));
+        }
+        return response;
+    }
+    return json({{"response", written.value()}});
+}
+
+HttpResponse storeFailed(const HttpRequest& request, const StoreFailure& failure)
+{
+    qCritical("quillmate-service: %s failed: %s", request.path.c_str(), failure.text.c_str());
+    return errorResponse(500, "The service could not answer: its log says why.");
+}
+
+HttpResponse unauthorized()
+{
+    HttpResponse response = errorResponse(401, "The access token is missing or not valid: sign in again.");
+    response.headers.emplace_back("WWW-Authenticate", "Bearer");
+    return response;
+}
+
+} // namespace
+
+ServiceApi::ServiceApi(ServiceStore& store, const Engine& engine, UpdateOffer update, SignInSessions::Clock clock)
+    : m_store(store)
+    , m_engine(engine)
+    , m_update(std::move(update))
+    , m_sessions(std::move(clock))
+    , m_pages(m_sessions, store)
+{
+    addRoutes();
+}
+
+void ServiceApi::addRoutes()
+{
+    m_routes["/api/v1/me"] = {false,
+                              [](const User& user, const Fields&) {
+                                  return json({{"email", user.email}, {"name", user.name}});
+                              },
+                              {}};
+    m_routes["/api/v1/summarize"] = {
+        true,
+        [this](const User&, const Fields& fields) { return textReply(m_engine.summarize(fields.at("content"))); },
+        {"content", "email", "plugin_source", "plugin_version"}};
+    m_routes["/api/v1/response"] = {true,
+                                    [this](const User& user, const Fields& fields) {
+                                        return textReply(m_engine.reply(fields.at("content"), user.name));
+                                    },
+                                    {"messageId", "content", "email", "plugin_source", "plugin_version"}};
+    m_routes["/api/v1/create-training-data"] = {
+        true,
+        [this](const User& user, const Fields& fields) -> Answer {
+            if (auto added = m_store.addTrainingData(user.id, fields.at("question"), fields.at("answer")); !added) {
+                return Failure(added.error());
+            }
+            return json({{"success", "Thank you: the reply was stored as training data."}});
+        },
+        {"email", "question", "answer", "plugin_source", "plugin_version"}};
+    m_routes["/api/v1/chat/start"] = {
+        true,
+        [this](const User& user, const Fields& fields) { return startChat(user, fields); },
+        {"email", "plugin_source", "plugin_version", "email_content"}};
+    m_routes["/api/v1/chat/send"] = {
+        true,
+        [this](const User& user, const Fields& fields) { return sendChat(user, fields); },
+        {"assistantId", "threadId", "email", "content", "plugin_source", "plugin_version"}};
+}
+
+RequestHandler::Admission ServiceApi::admit(const HttpRequest& head) const
+{
+    const bool login = startsWith(head.path, LoginPages::path);
+    const auto route = m_routes.find(head.path);
+    const bool routed = route != m_routes.end();
+    const bool known = login || routed || startsWith(head.path, sessionPath) || isVersionPath(head.path);
+    if (!known || (head.listener == Listener::LoginPages && !login)) {
+        return {errorResponse(404, "There is nothing at this address.")};
+    }
+    const bool takesPost = login || (routed && route->second.post);
+    const bool takesGet = login || !takesPost;
+    const std::size_t limit = login ? LoginPages::bodyLimit : takesPost ? bodyLimit : 0;
+    if (!(takesGet && head.method == "GET") && !(takesPost && head.method == "POST")) {
+        const char* allowed = !takesPost ? "GET, HEAD" : takesGet ? "GET, HEAD, POST" : "POST";
+        return {refusal(head, methodNotAllowed(allowed))};
+    }
+    const bool slow = routed && takesPost;
+    // Before the body is read, so that nobody without a token fills the memory or has work done.
+    if (slow) {
+        const auto user = m_store.userByToken(bearerToken(head));
+        if (!user) {
+            return {storeFailed(head, user.error())};
+        }
+        if (!user.value()) {
+            return {unauthorized()};
+        }
+    }
+    return {std::nullopt, limit, slow};
+}
+
+HttpResponse ServiceApi::refusal(const HttpRequest& head, const HttpResponse& failure) const
+{
+    return startsWith(head.path, LoginPages::path) ? LoginPages::refusal(failure) : failure;
+}
+
+HttpResponse ServiceApi::handle(const HttpRequest& request)
+{
+    auto response = answer(request);
+    return response ? std::move(response).value() : storeFailed(request, response.error());
+}
+
+ServiceApi::Answer ServiceApi::answer(const HttpRequest& request)
+{
+    if (startsWith(request.path, LoginPages::path)) {
+        return m_pages.handle(request);
+    }
+    if (request.path == sessionPath) {
+        return beginSession(request);
+    }
+    if (startsWith(request.path, sessionPath)) {
+        return session(request, request.path.substr(sessionPath.size()));
+    }
+    if (isVersionPath(request.path)) {
+        return jsonResponse(200, updateReply(m_update, request.queryValue("currentVersion")));
+    }
+    return authorized(request, m_routes.find(request.path)->second);
+}
+
+ServiceApi::Answer ServiceApi::authorized(const HttpRequest& request, const Route& route)
+{
+    const auto found = m_store.userByToken(bearerToken(request));
+    if (!found) {
+        return Failure(found.error());
+    }
+    const std::optional<User>& user = found.value();
+    if (!user) {
+        return unauthorized();
+    }
+    if (!route.post) {
+        return route.answer(*user, {});
+    }
+    const auto body = JSONSerialization::jsonObject(request.body, JSONSerialization::Fragments::Refused);
+    if (!body || body.value().object() == nullptr) {
+        return errorResponse(400, "The body is not a JSON object: send one in UTF-8.");
+    }
+    Fields fields;
+    for (const std::string& key : route.keys) {
+        const std::string* text = body.value().stringMember(key);
+        if (text == nullptr) {
+            return errorResponse(400, "The body has no text under \"" + key + "\": send it as a JSON string.");
+        }
+        fields.emplace(key, *text);
+    }
+    return route.answer(*user, fields);
+}
+
+HttpResponse ServiceApi::beginSession(const HttpRequest& request)
+{
+    const auto id = m_sessions.begin();
+    if (!id) {
+        return errorResponse(503, "Too many sign-ins are under way: try again in a few minutes.");
+    }
+    return json(
+        {{"id", *id}, {"access_token", nullptr}, {"refresh_token", nullptr}, {"login_url", loginUrl(request, *id)}});
+}
+
+HttpResponse ServiceApi::session(const HttpRequest& request, const std::string& id)
+{
+    const auto state = m_sessions.fetch(id);
+    if (!state) {
+        return errorResponse(404, "This sign-in is over or was never begun: begin a new one.");
+    }
+    Json token = nullptr;
+    if (state->accessToken) {
+        token = *state->accessToken;
+    }
+    return json(
+        {{"id", id}, {"access_token", token}, {"refresh_token", nullptr}, {"login_url", loginUrl(request, id)}});
+}
+
+std::string ServiceApi::loginUrl(const HttpRequest& request, const std::string& id) const
+{
+    const std::string* host = request.header("host");
+    const std::string origin = m_loginOrigin.empty() && host != nullptr ? "https://" + *host : m_loginOrigin;
+    return origin + std::string(LoginPages::path) + id;
+}
+
+ServiceApi::Answer ServiceApi::startChat(const User& user, const Fields& fields)
+{
+    // What is kept is the readable text, not the source with its attachments.
+    const std::string& mail = fields.at("email_content");
+    const std::string text = mail == noMessage ? std::string() : m_engine.readableText(mail);
+    const auto thread = m_store.startThread(user.id, text);
+    if (!thread) {
+        return Failure(thread.error());
+    }
+    return json({{"response", {{"assistantId", assistantId}, {"threadId", thread.value()}}}});
+}
+
+ServiceApi::Answer ServiceApi::sendChat(const User& user, const Fields& fields)
+{
+    const std::string& id = fields.at("threadId");
+    const auto found = m_store.thread(user.id, id);
+    if (!found) {
+        return Failure(found.error());
+    }
+    const std::optional<ChatThread>& thread = found.value();
+    if (!thread || fields.at("assistantId") != assistantId) {
+        return errorResponse(404, "There is no such chat: start a new one.");
+    }
+    const std::string& question = fields.at("content");
+    const EngineText answer = m_engine.answer(thread->text, thread->messages, question);
+    if (answer) {
+        const auto added = m_store.addMessages(
+            id, {{ThreadMessage::Role::User, question}, {ThreadMessage::Role::Assistant, answer.value()}});
+        if (!added) {
+            return Failure(added.error());
+        }
+    }
+    return textReply(answer);
+}
+
+} // namespace quillmate::server

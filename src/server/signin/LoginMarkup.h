@@ -1,0 +1,18 @@
+#pragma once
+
+#include "server/signin/LoginForm.h"
+
+#include <string>
+#include <string_view>
+
+namespace quillmate::server
+{
+
+/// A page of the sign-in: one HTML document without script, whose style is in the page itself.
+std::string loginFormPage(const LoginForm& form, std::string_view action, std::string_view formToken);
+/// A page that says one thing.
+std::string noticePage(std::string_view title, std::string_view sentence);
+/// The Content-Security-Policy (W3C CSP3) that allows these pages' own style and form and nothing else.
+const std::string& pageSecurityPolicy();
+
+} // namespace quillmate::server

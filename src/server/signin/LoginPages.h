@@ -1,0 +1,51 @@
+#pragma once
+
+#include "base/Result.h"
+#include "server/http/HttpMessage.h"
+
+#include <string>
+#include <string_view>
+
+namespace quillmate::server
+{
+
+class ServiceStore;
+class SignInSessions;
+struct StoreFailure;
+
+/// The page on which a person signs in with an ordinary browser. A form is taken only from the page itself: it must
+/// carry the session's one-time token, and what the browser says of its origin (Origin, Sec-Fetch-Site, Host) must fit.
+/// Any thread.
+class LoginPages
+{
+public:
+    static constexpr std::string_view path = "/plugin-auth/login/";
+    static constexpr std::size_t bodyLimit = std::size_t(16) * 1024;
+
+    LoginPages(SignInSessions& sessions, ServiceStore& store)
+        : m_sessions(sessions)
+        , m_store(store)
+    {
+    }
+
+    /// The port of the plain listener: there, requests must name exactly 127.0.0.1 and this port as their host, so that
+    /// a foreign name that was made to point here (DNS rebinding) gets nothing. Set before the first request.
+    void setLoginPort(unsigned port) { m_loginHost = "127.0.0.1:" + std::to_string(port); }
+
+    /// A refusal with its status as a page instead of JSON.
+    [[nodiscard]] static HttpResponse refusal(const HttpResponse& failure);
+    /// Answers a request whose path begins with `path`.
+    [[nodiscard]] Result<HttpResponse, StoreFailure> handle(const HttpRequest& request) const;
+
+private:
+    [[nodiscard]] bool isForOwnHost(const HttpRequest& request) const;
+    [[nodiscard]] HttpResponse show(const std::string& session, const std::string& action) const;
+    [[nodiscard]] Result<HttpResponse, StoreFailure> submit(const HttpRequest& request,
+                                                            const std::string& session) const;
+
+    SignInSessions& m_sessions;
+    ServiceStore& m_store;
+    std::string m_loginHost;
+};
+
+} // namespace quillmate::server

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "platform/foundation/net/URLSession.h"
+#include "platform/foundation/text/print.h"
+#include "service/ReplyReader.h"
+
+#include <functional>
+#include <type_traits>
+#include <utility>
+
+namespace quillmate
+{
+
+/// Sends a request; when its reply is there, prints what the reader has to say of it and hands on what it made of it,
+/// once, on the network's thread. Returns at once. Any thread.
+template<typename Record>
+void sendRequest(const URLRequest& request, Reading<Record> (*read)(const ServiceReply& reply),
+                 std::type_identity_t<std::function<void(Result<Record, ReplyFailure>)>> receive)
+{
+    URLSession::shared()
+        .dataTask(request,
+                  [read, receive = std::move(receive)](auto data, auto response, auto error) {
+                      Reading<Record> reading = read({std::move(data), std::move(response), std::move(error)});
+                      for (const std::string& line : reading.lines) {
+                          print(line);
+                      }
+                      receive(std::move(reading.result));
+                  })
+        ->resume();
+}
+
+} // namespace quillmate

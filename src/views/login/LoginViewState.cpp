@@ -1,0 +1,38 @@
+#include "views/login/LoginViewState.h"
+
+#include "platform/foundation/schedule/MainOwned.h"
+#include "platform/foundation/text/print.h"
+#include "views/HostedViewOf.h"
+#include "views/session/PanelHeight.h"
+
+#include <utility>
+
+namespace quillmate
+{
+
+LoginViewState::LoginViewState(std::function<void()> onLoginButtonTap)
+    : m_onLoginButtonTap(std::move(onLoginButtonTap))
+    , m_customHeight(panelHeight())
+{
+}
+
+HostedView LoginViewState::makeView(std::function<void()> onLoginButtonTap)
+{
+    return hostedViewOf(QStringLiteral("LoginView"), makeMainOwned<LoginViewState>(std::move(onLoginButtonTap)));
+}
+
+void LoginViewState::appeared()
+{
+    // Once only: a screen that is shown again has no monitor until it is made anew.
+    if (!std::exchange(m_hasAddedEventMonitor, true)) {
+        m_developerMenu.installKeyMonitor();
+    }
+    print("i enter in the login content view page");
+}
+
+void LoginViewState::disappeared()
+{
+    m_developerMenu.removeKeyMonitor();
+}
+
+} // namespace quillmate
