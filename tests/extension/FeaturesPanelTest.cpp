@@ -9,8 +9,7 @@
 #include "state/ReplyEmailManager.h"
 #include "state/SummarizeManager.h"
 #include "support/TestProgram.h"
-
-#include <QGuiApplication>
+#include "views/ViewTestApplication.h"
 
 #include <algorithm>
 #include <atomic>
@@ -70,7 +69,7 @@ void FeaturesPanelTest::init()
     m_fixture.server().reply(generate, R"({"response":"Dear Ana"})");
     m_fixture.server().reply(chatStart, started);
     m_fixture.server().reply(chatSend, R"({"response":"On Thursday."})");
-    useMessage("m1", "The content");
+    PanelFixture::replyTo("m1", "The content");
 }
 
 void FeaturesPanelTest::showSignedIn()
@@ -130,12 +129,12 @@ void FeaturesPanelTest::firstReplyAndAnotherPanel()
     QTRY_COMPARE(m_fixture.server().lines().back(), chatSend);
     QTRY_COMPARE(m_fixture.item("chatMessages")->property("count").toInt(), 2);
     // The panel of another message has nothing of this; the one for this message has it all, without asking.
-    useMessage("m2", "Another content");
+    PanelFixture::replyTo("m2", "Another content");
     showSignedIn();
     QVERIFY(m_fixture.item("generateButton"));
     m_fixture.item("panelTabs")->setProperty("currentIndex", 1);
     QCOMPARE(m_fixture.item("chatMessages")->property("count").toInt(), 0);
-    useMessage("m1", "The content");
+    PanelFixture::replyTo("m1", "The content");
     showSignedIn();
     QCOMPARE(text("replyText"), QStringLiteral("Dear Ana"));
     m_fixture.item("panelTabs")->setProperty("currentIndex", 1);
@@ -187,7 +186,7 @@ void FeaturesPanelTest::updateFound()
 {
     const ManualTime time;
     answerSummaries({200, R"({"response":"Short."})"});
-    m_fixture.server().reply("GET /api/v1" + versionCheck(),
+    m_fixture.server().reply("GET /api/v1" + PanelFixture::versionCheck(),
                              R"({"current_version":"2.0.0","download_url":"https://other.example/d"})");
     AuthManager::shared().accessToken.set("token");
     m_fixture.show();
@@ -209,7 +208,7 @@ void FeaturesPanelTest::fallbackEditor()
     QTRY_VERIFY(m_fixture.item("summarySpinner"));
     QTRY_COMPARE(ManualTime::pendingDelays().size(), std::size_t(2));
     // The panel goes on speaking of its own message.
-    useMessage("m2", "Another content");
+    PanelFixture::replyTo("m2", "Another content");
     storeFallbackContent("m2", "kept for m2");
     for (int attempt = 1; attempt <= 3; ++attempt) {
         QTRY_COMPARE(ManualTime::pendingDelays().size(), std::size_t(2));
@@ -227,7 +226,7 @@ void FeaturesPanelTest::fallbackEditor()
     QTRY_COMPARE(text("summaryText"), QStringLiteral("Short."));
     QVERIFY(m_fixture.server().requests().back().body.find("\"content\":\"Pasted for m1\"") != std::string::npos);
     // The next panel has the editor again, with the text that was typed.
-    useMessage("m1", "");
+    PanelFixture::replyTo("m1", "");
     ReplyEmailManager::shared().update([](ReplyEmail& record) { record.content.reset(); });
     m_fixture.show();
     QTRY_VERIFY(m_fixture.item("fallbackInput"));
@@ -262,7 +261,7 @@ void FeaturesPanelTest::lookingChangesNothing()
     // The control shows these three otherwise than it got them.
     const ManualTime time;
     const std::string content = "a\r\nb\u00a0c\u2028d";
-    useMessage("m1", content.c_str());
+    PanelFixture::replyTo("m1", content.c_str());
     storeFallbackContent("m1", content);
     SummarizeManager::shared().requestFailed = true;
     SummarizeManager::shared().fallbackSummarizeContent.set("of another message");
@@ -274,5 +273,5 @@ void FeaturesPanelTest::lookingChangesNothing()
     QCOMPARE(SummarizeManager::shared().fallbackSummarizeContent.get(), content);
 }
 
-QUILLMATE_TEST(FeaturesPanelTest, QGuiApplication)
+QUILLMATE_TEST(FeaturesPanelTest, quillmate::ViewTestApplication)
 #include "FeaturesPanelTest.moc"

@@ -1,12 +1,7 @@
 #pragma once
 
 #include "extension/ComposeSessionViewController.h"
-#include "support/LogCapture.h"
-#include "support/TestEnvironment.h"
-#include "support/TestServer.h"
-
-#include <QQuickItem>
-#include <QQuickWindow>
+#include "views/ViewFixture.h"
 
 #include <memory>
 #include <string>
@@ -15,42 +10,28 @@
 namespace quillmate
 {
 
-/// A window with a panel in it, a server behind it and the clock in hand.
-class PanelFixture
+/// A window with a panel in it, a service behind it, and the pages that the panel opens.
+class PanelFixture : public ViewFixture
 {
 public:
     PanelFixture();
-    ~PanelFixture();
+    ~PanelFixture() override;
 
-    /// Signed out, no message, nothing stored, no replies, and no version on offer.
+    /// As a view's, and the service knows who asks.
     void reset();
     /// Makes a panel and shows it in the window, in place of the one before.
     std::shared_ptr<ComposeSessionViewController> show();
     /// Takes the panel out of the window and lets go of it.
     void close();
-    /// The newest item of that name in the window that is visible, null when there is none.
-    [[nodiscard]] QQuickItem* item(const char* objectName) const;
+    using ViewFixture::click;
     void click(const char* objectName);
 
-    TestServer& server() { return m_server; }
-    QQuickWindow& window() { return m_window; }
-    LogCapture& log() { return m_log; }
     /// Pages handed to the browser since the reset.
     std::vector<std::string>& opened() { return m_opened; }
 
 private:
-    TestEnvironment m_environment;
-    TestServer m_server;
-    LogCapture m_log;
     std::vector<std::string> m_opened;
-    QQuickWindow m_window;
     std::shared_ptr<ComposeSessionViewController> m_controller;
 };
-
-/// Path and query of the question for a newer version, below the API's or the origin.
-[[nodiscard]] std::string versionCheck();
-
-/// Puts a message into the shared record, as a compose session would.
-void useMessage(const char* messageId, const char* content);
 
 } // namespace quillmate

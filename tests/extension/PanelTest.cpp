@@ -5,8 +5,7 @@
 #include "state/APIManager.h"
 #include "state/AuthManager.h"
 #include "support/TestProgram.h"
-
-#include <QGuiApplication>
+#include "views/ViewTestApplication.h"
 
 #include <algorithm>
 
@@ -51,7 +50,7 @@ void PanelTest::initTestCase()
 void PanelTest::init()
 {
     m_fixture.reset();
-    useMessage("m1", "The content");
+    PanelFixture::replyTo("m1", "The content");
 }
 
 void PanelTest::showSignedIn()
@@ -88,18 +87,18 @@ void PanelTest::signedIn()
     // The controller's own question, the version, the summary's refresh of the details, the summary.
     auto lines = m_fixture.server().lines();
     std::sort(lines.begin(), lines.end());
-    QCOMPARE(lines, (std::vector<std::string>{"GET /api/v1" + versionCheck(), me, me, summarize}));
+    QCOMPARE(lines, (std::vector<std::string>{"GET /api/v1" + PanelFixture::versionCheck(), me, me, summarize}));
     const QString url = QString::fromStdString(currentApiURL());
     QCOMPARE(m_fixture.log().lines().mid(0, 5),
              (QStringList{"URL: " + url + "/me", "ACCESS TOKEN: token",
-                          "Sending request to URL: " + url + QString::fromStdString(versionCheck()),
+                          "Sending request to URL: " + url + QString::fromStdString(PanelFixture::versionCheck()),
                           "URL: " + url + "/me", "ACCESS TOKEN: token"}));
 }
 
 void PanelTest::updateChecks()
 {
     const ManualTime time;
-    const std::string check = "GET " + versionCheck();
+    const std::string check = "GET " + PanelFixture::versionCheck();
     m_fixture.server().reply(check, "{}");
     m_fixture.show();
     ManualTime::advance(43199.0);
@@ -154,5 +153,5 @@ void PanelTest::closedPanelIsFreed()
     }
 }
 
-QUILLMATE_TEST(PanelTest, QGuiApplication)
+QUILLMATE_TEST(PanelTest, quillmate::ViewTestApplication)
 #include "PanelTest.moc"

@@ -4,8 +4,7 @@
 #include "state/APIManager.h"
 #include "state/AuthManager.h"
 #include "support/TestProgram.h"
-
-#include <QGuiApplication>
+#include "views/ViewTestApplication.h"
 
 #include <cmath>
 
@@ -99,7 +98,7 @@ void SignInTest::wholeFlow()
     const auto requests = m_fixture.server().requests();
     QVERIFY(!requests.front().headers.contains("authorization"));
     // The panel's first act asks for the version; no details are asked for here.
-    QTRY_COMPARE(m_fixture.server().lines().back(), "GET /api/v1" + versionCheck());
+    QTRY_COMPARE(m_fixture.server().lines().back(), "GET /api/v1" + PanelFixture::versionCheck());
 }
 
 void SignInTest::pollThatGoesOn()
@@ -223,5 +222,5 @@ void SignInTest::anotherEnvironment()
     QVERIFY(!m_fixture.log().lines().contains(fallback));
 }
 
-QUILLMATE_TEST(SignInTest, QGuiApplication)
+QUILLMATE_TEST(SignInTest, quillmate::ViewTestApplication)
 #include "SignInTest.moc"

@@ -1,12 +1,7 @@
 #pragma once
 
 #include "platform/foundation/schedule/MainSchedule.h"
-#include "support/LogCapture.h"
-#include "support/TestEnvironment.h"
-#include "support/TestServer.h"
-
-#include <optional>
-#include <string>
+#include "support/StateFixture.h"
 
 #include <QStringList>
 
@@ -14,30 +9,18 @@ namespace quillmate
 {
 
 /// A signed-in user who replies to a message, and a service behind the features. Time stands still.
-class FeatureFixture
+class FeatureFixture : public StateFixture
 {
 public:
-    using Text = std::optional<std::string>;
-
-    FeatureFixture();
-
     /// Signed in as e@a.example, replying to m1 with "The content", nothing stored, nothing said or asked so far.
     void reset();
-    /// Another compose session begins.
-    static void replyTo(const Text& messageId, const Text& content);
 
     /// The requests received as "/chat/send Bearer token {…}", path below the API's.
     [[nodiscard]] QStringList sent() const;
     /// The whole settings store as "key=value".
     [[nodiscard]] static QStringList stored();
 
-    TestServer& server() { return m_server; }
-    LogCapture& log() { return m_log; }
-
 private:
-    TestEnvironment m_environment;
-    TestServer m_server;
-    LogCapture m_log;
     ManualTime m_time;
 };
 

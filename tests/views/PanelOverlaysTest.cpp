@@ -54,10 +54,9 @@ private Q_SLOTS:
         m_fixture.reset();
         // What a panel asks for as it appears stays unanswered: an answer would take the notice away.
         m_fixture.server().reset();
-        m_fixture.server().reply(ViewFixture::versionRequest(), TestReply{200, {}, {}, TestReply::Manner::Silence});
-        announceUpdate(false);
-        IncommingUpdatesManager::shared().updateUrl.set(std::nullopt);
-        ViewFixture::useMessage();
+        m_fixture.server().reply("GET /api/v1" + ViewFixture::versionCheck(),
+                                 TestReply{200, {}, {}, TestReply::Manner::Silence});
+        ViewFixture::replyTo("m1", "The content");
     }
 
     void replySection()

@@ -59,7 +59,7 @@ private Q_SLOTS:
             QCOMPARE(m_fixture.shown()->implicitHeight(), message ? 550.0 : 400.0);
         }
         // Here, and not in the middle of the next case.
-        QTRY_COMPARE(m_fixture.server().lines(), std::vector<std::string>{ViewFixture::versionRequest()});
+        QTRY_COMPARE(m_fixture.server().lines(), std::vector<std::string>{"GET /api/v1" + ViewFixture::versionCheck()});
     }
 
     void withoutMessage()
@@ -68,12 +68,12 @@ private Q_SLOTS:
         AuthManager::shared().accessToken.set("token");
         show();
         QVERIFY(!m_fixture.item("summarySection"));
-        QTRY_COMPARE(m_fixture.server().lines(), std::vector<std::string>{ViewFixture::versionRequest()});
+        QTRY_COMPARE(m_fixture.server().lines(), std::vector<std::string>{"GET /api/v1" + ViewFixture::versionCheck()});
     }
 
     void summaryToTheLetter()
     {
-        ViewFixture::useMessage();
+        ViewFixture::replyTo("m1", "The content");
         const auto summary = QStringLiteral("<b>x</b> &amp; <img src='https://other.example/x.png'>\nsecond *line*");
         UserDefaults::standard().setString("summarizeResponse m1", summary.toStdString());
         show();
@@ -89,7 +89,7 @@ private Q_SLOTS:
 
     void longSummaryScrolls()
     {
-        ViewFixture::useMessage();
+        ViewFixture::replyTo("m1", "The content");
         UserDefaults::standard().setString("summarizeResponse m1", std::string(20'000, 'w') + " end");
         show();
         m_fixture.shown()->setSize({400, 550});
@@ -102,7 +102,7 @@ private Q_SLOTS:
 
     void fallbackEditor()
     {
-        ViewFixture::useMessage();
+        ViewFixture::replyTo("m1", "The content");
         SummarizeManager::shared().requestFailed = true;
         UserDefaults::standard().setString("Optional(\"m1\") fallbackContent", "<i>sent</i>");
         show();

@@ -1,11 +1,6 @@
 #include "views/ViewFixture.h"
 
 #include "platform/appkit/ViewEngine.h"
-#include "platform/foundation/schedule/MainSchedule.h"
-#include "state/AppVersion.h"
-#include "state/AuthManager.h"
-#include "state/ReplyEmailManager.h"
-#include "state/SummarizeManager.h"
 #include "views/ViewsModule.h"
 
 #include <QKeyEvent>
@@ -26,15 +21,14 @@ QQuickItem* find(QQuickItem* item, const QString& objectName, bool visibleOnly)
     if (visibleOnly && !item->isVisible()) {
         return nullptr;
     }
-    if (item->objectName() == objectName) {
-        return item;
-    }
-    for (QQuickItem* child : item->childItems()) {
-        if (auto* found = find(child, objectName, visibleOnly)) {
+    // The newest first: a view that is going may be there still.
+    const auto children = item->childItems();
+    for (auto child = children.rbegin(); child != children.rend(); ++child) {
+        if (auto* found = find(*child, objectName, visibleOnly)) {
             return found;
         }
     }
-    return nullptr;
+    return item->objectName() == objectName ? item : nullptr;
 }
 
 QAccessibleInterface* find(QAccessibleInterface* within, QAccessible::Role role, const QString& name)
@@ -55,7 +49,6 @@ QAccessibleInterface* find(QAccessibleInterface* within, QAccessible::Role role,
 
 ViewFixture::ViewFixture()
 {
-    TestEnvironment::connectTo(m_server);
     registerViews();
     m_window.resize(460, 640);
     m_window.installEventFilter(this);
@@ -71,33 +64,15 @@ ViewFixture::~ViewFixture()
     close();
 }
 
-std::string ViewFixture::versionRequest()
-{
-    return "GET /api/v1/apple-version?currentVersion=" + appVersion().value_or("");
-}
-
 void ViewFixture::reset()
 {
     QTest::failOnWarning(QRegularExpression(QStringLiteral(".*")));
     close();
-    MainSchedule::shared().clear();
-    m_server.reset();
-    m_server.reply(versionRequest(), "{}");
-    AuthManager::shared().accessToken.set(std::nullopt);
-    ReplyEmailManager::shared().update([](ReplyEmail& record) { record = {}; });
-    SummarizeManager::shared().requestFailed = false;
-    SummarizeManager::shared().fallbackSummarizeContent.set("");
-    clearSettingsStore();
+    StateFixture::reset();
+    server().reply("GET /api/v1" + versionCheck(), "{}");
     m_window.resize(460, 640);
-    m_log.take();
+    log().take();
     m_keys = 0;
-}
-
-void ViewFixture::useMessage()
-{
-    ReplyEmailManager::shared().update([](ReplyEmail& record) {
-        record = {"ana@a.example", "Plans", std::nullopt, "The content", "m1"};
-    });
 }
 
 void ViewFixture::show(HostedView view)
@@ -105,6 +80,13 @@ void ViewFixture::show(HostedView view)
     close();
     m_controller = std::make_unique<NSHostingController>(std::move(view));
     m_shown = m_controller->view()->item();
+    putBack();
+}
+
+void ViewFixture::show(QQuickItem* item)
+{
+    close();
+    m_shown = item;
     putBack();
 }
 

@@ -1,9 +1,7 @@
 #pragma once
 
 #include "platform/appkit/NSHostingController.h"
-#include "support/LogCapture.h"
-#include "support/TestEnvironment.h"
-#include "support/TestServer.h"
+#include "support/StateFixture.h"
 
 #include <QAccessible>
 #include <QQuickItem>
@@ -15,20 +13,18 @@ namespace quillmate
 {
 
 /// A window that views are shown in, with a service behind it that offers no update.
-class ViewFixture : public QObject
+class ViewFixture : public QObject, public StateFixture
 {
 public:
     ViewFixture();
     ~ViewFixture() override;
 
-    /// What a panel asks for as it appears.
-    [[nodiscard]] static std::string versionRequest();
-    /// Signed out, no message, nothing stored; from here on a warning fails the test.
+    /// Everything as at the start, and no version on offer; from here on a warning fails the test.
     void reset();
-    /// A message that is being replied to, "m1".
-    static void useMessage();
     /// Shows a view in the window, in place of the one before.
     void show(HostedView view);
+    /// Shows an item that the caller keeps until `close`, likewise.
+    void show(QQuickItem* item);
     /// Makes an item of this text, which follows the module's import, and shows it likewise.
     void showText(const QByteArray& qml);
     /// Takes what is shown out of the window without letting go of it, and back.
@@ -60,8 +56,6 @@ public:
 
     QQuickItem* shown() const { return m_shown; }
     QQuickWindow& window() { return m_window; }
-    LogCapture& log() { return m_log; }
-    TestServer& server() { return m_server; }
     /// Keys that the window got since the last call.
     int takeKeys() { return std::exchange(m_keys, 0); }
 
@@ -72,9 +66,6 @@ protected:
     bool eventFilter(QObject* receiver, QEvent* event) override;
 
 private:
-    TestEnvironment m_environment;
-    TestServer m_server;
-    LogCapture m_log;
     QQuickWindow m_window;
     std::unique_ptr<NSHostingController> m_controller;
     std::unique_ptr<QQuickItem> m_made;
