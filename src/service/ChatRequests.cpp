@@ -6,7 +6,7 @@ namespace quillmate
 namespace
 {
 
-constexpr ReplyTable tableWith(std::string_view keys)
+constexpr ReplyTable chatTableWith(std::string_view keys)
 {
     return {.transport = "Error sending chat request: ",
             .parsing = "Server error. Please try again.",
@@ -17,8 +17,8 @@ constexpr ReplyTable tableWith(std::string_view keys)
 std::optional<ChatStartResponse> startedIn(const JSONValue& object)
 {
     const JSONValue* response = object.member("response");
-    const auto* assistantId = response ? response->stringMember("assistantId") : nullptr;
-    const auto* threadId = response ? response->stringMember("threadId") : nullptr;
+    const auto assistantId = response ? textUnder(*response, "assistantId") : std::nullopt;
+    const auto threadId = response ? textUnder(*response, "threadId") : std::nullopt;
     return assistantId && threadId ? std::optional(ChatStartResponse{*assistantId, *threadId}) : std::nullopt;
 }
 
@@ -89,15 +89,15 @@ BuiltRequest buildRequest(const URL& url, std::string_view accessToken, const Ch
 
 Reading<ChatStartResponse> readChatStart(const ServiceReply& reply)
 {
-    constexpr ReplyTable table = tableWith(
+    constexpr ReplyTable table = chatTableWith(
         "The 'assistantId' or 'threadId' key does not exist or is not a string within the 'response' object.");
-    return readReply(reply, table, startedIn);
+    return readReply<ChatStartResponse>(reply, table, startedIn);
 }
 
 Reading<std::string> readChatAnswer(const ServiceReply& reply)
 {
-    constexpr ReplyTable table = tableWith("The 'response' key does not exist or is not a string.");
-    return readReply(reply, table, responseText);
+    constexpr ReplyTable table = chatTableWith("The 'response' key does not exist or is not a string.");
+    return readText(reply, table, "response");
 }
 
 void HandleApiRequests::sendChatStart(const URL& url, const std::string& accessToken, const ChatStartBody& body,

@@ -6,11 +6,11 @@ namespace quillmate
 namespace
 {
 
-constexpr ReplyTable table{.audience = ReplyTable::Audience::User,
-                           .transport = "Error sending request: ",
-                           .body = "No data received from server.",
-                           .parsing = "Server error! Please try again later.",
-                           .keys = "The 'response' key does not exist or is not a string."};
+constexpr ReplyTable generateTable{.audience = ReplyTable::Audience::User,
+                                   .transport = "Error sending request: ",
+                                   .body = "No data received from server.",
+                                   .parsing = "Server error! Please try again later.",
+                                   .keys = "The 'response' key does not exist or is not a string."};
 
 } // namespace
 
@@ -26,7 +26,7 @@ BuiltRequest buildRequest(const URL& url, std::string_view accessToken, const Ge
 
 Reading<std::string> readGenerated(const ServiceReply& reply)
 {
-    return readReply(reply, table, responseText);
+    return readText(reply, generateTable, "response");
 }
 
 void HandleApiRequests::sendGenerateRequest(const URL& url, const std::string& accessToken,

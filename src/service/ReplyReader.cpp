@@ -93,4 +93,15 @@ Result<JSONValue, ReplyFailure> readObject(const ServiceReply& reply, const Repl
     return std::move(value).value();
 }
 
+std::optional<std::string> textUnder(const JSONValue& object, std::string_view key)
+{
+    const auto* text = object.stringMember(key);
+    return text ? std::optional(*text) : std::nullopt;
+}
+
+Reading<std::string> readText(const ServiceReply& reply, const ReplyTable& table, std::string_view key)
+{
+    return readReply<std::string>(reply, table, [key](const JSONValue& object) { return textUnder(object, key); });
+}
+
 } // namespace quillmate

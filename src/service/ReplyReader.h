@@ -4,6 +4,7 @@
 #include "base/Result.h"
 #include "platform/foundation/net/URLRequest.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -81,10 +82,13 @@ struct Reading {
 [[nodiscard]] Result<JSONValue, ReplyFailure> readObject(const ServiceReply& reply, const ReplyTable& table,
                                                          std::vector<std::string>& lines);
 
+/// The string under the key; nothing for a value of another type.
+[[nodiscard]] std::optional<std::string> textUnder(const JSONValue& object, std::string_view key);
+
 /// All the stages; `keys` makes the record of the object's members, or nothing when one is missing.
 template<typename Record>
 Reading<Record> readReply(const ServiceReply& reply, const ReplyTable& table,
-                          std::optional<Record> (*keys)(const JSONValue& object))
+                          const std::function<std::optional<Record>(const JSONValue& object)>& keys)
 {
     using Read = Result<Record, ReplyFailure>;
     std::vector<std::string> lines;
@@ -99,5 +103,8 @@ Reading<Record> readReply(const ServiceReply& reply, const ReplyTable& table,
     }
     return {std::move(*record), std::move(lines)};
 }
+
+/// All the stages, for a reply of which the string under one key is wanted.
+[[nodiscard]] Reading<std::string> readText(const ServiceReply& reply, const ReplyTable& table, std::string_view key);
 
 } // namespace quillmate

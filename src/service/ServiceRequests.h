@@ -106,7 +106,4 @@ struct SessionResponse {
 /// The reply to a poll, which is of the same form.
 [[nodiscard]] Reading<SessionResponse> readPoll(const ServiceReply& reply);
 
-/// What several of the replies hold: the string under "response".
-[[nodiscard]] std::optional<std::string> responseText(const JSONValue& object);
-
 } // namespace quillmate

@@ -7,7 +7,7 @@ namespace quillmate
 namespace
 {
 
-constexpr ReplyTable tableWith(std::string_view parsing)
+constexpr ReplyTable sessionTableWith(std::string_view parsing)
 {
     return {.method = ReplyTable::Method::Get,
             .transport = "Error making GET request: ",
@@ -83,12 +83,12 @@ BuiltRequest buildSessionRequest(const std::string& url)
 
 Reading<SessionResponse> readSession(const ServiceReply& reply)
 {
-    return readAs(reply, tableWith("Error parsing JSON response: "));
+    return readAs(reply, sessionTableWith("Error parsing JSON response: "));
 }
 
 Reading<SessionResponse> readPoll(const ServiceReply& reply)
 {
-    return readAs(reply, tableWith("Error parsing access token JSON response: "));
+    return readAs(reply, sessionTableWith("Error parsing access token JSON response: "));
 }
 
 } // namespace quillmate

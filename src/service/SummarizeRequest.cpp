@@ -12,10 +12,10 @@ namespace
 constexpr int mostRetries = 3;
 constexpr double secondsBeforeRetry = 2.0;
 
-constexpr ReplyTable table{.transport = "Error sending request: ",
-                           .body = "No data received from server.",
-                           .rendering = "Response from server: ",
-                           .keys = "The 'response' key does not exist or is not a string."};
+constexpr ReplyTable summaryTable{.transport = "Error sending request: ",
+                                  .body = "No data received from server.",
+                                  .rendering = "Response from server: ",
+                                  .keys = "The 'response' key does not exist or is not a string."};
 
 /// What every attempt of one request shares.
 struct SharedParts {
@@ -83,12 +83,6 @@ private:
 
 } // namespace
 
-std::optional<std::string> responseText(const JSONValue& object)
-{
-    const auto* text = object.stringMember("response");
-    return text ? std::optional(*text) : std::nullopt;
-}
-
 BuiltRequest buildRequest(const URL& url, std::string_view accessToken, const SummarizeRequestBody& body)
 {
     return makePostRequest(url, accessToken, AcceptHeader::Sent,
@@ -100,7 +94,7 @@ BuiltRequest buildRequest(const URL& url, std::string_view accessToken, const Su
 
 Reading<std::string> readSummary(const ServiceReply& reply)
 {
-    return readReply(reply, table, responseText);
+    return readText(reply, summaryTable, "response");
 }
 
 void HandleApiRequests::sendSummarizeRequest(const URL& url, const std::string& accessToken, SummarizeRequestBody body,

@@ -6,15 +6,9 @@ namespace quillmate
 namespace
 {
 
-constexpr ReplyTable table{.transport = "Error sending request: ",
-                           .parsing = "Server error. Please try again.",
-                           .keys = "The 'sucess' key does not exist or is not a string."};
-
-std::optional<std::string> successIn(const JSONValue& object)
-{
-    const auto* text = object.stringMember("success");
-    return text ? std::optional(*text) : std::nullopt;
-}
+constexpr ReplyTable trainingTable{.transport = "Error sending request: ",
+                                   .parsing = "Server error. Please try again.",
+                                   .keys = "The 'sucess' key does not exist or is not a string."};
 
 } // namespace
 
@@ -34,7 +28,7 @@ BuiltRequest buildRequest(const URL& url, std::string_view accessToken, const Tr
 
 Reading<std::string> readTraining(const ServiceReply& reply)
 {
-    return readReply(reply, table, successIn);
+    return readText(reply, trainingTable, "success");
 }
 
 void HandleApiRequests::sendTrainingData(const URL& url, const std::string& accessToken, const TrainingDataBody& body,

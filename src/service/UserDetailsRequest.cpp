@@ -7,17 +7,17 @@ namespace quillmate
 namespace
 {
 
-constexpr ReplyTable table{.method = ReplyTable::Method::Get,
-                           .transport = "Error: ",
-                           .body = "No data received",
-                           .parsing = "Error parsing response data from user details: ",
-                           .object = "Server error. Please try again.",
-                           .keys = "Email or name not found in response"};
+constexpr ReplyTable userDetailsTable{.method = ReplyTable::Method::Get,
+                                      .transport = "Error: ",
+                                      .body = "No data received",
+                                      .parsing = "Error parsing response data from user details: ",
+                                      .object = "Server error. Please try again.",
+                                      .keys = "Email or name not found in response"};
 
 std::optional<UserDetails> detailsIn(const JSONValue& object)
 {
-    const auto* email = object.stringMember("email");
-    const auto* name = object.stringMember("name");
+    const auto email = textUnder(object, "email");
+    const auto name = textUnder(object, "name");
     return email && name ? std::optional(UserDetails{*email, *name}) : std::nullopt;
 }
 
@@ -31,7 +31,7 @@ BuiltRequest buildUserDetailsRequest(const std::string& url, std::string_view ac
 
 Reading<UserDetails> readUserDetails(const ServiceReply& reply)
 {
-    return readReply(reply, table, detailsIn);
+    return readReply<UserDetails>(reply, userDetailsTable, detailsIn);
 }
 
 void HandleApiRequests::fetchUserDetails(const std::string& url, const std::string& accessToken,

@@ -8,20 +8,16 @@ namespace quillmate
 namespace
 {
 
-constexpr ReplyTable table{.method = ReplyTable::Method::Get,
-                           .transport = "Error: ",
-                           .body = "No data received",
-                           .parsing = "Error parsing response data from server: ",
-                           .object = "Server error. Please try again.",
-                           .rendering = "JSON response is: "};
+constexpr ReplyTable versionTable{.method = ReplyTable::Method::Get,
+                                  .transport = "Error: ",
+                                  .body = "No data received",
+                                  .parsing = "Error parsing response data from server: ",
+                                  .object = "Server error. Please try again.",
+                                  .rendering = "JSON response is: "};
 
 std::optional<LatestVersion> versionIn(const JSONValue& object)
 {
-    const auto text = [&object](std::string_view key) {
-        const auto* found = object.stringMember(key);
-        return found ? std::optional(*found) : std::nullopt;
-    };
-    return LatestVersion{text("current_version"), text("download_url")};
+    return LatestVersion{textUnder(object, "current_version"), textUnder(object, "download_url")};
 }
 
 void publish(const LatestVersion& latest)
@@ -50,7 +46,7 @@ BuiltRequest buildVersionRequest(const std::string& url, std::string_view curren
 
 Reading<LatestVersion> readLatestVersion(const ServiceReply& reply)
 {
-    auto reading = readReply(reply, table, versionIn);
+    auto reading = readReply<LatestVersion>(reply, versionTable, versionIn);
     if (reading.result && !reading.result.value().version) {
         reading.lines.emplace_back("New app version is null in response");
     }
