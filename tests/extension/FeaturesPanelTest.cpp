@@ -1,6 +1,5 @@
 #include "extension/PanelFixture.h"
 #include "features/MessageContent.h"
-#include "platform/foundation/net/URLSession.h"
 #include "platform/foundation/schedule/MainSchedule.h"
 #include "platform/foundation/settings/UserDefaults.h"
 #include "state/APIManager.h"
@@ -12,11 +11,10 @@
 #include "views/ViewTestApplication.h"
 
 #include <algorithm>
-#include <atomic>
 
 using namespace quillmate;
 
-/// Replies and the chat in a whole panel, and what becomes of them when the panel or its user goes.
+/// Replies, the chat and the fallback in a whole panel.
 class FeaturesPanelTest : public QObject
 {
     Q_OBJECT
@@ -25,7 +23,6 @@ private Q_SLOTS:
     void initTestCase() { std::ignore = currentApiURL(); } // The first use is told of, once.
     void init();
     void firstReplyAndAnotherPanel();
-    void endsMeanwhile();
     void environmentChange();
     void updateFound();
     void fallbackEditor();
@@ -37,7 +34,6 @@ private:
     void ask(const char* question);
     /// From now on; nothing else is answered but who the user is.
     void answerSummaries(const TestReply& reply);
-    static void waitForTheNetwork();
     [[nodiscard]] QString text(const char* item) const;
     /// How often the server got the request.
     [[nodiscard]] long countOf(const std::string& request)
@@ -95,18 +91,6 @@ void FeaturesPanelTest::answerSummaries(const TestReply& reply)
     m_fixture.server().reply(summarize, reply);
 }
 
-/// Nothing tells when a reply has arrived at a panel that is gone; one that was asked for later has.
-void FeaturesPanelTest::waitForTheNetwork()
-{
-    const auto arrived = std::make_shared<std::atomic<bool>>(false);
-    URLSession::shared()
-        .dataTask({*URL::parseAbsolute("https://other.example/later")},
-                  [arrived](const auto&, const auto&, const auto&) { *arrived = true; })
-        ->resume();
-    QTRY_VERIFY(*arrived);
-    MainSchedule::shared().drain();
-}
-
 QString FeaturesPanelTest::text(const char* item) const
 {
     const auto* found = m_fixture.item(item);
@@ -141,32 +125,6 @@ void FeaturesPanelTest::firstReplyAndAnotherPanel()
     QCOMPARE(m_fixture.item("chatMessages")->property("count").toInt(), 2);
     for (const std::string& line : {generate, chatStart, chatSend}) {
         QCOMPARE(countOf(line), 1L);
-    }
-}
-
-void FeaturesPanelTest::endsMeanwhile()
-{
-    const ManualTime time;
-    for (const bool reply : {true, false}) {
-        for (const bool logOut : {true, false}) {
-            init();
-            showSignedIn();
-            if (reply) {
-                m_fixture.click("generateButton");
-            } else {
-                ask("When?");
-            }
-            if (logOut) {
-                m_fixture.click("logOutButton");
-            } else {
-                m_fixture.close();
-            }
-            // Whatever is under way arrives.
-            QTRY_COMPARE(countOf(reply ? generate : chatStart), 1L);
-            waitForTheNetwork();
-            QCOMPARE(UserDefaults::standard().dictionaryRepresentation().empty(), logOut);
-            QCOMPARE(m_fixture.item("loginButton") != nullptr, logOut);
-        }
     }
 }
 
