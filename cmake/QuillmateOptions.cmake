@@ -8,7 +8,9 @@ endif()
 
 # What CMake takes for these is slower to build and no faster to run: -O3, and -O2 -g for what a sanitizer slows down anyway.
 string(REPLACE "-O3" "-O2" CMAKE_CXX_FLAGS_RELEASE "${CMAKE_CXX_FLAGS_RELEASE}")
+set(QUILLMATE_SANITIZED OFF)
 if(QUILLMATE_SANITIZE)
+  set(QUILLMATE_SANITIZED ON)
   set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O1 -g1 -DNDEBUG")
   set(QUILLMATE_QML_MODULE NO_CACHEGEN) # What is generated of the views is not ours to look at.
 endif()

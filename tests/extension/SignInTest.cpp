@@ -17,7 +17,6 @@ class SignInTest : public QObject
 private Q_SLOTS:
     void init() { m_fixture.reset(); }
     void wholeFlow();
-    void pollThatGoesOn();
     void comesToNothing_data();
     void comesToNothing();
     void closedPanelStopsPolling();
@@ -27,7 +26,6 @@ private Q_SLOTS:
 private:
     void login();
     static void advanceToNextPoll();
-    [[nodiscard]] QStringList linesAfterLogin();
 
     PanelFixture m_fixture;
 };
@@ -51,12 +49,6 @@ void SignInTest::login()
     m_fixture.show();
     m_fixture.log().take();
     m_fixture.click("loginButton");
-}
-
-/// The lines that come after those of the press itself, which are the same each time.
-QStringList SignInTest::linesAfterLogin()
-{
-    return m_fixture.log().lines().mid(7);
 }
 
 void SignInTest::advanceToNextPoll()
@@ -101,21 +93,6 @@ void SignInTest::wholeFlow()
     QTRY_COMPARE(m_fixture.server().lines().back(), "GET /api/v1" + PanelFixture::versionCheck());
 }
 
-void SignInTest::pollThatGoesOn()
-{
-    const ManualTime time;
-    m_fixture.server().reply(create, session);
-    m_fixture.server().reply(poll, TestReply{500, waiting});
-    login();
-    for (std::size_t polls = 1; polls <= 4; ++polls) {
-        QTRY_COMPARE(ManualTime::pendingDelays().size(), std::size_t(2)); // The poll has been answered.
-        QCOMPARE(linesAfterLogin().filter(stillWaiting).size(), static_cast<qsizetype>(polls));
-        advanceToNextPoll();
-    }
-    QVERIFY(!AuthManager::shared().accessToken.get());
-    QCOMPARE(m_fixture.opened().size(), std::size_t(1));
-}
-
 void SignInTest::comesToNothing_data()
 {
     QTest::addColumn<TestReply>("sessionReply");
@@ -127,12 +104,8 @@ void SignInTest::comesToNothing_data()
     const TestReply page{200, "<html>"};
     const TestReply yes{200, granted};
     QTest::newRow("no session") << page << yes << "Error parsing JSON response: " << 0 << 1;
-    QTest::newRow("cut") << TestReply{200, session, {}, TestReply::Manner::CutInBody} << yes
-                         << "Error making GET request: URLError.networkConnectionLost: " << 0 << 1;
     QTest::newRow("no page") << TestReply{200, R"({"id":"s1","login_url":null})"} << yes << "" << 0 << 1;
     QTest::newRow("an error page in place of the token") << TestReply{200, session} << page << unreadable << 1 << 2;
-    QTest::newRow("a program in place of a page")
-        << TestReply{200, R"({"id":"s1","login_url":"file:///bin/sh"})"} << page << unreadable << 0 << 2;
     QTest::newRow("no URL in place of a page")
         << TestReply{200, R"({"id":"s1","login_url":"https://a b/"})"} << page << unreadable << 0 << 2;
     QTest::newRow("an id that is no part of a URL")
