@@ -36,4 +36,14 @@ inline std::string_view trimmed(std::string_view text, std::string_view blanks =
                                            : text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
+/// Takes the first line off `rest`, and gives it without its line end, CR LF or LF.
+inline std::string_view takeLine(std::string_view& rest)
+{
+    const std::size_t lineFeed = std::min(rest.find('\n'), rest.size());
+    std::string_view line = rest.substr(0, lineFeed);
+    rest.remove_prefix(std::min(rest.size(), lineFeed + 1));
+    line.remove_suffix(line.ends_with('\r') ? 1 : 0);
+    return line;
+}
+
 } // namespace quillmate

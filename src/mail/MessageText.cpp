@@ -34,9 +34,7 @@ std::string unflowed(std::string_view text, bool deletesBlank)
 {
     std::string result;
     while (!text.empty()) {
-        const std::size_t lineFeed = std::min(text.find('\n'), text.size());
-        std::string_view line = text.substr(0, lineFeed);
-        text.remove_prefix(std::min(text.size(), lineFeed + 1));
+        std::string_view line = takeLine(text);
         const bool isSoft = line.ends_with(' ') && line != "-- " && !line.starts_with('>');
         line.remove_suffix(isSoft && deletesBlank ? 1 : 0);
         result.append(line).append(isSoft ? "" : "\n");
@@ -81,47 +79,39 @@ public:
         }
     }
 
+    /// Reads one part after the other, each once, until a choice has given text.
     MessageText collect()
     {
         m_plainAlternatives = plainAlternatives();
-        const auto isWritten = [](const TextPart& part) {
-            return !part.isForwarded && part.kind != TextPart::Kind::Other;
-        };
-        collect(isWritten);
-        collect([](const TextPart& part) { return part.isForwarded && part.kind != TextPart::Kind::Other; });
-        collect([](const TextPart& part) { return part.kind == TextPart::Kind::Other; });
-        m_plainAlternatives.clear(); // HTML without a word, pictures mostly: the notice beside it is the text then.
-        collect(isWritten);
+        for (const Choice choice : {Choice::Written, Choice::Forwarded, Choice::OtherKind, Choice::Unsaid}) {
+            for (const TextPart& part : m_parts) {
+                if (m_text.size() <= m_limit && choiceOf(part) == choice) {
+                    add(textOf(part));
+                }
+            }
+            if (!m_text.empty()) {
+                break;
+            }
+        }
         const std::string_view shown = cutUtf8(m_text, m_limit);
         return {std::string(shown), m_isCut || shown.size() < m_text.size()};
     }
 
 private:
-    /// Adds the chosen parts, if nothing has been found yet.
-    template<typename Choice>
-    void collect(Choice isChosen)
-    {
-        if (!m_text.empty()) {
-            return;
-        }
-        for (const TextPart& part : m_parts) {
-            if (m_text.size() > m_limit) {
-                return;
-            }
-            if (isChosen(part) && isSaidHere(part)) {
-                add(textOf(part));
-            }
-        }
-    }
+    enum class Choice { Written, Forwarded, OtherKind, Unsaid };
 
-    /// Whether the part is the one of its alternatives that is shown.
-    [[nodiscard]] bool isSaidHere(const TextPart& part) const
+    /// Which of the choices the part belongs to. Of alternatives the one that is not shown is the text after all where
+    /// nothing else is: beside HTML without a word, pictures mostly, the notice.
+    [[nodiscard]] Choice choiceOf(const TextPart& part) const
     {
-        const auto plain = m_plainAlternatives.find(part.alternative);
-        if (part.alternative == 0 || part.kind == TextPart::Kind::Other || plain == m_plainAlternatives.end()) {
-            return true;
+        if (part.kind == TextPart::Kind::Other) {
+            return Choice::OtherKind;
         }
-        return plain->second == (part.kind == TextPart::Kind::Plain);
+        const auto plain = m_plainAlternatives.find(part.alternative);
+        if (plain != m_plainAlternatives.end() && plain->second != (part.kind == TextPart::Kind::Plain)) {
+            return Choice::Unsaid;
+        }
+        return part.isForwarded ? Choice::Forwarded : Choice::Written;
     }
 
     /// The alternatives that have both plain text and HTML, and whether the plain text is the one to show.
@@ -132,7 +122,9 @@ private:
             const std::size_t markup = m_markup.at(part.alternative);
             if (part.alternative != 0 && part.kind == TextPart::Kind::Plain && markup > 0) {
                 bool& isPlain = found[part.alternative];
-                isPlain = isPlain || !isPlaceholder(decoded(part, placeholderBytes).text, markup);
+                TextPart beginning = part;
+                beginning.content = part.content.substr(0, lookedAt);
+                isPlain = isPlain || !isPlaceholder(decoded(beginning, lookedAt).text, markup);
             }
         }
         return found;
@@ -152,8 +144,10 @@ private:
         const bool isHtml = part.kind == TextPart::Kind::Html;
         MessageText content = decoded(part, isHtml ? m_markupLeft : std::max(m_limit, lookedAt));
         if (isHtml || looksLikeHtml(content.text)) {
-            m_markupLeft -= std::min(m_markupLeft, content.text.size());
-            content.text = textOfHtml(content.text, m_limit);
+            const std::string_view markup = cutUtf8(content.text, m_markupLeft);
+            m_markupLeft -= markup.size();
+            content.truncated = content.truncated || markup.size() < content.text.size();
+            content.text = textOfHtml(markup, m_limit);
         } else if (part.isFlowed) {
             content.text = unflowed(content.text, part.deletesBlank);
         }
@@ -169,8 +163,7 @@ private:
         }
     }
 
-    // Enough to tell a notice from a text.
-    static constexpr std::size_t placeholderBytes = 4096;
+    // Enough to tell a notice from a text, and a text from HTML.
     static constexpr std::size_t lookedAt = 4096;
 
     const std::vector<TextPart>& m_parts;

@@ -78,6 +78,8 @@ private Q_SLOTS:
         row("quoted-printable of nothing", "Content-Transfer-Encoding: quoted-printable\n\n" + much("=\n") + "Text");
         row("uuencode that does not begin", "Content-Transfer-Encoding: x-uuencode\n\n" + much("begin\n"), "");
         row("line ends", "\n" + much("\r\n") + "Text");
+        row("HTML that calls itself plain text, beyond what is read of HTML",
+            first + "--b\n\n<html>" + much("<a></a>") + much("<a></a>") + much("<a></a>") + "\n--b\n\n<p>More</p>");
         row("flowed", "Content-Type: text/plain; format=flowed\n\nText" + much(" \n"));
     }
 

@@ -113,6 +113,13 @@ private Q_SLOTS:
         row("forwarded beside a text",
             multipart("mixed", {plain, "Content-Type: message/rfc822\n\nSubject: x\n\nThe forwarded text."}),
             "The plain text.");
+        row("forwarded notice beside pictures",
+            multipart("mixed", {"Content-Type: message/rfc822\n\n" +
+                                multipart("alternative", {"\nNo HTML?\n", "Content-Type: text/html\n\n<img src='" +
+                                                                              QByteArray(900, 'a') + "'>"})
+                                    .replace("\"b\"", "c")
+                                    .replace("--b", "--c")}),
+            "No HTML?");
         row("digest", multipart("digest", {"\nSubject: x\n\nOne.", "\nSubject: y\n\nTwo."}), "One.\n\nTwo.");
         row("no end of parts", "Content-Type: multipart/mixed; boundary=b\n\npreamble\n--b\n" + plain,
             "The plain text.");
