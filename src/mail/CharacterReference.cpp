@@ -1,5 +1,6 @@
 #include "mail/CharacterReference.h"
 
+#include <QString>
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -10,7 +11,7 @@ namespace quillmate
 namespace
 {
 
-constexpr std::size_t longestReference = 12;
+constexpr std::string_view nameLetters = "#0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
 
 struct NamedCharacter {
     std::string_view name;
@@ -34,30 +35,16 @@ constexpr std::array otherNames = std::to_array<NamedCharacter>({
     {"bdquo", U'„'},    {"bull", U'•'},     {"hellip", U'…'},   {"euro", U'€'},  {"trade", U'™'},  {"rarr", U'→'},
     {"larr", U'←'},     {"minus", U'−'},    {"OElig", U'Œ'},    {"oelig", U'œ'}, {"Scaron", U'Š'}, {"scaron", U'š'},
     {"lsaquo", U'‹'},   {"rsaquo", U'›'},   {"ensp", U' '},     {"emsp", U' '},  {"thinsp", U' '}, {"zwnj", U'\u200C'},
-    {"zwj", U'\u200D'}, {"lrm", U'\u200E'}, {"rlm", U'\u200F'},
+    {"zwj", U'\u200D'}, {"lrm", U'\u200E'}, {"rlm", U'\u200F'}, {"check", U'✓'}, {"cross", U'✗'},  {"star", U'☆'},
+    {"hearts", U'♥'},   {"rArr", U'⇒'},     {"infin", U'∞'},    {"ne", U'≠'},    {"le", U'≤'},     {"ge", U'≥'},
+    {"dagger", U'†'},
 });
 // What Windows-1252 has at 0x80 to 0x9F, where numbers mean it: there are no such characters of Unicode in a text.
 constexpr std::u32string_view windowsCharacters = U"€\uFFFD‚ƒ„…†‡ˆ‰Š‹Œ\uFFFDŽ\uFFFD\uFFFD‘’“”•–—˜™š›œ\uFFFDžŸ";
 
-char byte(char32_t value)
-{
-    return static_cast<char>(static_cast<unsigned char>(value));
-}
-
 std::string utf8(char32_t character)
 {
-    if (character < 0x80) {
-        return {byte(character)};
-    }
-    if (character < 0x800) {
-        return {byte(0xC0 | (character >> 6)), byte(0x80 | (character & 0x3F))};
-    }
-    if (character < 0x10000) {
-        return {byte(0xE0 | (character >> 12)), byte(0x80 | ((character >> 6) & 0x3F)),
-                byte(0x80 | (character & 0x3F))};
-    }
-    return {byte(0xF0 | (character >> 18)), byte(0x80 | ((character >> 12) & 0x3F)),
-            byte(0x80 | ((character >> 6) & 0x3F)), byte(0x80 | (character & 0x3F))};
+    return QString::fromUcs4(&character, 1).toStdString();
 }
 
 std::string numberedCharacter(std::string_view digits)
@@ -105,11 +92,12 @@ std::string withReferencesResolved(std::string_view text)
         if (text.empty()) {
             break;
         }
-        const std::size_t end = text.substr(0, longestReference).find(';');
-        const std::string character =
-            end == std::string_view::npos ? std::string() : characterOf(text.substr(1, end - 1));
+        // The semicolon may be left out, but not in "?a=1&copy=2" and "R&Dept".
+        const std::size_t end = std::min(text.find_first_not_of(nameLetters, 1), text.size());
+        const char behind = end < text.size() ? text[end] : '\0';
+        const std::string character = behind == '=' ? std::string() : characterOf(text.substr(1, end - 1));
         resolved.append(character.empty() ? "&" : character);
-        text.remove_prefix(character.empty() ? 1 : end + 1);
+        text.remove_prefix(character.empty() ? 1 : end + (behind == ';' ? 1 : 0));
     }
     return resolved;
 }

@@ -25,6 +25,10 @@ private Q_SLOTS:
         row("preformatted", "<pre>a\n  b</pre>c", "a\n  b\n\nc");
         row("references", "7&nbsp;km &amp; &lt;c&gt; &#233;&#xe9; &euro; &rdquo; &#150; &nosuch; &#xD800;c & d",
             "7 km & <c> éé € ” – &nosuch; c & d");
+        row("references as other programs write them", "don&#146;t &check; &copy 2020 &Auml&lt;&#8364 &amp",
+            "don’t ✓ © 2020 Ä<€ &");
+        row("no references", "?a=1&copy=2 R&Department &#x; &#99999999999; &",
+            "?a=1&copy=2 R&Department &#x; &#99999999999; &");
         row("signs that are no tags", "a < b, I <3 you, <https://a.example/?b> </ 4 &c>",
             "a < b, I <3 you, <https://a.example/?b> </ 4 &c>");
         row("attributes", "<a href=\"https://example.com\" title=\"a > b\">link</a> <p title='no end>text</p>",
