@@ -22,15 +22,11 @@ constexpr std::size_t shortestBase64 = 16;
 // Each costs a search for its end.
 constexpr int headerlessCandidates = 16;
 
-std::string_view takeLine(std::string_view& rest)
+/// The first line of `rest` without the blanks at its end, which say nothing in what is encoded.
+std::string_view takeTrimmedLine(std::string_view& rest)
 {
-    const std::size_t end = rest.find('\n');
-    std::string_view line = rest.substr(0, end);
-    rest = end == std::string_view::npos ? std::string_view() : rest.substr(end + 1);
-    while (!line.empty() && (line.back() == '\r' || line.back() == ' ' || line.back() == '\t')) {
-        line.remove_suffix(1);
-    }
-    return line;
+    const std::string_view line = takeLine(rest);
+    return line.substr(0, line.find_last_not_of(" \t\r") + 1);
 }
 
 /// Whether a header field of a MIME part (RFC 2045, 2183, 2557, 3282, 1864) stands here; any other "Content-…:" is
@@ -78,7 +74,7 @@ bool looksLikeBase64(std::string_view body)
     const bool whole = rest.size() == body.size();
     while (!rest.empty()) {
         const bool last = rest.find('\n') == std::string_view::npos;
-        const std::string_view line = takeLine(rest);
+        const std::string_view line = takeTrimmedLine(rest);
         if (line.empty()) {
             continue;
         }
@@ -112,7 +108,7 @@ bool looksLikeQuotedPrintable(std::string_view body)
     std::size_t others = 0;
     std::string_view rest = body.substr(0, lookedAt);
     while (!rest.empty()) {
-        const std::string_view line = takeLine(rest);
+        const std::string_view line = takeTrimmedLine(rest);
         if (line.size() > encodedLineLimit && !rest.empty()) {
             return false;
         }
@@ -145,13 +141,13 @@ std::optional<std::string> findBoundary(std::string_view body)
     std::string_view rest = body.substr(0, lookedAt);
     int candidates = 0;
     while (!rest.empty()) {
-        const std::string_view line = takeLine(rest);
+        const std::string_view line = takeTrimmedLine(rest);
         if (line.size() < 3 || line.size() > boundaryLimit + 2 || line.substr(0, 2) != "--") {
             continue;
         }
         const std::string_view boundary = line.substr(2);
         std::string_view following = rest;
-        const std::string_view next = takeLine(following);
+        const std::string_view next = takeTrimmedLine(following);
         if (isContentHeader(next)) {
             return std::string(boundary);
         }

@@ -1,8 +1,9 @@
 #include "mail/EncodedWords.h"
 
+#include "mail/AsciiText.h"
 #include "mail/Charset.h"
+#include "mail/TextParts.h"
 
-#include <QByteArray>
 #include <algorithm>
 #include <optional>
 
@@ -25,35 +26,16 @@ bool isBlank(char letter)
     return letter == ' ' || letter == '\t';
 }
 
-int hexadecimalDigit(char letter)
+/// The bytes that an encoded word's text stands for; Q is quoted-printable but for the blank (RFC 2047, 4.2).
+std::string bytesOf(std::string text, bool isBase64)
 {
-    if (letter >= '0' && letter <= '9') {
-        return letter - '0';
+    if (!isBase64) {
+        std::replace(text.begin(), text.end(), '_', ' ');
     }
-    const char lower = letter >= 'A' && letter <= 'F' ? static_cast<char>(letter - 'A' + 'a') : letter;
-    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
-}
-
-std::string decodedQ(std::string_view text)
-{
-    std::string bytes;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const int high = text[i] == '=' && i + 2 < text.size() ? hexadecimalDigit(text[i + 1]) : -1;
-        const int low = high >= 0 ? hexadecimalDigit(text[i + 2]) : -1;
-        if (low >= 0) {
-            bytes.push_back(static_cast<char>(high * 16 + low));
-            i += 2;
-        } else {
-            bytes.push_back(text[i] == '_' ? ' ' : text[i]);
-        }
-    }
-    return bytes;
-}
-
-std::string decodedB(std::string_view text)
-{
-    return QByteArray::fromBase64(QByteArray::fromRawData(text.data(), static_cast<qsizetype>(text.size())))
-        .toStdString();
+    TextPart word;
+    word.content = text;
+    word.encoding = isBase64 ? "base64" : "quoted-printable";
+    return decodedBytes(word, text.size()).bytes;
 }
 
 /// The encoded word at the start of `text`: =?charset[*language]?encoding?text?=
@@ -81,14 +63,11 @@ std::optional<EncodedWord> wordAt(std::string_view text)
         return std::nullopt;
     }
     const std::string_view content = window.substr(contentStart, end - contentStart);
-    const char encoding = window[charsetEnd + 1];
-    if (encoding == 'B' || encoding == 'b') {
-        return EncodedWord{std::string(charset), decodedB(content), end + 2};
+    const char encoding = lowerCase(window[charsetEnd + 1]);
+    if (encoding != 'b' && encoding != 'q') {
+        return std::nullopt;
     }
-    if (encoding == 'Q' || encoding == 'q') {
-        return EncodedWord{std::string(charset), decodedQ(content), end + 2};
-    }
-    return std::nullopt;
+    return EncodedWord{std::string(charset), bytesOf(std::string(content), encoding == 'b'), end + 2};
 }
 
 } // namespace

@@ -15,12 +15,7 @@ HeaderFields HeaderFields::parse(std::string_view source, std::size_t limit)
     HeaderFields headers;
     bool inField = false;
     while (!source.empty()) {
-        const std::size_t lineFeed = source.find('\n');
-        std::string_view line = source.substr(0, lineFeed);
-        source.remove_prefix(lineFeed == std::string_view::npos ? source.size() : lineFeed + 1);
-        if (line.ends_with('\r')) {
-            line.remove_suffix(1);
-        }
+        const std::string_view line = takeLine(source);
         if (line.empty()) {
             break;
         }

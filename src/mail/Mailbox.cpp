@@ -3,6 +3,7 @@
 #include "mail/EncodedWords.h"
 #include "mail/MimeLibrary.h"
 
+#include <QByteArray>
 #include <algorithm>
 
 namespace quillmate
@@ -17,22 +18,12 @@ constexpr std::size_t mostColons = 200;
 
 // The address parser is kept from decoding encoded words, which decodeHeaderText does better: while it reads, their
 // opening mark is another one that is an atom to it as well.
-constexpr std::string_view encodedMark = "=?";
-constexpr std::string_view hiddenMark = "=!~!";
+constexpr const char* encodedMark = "=?";
+constexpr const char* hiddenMark = "=!~!";
 
-std::string replaced(std::string_view text, std::string_view mark, std::string_view replacement)
+std::string replaced(std::string_view text, const char* mark, const char* replacement)
 {
-    std::string result;
-    while (!text.empty()) {
-        const std::size_t found = std::min(text.find(mark), text.size());
-        result.append(text.substr(0, found));
-        text.remove_prefix(found);
-        if (!text.empty()) {
-            result.append(replacement);
-            text.remove_prefix(mark.size());
-        }
-    }
-    return result;
+    return QByteArray(text.data(), static_cast<qsizetype>(text.size())).replace(mark, replacement).toStdString();
 }
 
 void collectMailboxes(InternetAddressList* list, std::vector<Mailbox>& found, int depth)

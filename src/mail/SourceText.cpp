@@ -1,10 +1,10 @@
 #include "mail/SourceText.h"
 
+#include "mail/AsciiText.h"
 #include "mail/HeaderFields.h"
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 
 namespace quillmate
 {
@@ -18,44 +18,36 @@ constexpr std::array<std::string_view, 12> mailFields = {"from",         "to",  
                                                          "message-id",   "received",    "reply-to",     "mime-version",
                                                          "content-type", "return-path", "delivered-to", "sender"};
 
-std::string_view firstLine(std::string_view text)
+/// Whether a line begins here with ">", any more of them, and "From ".
+bool beginsQuotedFromLine(std::string_view rest)
 {
-    return text.substr(0, text.find('\n'));
-}
-
-/// The length of the run of ">" at the start of a line that goes on with "From ", else 0.
-std::size_t quotedFromDepth(std::string_view rest)
-{
-    const std::size_t depth = rest.find_first_not_of('>');
-    if (depth == std::string_view::npos || depth == 0 || !rest.substr(depth).starts_with(fromLineStart)) {
-        return 0;
-    }
-    return depth;
+    const std::size_t depth = std::min(rest.find_first_not_of('>'), rest.size());
+    return depth > 0 && rest.substr(depth).starts_with(fromLineStart);
 }
 
 } // namespace
 
-bool beginsHeaderField(std::string_view line)
+bool beginsHeaderField(std::string_view text)
 {
     std::size_t length = 0;
-    while (length < line.size() && line[length] > ' ' && line[length] < '\x7f' && line[length] != ':') {
+    while (length < text.size() && text[length] > ' ' && text[length] < '\x7f' && text[length] != ':') {
         ++length;
     }
     if (length == 0) {
         return false;
     }
-    while (length < line.size() && (line[length] == ' ' || line[length] == '\t')) {
+    while (length < text.size() && (text[length] == ' ' || text[length] == '\t')) {
         ++length;
     }
-    return length < line.size() && line[length] == ':';
+    return length < text.size() && text[length] == ':';
 }
 
 bool looksLikeMail(std::string_view source)
 {
     if (source.starts_with(fromLineStart)) {
-        source.remove_prefix(std::min(source.size(), firstLine(source).size() + 1));
+        takeLine(source);
     }
-    if (!beginsHeaderField(firstLine(source))) {
+    if (!beginsHeaderField(source)) {
         return false;
     }
     const HeaderFields headers = HeaderFields::parse(source);
@@ -65,19 +57,12 @@ bool looksLikeMail(std::string_view source)
 
 void useBareLineFeeds(std::string& source)
 {
-    std::size_t read = source.find("\r\n");
-    if (read == std::string::npos) {
-        return;
-    }
-    // Moves the stretch between two CR LF pairs at a time, so that the cost is one memmove over the text.
-    std::size_t write = read;
-    while (read < source.size()) {
-        ++read; // the CR
-        std::size_t next = source.find("\r\n", read);
-        next = next == std::string::npos ? source.size() : next;
-        std::memmove(source.data() + write, source.data() + read, next - read);
-        write += next - read;
-        read = next;
+    std::size_t write = 0;
+    for (std::size_t read = 0; read < source.size(); ++read) {
+        const char letter = source[read];
+        if (letter != '\r' || source[read + 1] != '\n') {
+            source[write++] = letter;
+        }
     }
     source.resize(write);
 }
@@ -85,18 +70,13 @@ void useBareLineFeeds(std::string& source)
 void unquoteFromLines(std::string& source)
 {
     std::size_t write = 0;
-    std::size_t lineStart = 0;
-    while (lineStart < source.size()) {
-        std::size_t lineEnd = source.find('\n', lineStart);
-        lineEnd = lineEnd == std::string::npos ? source.size() : lineEnd + 1;
-        const std::string_view line = std::string_view(source).substr(lineStart, lineEnd - lineStart);
-        const std::size_t skipped = quotedFromDepth(line) > 0 ? 1 : 0;
-        const std::size_t length = line.size() - skipped;
-        if (write != lineStart + skipped) {
-            std::memmove(source.data() + write, source.data() + lineStart + skipped, length);
+    bool atLineStart = true;
+    for (std::size_t read = 0; read < source.size(); ++read) {
+        const char letter = source[read];
+        if (!atLineStart || !beginsQuotedFromLine(std::string_view(source).substr(read))) {
+            source[write++] = letter;
         }
-        write += length;
-        lineStart = lineEnd;
+        atLineStart = letter == '\n';
     }
     source.resize(write);
 }
@@ -104,7 +84,9 @@ void unquoteFromLines(std::string& source)
 void dropFromLine(std::string& source)
 {
     if (source.starts_with(fromLineStart)) {
-        source.erase(0, std::min(source.size(), firstLine(source).size() + 1));
+        std::string_view rest = source;
+        takeLine(rest);
+        source.erase(0, source.size() - rest.size());
     }
 }
 

@@ -6,9 +6,9 @@
 namespace quillmate
 {
 
-/// Whether a line begins a header field: printable ASCII without colon, optional blanks, a colon (RFC 5322, 2.2
+/// Whether the first line begins a header field: printable ASCII without colon, optional blanks, a colon (RFC 5322, 2.2
 /// and 4.5).
-bool beginsHeaderField(std::string_view line);
+bool beginsHeaderField(std::string_view text);
 
 /// Whether a text begins with a mail message: a header field in its first line (a leading mbox "From " line aside) and,
 /// among its fields, at least one that only mail has.

@@ -1,5 +1,6 @@
 #include "mail/TextParts.h"
 
+#include "mail/AsciiText.h"
 #include "mail/BodyGuess.h"
 #include "mail/ContentFields.h"
 #include "mail/HeaderFields.h"
@@ -22,17 +23,6 @@ constexpr std::size_t deepestPart = 32;
 constexpr std::size_t mostParts = 1000;
 constexpr std::size_t longestMessageHeader = std::size_t{1024} * 1024;
 constexpr std::size_t longestPartHeader = std::size_t{16} * 1024;
-
-/// The line at the start of `text`, without its end, and how long it is with that.
-std::pair<std::string_view, std::size_t> firstLine(std::string_view text)
-{
-    const std::size_t lineFeed = text.find('\n');
-    std::string_view line = text.substr(0, lineFeed);
-    if (line.ends_with('\r')) {
-        line.remove_suffix(1);
-    }
-    return {line, lineFeed == std::string_view::npos ? text.size() : lineFeed + 1};
-}
 
 class PartFinder
 {
@@ -112,9 +102,8 @@ private:
             if (start == std::string_view::npos) {
                 return false;
             }
-            const auto [line, length] = firstLine(m_text.substr(start));
-            m_position = start + length;
-            if (leavesTo(line)) {
+            m_position = start;
+            if (leavesTo(takeLine())) {
                 endPart(start);
                 if (!m_scopes.empty() && !m_isEnd) {
                     return true;
@@ -122,6 +111,15 @@ private:
             }
         }
         return false;
+    }
+
+    /// The line at m_position, which goes behind it.
+    std::string_view takeLine()
+    {
+        std::string_view rest = m_text.substr(m_position);
+        const std::string_view line = quillmate::takeLine(rest);
+        m_position = m_text.size() - rest.size();
+        return line;
     }
 
     /// Where the next line begins that may be a boundary.
@@ -154,16 +152,14 @@ private:
         if (!line.starts_with(dashes)) {
             return std::nullopt;
         }
-        line.remove_prefix(dashes.size());
-        while (line.ends_with(' ') || line.ends_with('\t')) {
-            line.remove_suffix(1);
-        }
+        line = line.substr(dashes.size(), line.find_last_not_of(" \t") + 1 - dashes.size());
         for (std::size_t i = m_scopes.size(); i-- > 0;) {
             const std::string& boundary = m_scopes[i].boundary;
-            const bool isEnd = line.size() == boundary.size() + dashes.size();
-            if ((isEnd || line.size() == boundary.size()) && line.starts_with(boundary) &&
-                line.substr(boundary.size()) == (isEnd ? dashes : std::string_view())) {
-                return std::pair(i, isEnd);
+            if (line == boundary) {
+                return std::pair(i, false);
+            }
+            if (line.starts_with(boundary) && line.substr(boundary.size()) == dashes) {
+                return std::pair(i, true);
             }
         }
         return std::nullopt;
@@ -189,11 +185,12 @@ private:
         const std::size_t start = m_position;
         std::size_t end = start;
         while (m_position < m_text.size()) {
-            const auto [line, length] = firstLine(m_text.substr(m_position));
+            const std::size_t lineStart = m_position;
+            const std::string_view line = takeLine();
             if (boundaryOf(line) || (isPart && end == start && !line.empty() && !beginsHeaderField(line))) {
+                m_position = lineStart;
                 break;
             }
-            m_position += length;
             if (line.empty()) {
                 break;
             }
