@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <string>
+#include <unordered_map>
 
 namespace quillmate
 {
@@ -15,26 +16,39 @@ using Break = HtmlElement::Break;
 using Kind = HtmlElement::Kind;
 
 struct ElementGroup {
-    std::string_view names; ///< each between two blanks
+    std::string_view names; ///< with a blank between two
     HtmlElement element;
 };
 
 constexpr std::array groups = std::to_array<ElementGroup>({
-    {" address article aside body caption center div fieldset figure footer form header main nav section ",
+    {"address article aside body caption center div fieldset figure footer form header main nav section",
      {Break::Line, Kind::Block}},
-    {" blockquote h1 h2 h3 h4 h5 h6 pre ", {Break::Paragraph, Kind::Block}},
-    {" hr ", {Break::Paragraph, Kind::Block, true}},
-    {" area base br col img input link meta o:p source wbr ", {Break::None, Kind::Inline, true}},
-    {" p ", {Break::Paragraph, Kind::Paragraph}},
-    {" li dd dt ", {Break::Line, Kind::Item}},
-    {" ol ul ", {Break::Paragraph, Kind::List}},
-    {" dl ", {Break::Line, Kind::List}},
-    {" table ", {Break::Paragraph, Kind::Table}},
-    {" tr ", {Break::Line, Kind::Row}},
-    {" td th ", {Break::Blank, Kind::Cell}},
-    {" head script style title ", {Break::None, Kind::Head, false, true}},
-    {" object select svg template ", {Break::None, Kind::Inline, false, true}},
+    {"blockquote h1 h2 h3 h4 h5 h6 pre", {Break::Paragraph, Kind::Block}},
+    {"hr", {Break::Paragraph, Kind::Block, true}},
+    {"area base br col img input link meta o:p source wbr", {Break::None, Kind::Inline, true}},
+    {"p", {Break::Paragraph, Kind::Paragraph}},
+    {"li dd dt", {Break::Line, Kind::Item}},
+    {"ol ul", {Break::Paragraph, Kind::List}},
+    {"dl", {Break::Line, Kind::List}},
+    {"table", {Break::Paragraph, Kind::Table}},
+    {"tr", {Break::Line, Kind::Row}},
+    {"td th", {Break::Blank, Kind::Cell}},
+    {"head script style title", {Break::None, Kind::Head, false, true}},
+    {"object select svg template", {Break::None, Kind::Inline, false, true}},
 });
+
+std::unordered_map<std::string_view, HtmlElement> elementsByName()
+{
+    std::unordered_map<std::string_view, HtmlElement> elements;
+    for (ElementGroup group : groups) {
+        while (!group.names.empty()) {
+            const std::string_view name = group.names.substr(0, group.names.find(' '));
+            elements.emplace(name, group.element);
+            group.names.remove_prefix(std::min(group.names.size(), name.size() + 1));
+        }
+    }
+    return elements;
+}
 
 /// "0", "0px", "0.0 !important", whatever the unit.
 bool isZero(std::string_view value)
@@ -47,11 +61,9 @@ bool isZero(std::string_view value)
 
 HtmlElement htmlElement(std::string_view name)
 {
-    const std::string wanted = " " + std::string(name) + " ";
-    const auto* const found = std::find_if(groups.begin(), groups.end(), [&wanted](const ElementGroup& group) {
-        return group.names.find(wanted) != std::string_view::npos;
-    });
-    return found != groups.end() ? found->element : HtmlElement{};
+    static const std::unordered_map<std::string_view, HtmlElement> elements = elementsByName();
+    const auto found = elements.find(name);
+    return found != elements.end() ? found->second : HtmlElement{};
 }
 
 bool endsElement(Kind started, Kind open)

@@ -16,8 +16,6 @@ namespace
 {
 
 constexpr std::size_t deepestElement = 400;
-// Longer names are nobody's elements.
-constexpr std::size_t longestName = 32;
 
 class TextReader
 {
@@ -121,14 +119,14 @@ private:
 
     void start(const HtmlToken& tag)
     {
-        const HtmlElement element = htmlElement(std::string_view(tag.name).substr(0, longestName));
+        const HtmlElement element = htmlElement(tag.name);
         if (tag.name == "br" && !hidesText()) {
             m_lines.breakLine();
         }
         if (element.kind != HtmlElement::Kind::Inline) {
             endImplied(element.kind);
         }
-        if (element.isVoid || tag.name.size() > longestName || m_open.size() == deepestElement) {
+        if (element.isVoid || m_open.size() == deepestElement) {
             separate(element);
             return;
         }
@@ -164,7 +162,7 @@ private:
             closeTo(index);
         }
         if (!isHidden) {
-            separate(htmlElement(std::string_view(name).substr(0, longestName)));
+            separate(htmlElement(name));
         }
     }
 
