@@ -18,7 +18,7 @@ namespace
 constexpr std::size_t lookedAt = std::size_t(64) * 1024;
 constexpr std::size_t boundaryLimit = 70;    // RFC 2046, 5.1.1
 constexpr std::size_t encodedLineLimit = 76; // RFC 2045, 6.7 and 6.8
-constexpr std::size_t shortestBase64 = 16;
+constexpr qsizetype shortestBase64 = 16;
 // Each costs a search for its end.
 constexpr int headerlessCandidates = 16;
 
@@ -48,9 +48,8 @@ bool isHex(char c)
     return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
 }
 
-bool isText(std::string_view base64)
+bool isText(const QByteArray& bytes)
 {
-    const QByteArray bytes = QByteArray::fromBase64(QByteArray(base64.data(), static_cast<qsizetype>(base64.size())));
     const auto controls = std::count_if(bytes.begin(), bytes.end(), [](char c) {
         return static_cast<unsigned char>(c) < 0x20 && c != '\n' && c != '\r' && c != '\t' && c != '\x1B';
     });
@@ -67,38 +66,29 @@ bool isText(std::string_view base64)
 
 bool looksLikeBase64(std::string_view body)
 {
-    std::string joined;
-    std::size_t lineLength = 0;
-    bool ended = false;
     std::string_view rest = body.substr(0, lookedAt);
     const bool whole = rest.size() == body.size();
+    rest = whole ? rest : rest.substr(0, rest.rfind('\n') + 1);
+    QByteArray joined;
+    std::size_t lineLength = 0;
+    bool ended = false;
     while (!rest.empty()) {
-        const bool last = rest.find('\n') == std::string_view::npos;
         const std::string_view line = takeTrimmedLine(rest);
         if (line.empty()) {
             continue;
         }
-        if (last && !whole) {
-            break;
-        }
-        const std::string_view data = line.substr(0, line.find('='));
-        const std::string_view padding = line.substr(data.size());
-        const bool alphabet = std::all_of(data.begin(), data.end(), [](char c) {
-            return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '+' || c == '/';
-        });
-        if (!alphabet || padding.size() > 2 || padding.find_first_not_of('=') != std::string_view::npos || ended) {
+        if (ended || (lineLength != 0 && line.size() > lineLength)) {
             return false;
         }
-        if (lineLength != 0 && line.size() > lineLength) {
-            return false;
-        }
-        ended = !padding.empty() || (lineLength != 0 && line.size() < lineLength);
+        ended = lineLength != 0 && line.size() < lineLength;
         lineLength = line.size();
-        joined += line;
+        joined.append(line.data(), static_cast<qsizetype>(line.size()));
     }
-    const std::size_t usable = joined.size() / 4 * 4;
-    const bool fits = !whole || usable == joined.size();
-    return joined.size() >= shortestBase64 && fits && isText(std::string_view(joined).substr(0, usable));
+    if (!whole) {
+        joined.truncate(joined.size() / 4 * 4);
+    }
+    const auto decoded = QByteArray::fromBase64Encoding(joined, QByteArray::AbortOnBase64DecodingErrors);
+    return joined.size() >= shortestBase64 && joined.size() % 4 == 0 && decoded && isText(*decoded);
 }
 
 bool looksLikeQuotedPrintable(std::string_view body)

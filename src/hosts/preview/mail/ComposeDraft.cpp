@@ -1,9 +1,10 @@
 #include "hosts/preview/mail/ComposeDraft.h"
 
+#include "mail/AsciiText.h"
+
 #include <QLocale>
+#include <QRegularExpression>
 #include <QString>
-#include <algorithm>
-#include <initializer_list>
 
 namespace quillmate
 {
@@ -11,31 +12,6 @@ namespace
 {
 
 constexpr std::string_view cutNotice = "[The rest of this message is too long to be quoted.]";
-
-bool beginsWithWord(std::string_view text, std::string_view word)
-{
-    const auto same = [](char left, char right) {
-        return (left >= 'A' && left <= 'Z' ? left - 'A' + 'a' : left) == right;
-    };
-    return text.size() >= word.size() && std::equal(word.begin(), word.end(), text.begin(),
-                                                    [&same](char right, char left) { return same(left, right); });
-}
-
-/// Whether the subject begins with one of the words and a colon, "Re[2]:" included.
-bool hasPrefix(std::string_view subject, std::initializer_list<std::string_view> words)
-{
-    return std::any_of(words.begin(), words.end(), [subject](std::string_view word) {
-        if (!beginsWithWord(subject, word)) {
-            return false;
-        }
-        std::string_view rest = subject.substr(word.size());
-        if (rest.starts_with('[')) {
-            rest.remove_prefix(std::min(rest.size(), rest.find(']')));
-            rest.remove_prefix(rest.empty() ? 0 : 1);
-        }
-        return rest.starts_with(':');
-    });
-}
 
 std::string nameOf(const Mailbox& sender)
 {
@@ -83,12 +59,12 @@ void appendField(std::string& block, std::string_view name, const std::string& v
 
 std::string prefixedSubject(std::string_view prefix, std::string_view subject)
 {
-    const bool isPrefixed = prefix == "Re" ? hasPrefix(subject, {"re"}) : hasPrefix(subject, {"fwd", "fw"});
-    if (isPrefixed) {
-        return std::string(subject);
-    }
-    std::string text(prefix);
-    return text.append(": ").append(subject);
+    // "Re[2]:" is one as well.
+    const QRegularExpression prefixes(prefix == "Re" ? QStringLiteral("^re(\\[[^\\]]*\\])?:")
+                                                     : QStringLiteral("^fwd?(\\[[^\\]]*\\])?:"),
+                                      QRegularExpression::CaseInsensitiveOption);
+    std::string text(subject);
+    return prefixes.match(QString::fromStdString(text)).hasMatch() ? text : std::string(prefix) + ": " + text;
 }
 
 std::string quotedText(std::string_view text)
@@ -96,11 +72,9 @@ std::string quotedText(std::string_view text)
     std::string quoted;
     quoted.reserve(text.size() + text.size() / 16);
     while (!text.empty()) {
-        const std::size_t lineFeed = text.find('\n');
-        const std::string_view line = text.substr(0, lineFeed);
+        const std::string_view line = takeLine(text);
         const bool needsNoBlank = line.empty() || line.starts_with('>');
         quoted.append(needsNoBlank ? ">" : "> ").append(line).push_back('\n');
-        text.remove_prefix(lineFeed == std::string_view::npos ? text.size() : lineFeed + 1);
     }
     return quoted;
 }

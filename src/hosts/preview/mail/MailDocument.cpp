@@ -27,23 +27,8 @@ Mailbox senderOf(const HeaderFields& headers)
 
 std::string snippetOf(std::string_view text)
 {
-    std::string snippet;
-    bool blankHeld = false;
-    for (const char letter : text) {
-        if (letter == ' ' || letter == '\n' || letter == '\t' || letter == '\r') {
-            blankHeld = !snippet.empty();
-            continue;
-        }
-        if (blankHeld) {
-            snippet.push_back(' ');
-            blankHeld = false;
-        }
-        snippet.push_back(letter);
-        if (snippet.size() > snippetBytes) {
-            break;
-        }
-    }
-    return std::string(cutUtf8(snippet, snippetBytes));
+    const QString line = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())).simplified();
+    return std::string(cutUtf8(line.toStdString(), snippetBytes));
 }
 
 MessageSummary summaryOf(const HeaderFields& headers, std::string_view text)
