@@ -1,5 +1,6 @@
 #include "mail/Charset.h"
 
+#include "mail/AsciiText.h"
 #include "mail/MimeLibrary.h"
 
 #include <QString>
@@ -12,11 +13,6 @@ namespace quillmate
 {
 namespace
 {
-
-bool isNamed(const std::string& charset, const char* name)
-{
-    return g_ascii_strcasecmp(charset.c_str(), name) == 0;
-}
 
 /// Through the MIME library; nothing when it does not know the charset.
 std::optional<std::string> converted(const std::string& bytes, const char* charset)
@@ -48,12 +44,12 @@ std::string utf8OfUnknown(const std::string& bytes)
 std::string utf8Of(const std::string& bytes, std::string_view charset)
 {
     prepareMimeLibrary();
-    std::string name(charset);
+    std::string name = lowerCase(charset);
     if (name.empty() && (bytes.find("\x1B$B") != std::string::npos || bytes.find("\x1B$@") != std::string::npos)) {
         name = "iso-2022-jp";
     }
     // Mail that calls itself US-ASCII or UTF-8 and is not is common.
-    const bool isSaid = !name.empty() && !isNamed(name, "us-ascii") && !isNamed(name, "utf-8");
+    const bool isSaid = !name.empty() && name != "us-ascii" && name != "utf-8";
     std::optional<std::string> text = isSaid ? converted(bytes, name.c_str()) : std::nullopt;
     return text ? std::move(*text) : utf8OfUnknown(bytes);
 }

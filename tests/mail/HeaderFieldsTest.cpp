@@ -31,12 +31,10 @@ private Q_SLOTS:
         const auto row = [](const char* label, const char* source, const char* name, const QStringList& values) {
             QTest::newRow(label) << QByteArray(source) << QByteArray(name) << values;
         };
-        row("plain", "Subject: Lunch\n\nbody", "subject", {"Lunch"});
         row("name in lower case", "MESSAGE-ID: <A@B>\n\n", "message-id", {"<A@B>"});
         row("no blank after the colon", "Subject:Lunch\n\n", "subject", {"Lunch"});
         row("blank before the colon", "Subject \t: Lunch\n\n", "subject", {"Lunch"});
         row("blanks at both ends", "Subject: \t Lunch \t\n\n", "subject", {"Lunch"});
-        row("folded by a blank", "Subject: one\n two\n\n", "subject", {"one two"});
         row("folded by a tab, kept", "Subject: one\n\ttwo\n\n", "subject", {"one\ttwo"});
         row("value on the next line", "Message-ID:\n <a@b>\n\n", "message-id", {"<a@b>"});
         row("CR LF", "Subject: one\r\n two\r\nTo: a@b\r\n\r\nSubject: no\r\n", "subject", {"one two"});
@@ -46,10 +44,7 @@ private Q_SLOTS:
         row("a line that is no field", "X: y\nrubbish\n more rubbish\nSubject: s\n\n", "subject", {"s"});
         row("value with colons", "Subject: 10:30: lunch\n\n", "subject", {"10:30: lunch"});
         row("empty value", "Subject:\n\n", "subject", {""});
-        row("encoded, UTF-8", "Subject: =?UTF-8?Q?Caf=C3=A9_au_lait?=\n\n", "subject", {"Café au lait"});
-        row("encoded, base64", "Subject: =?utf-8?B?5pel5pys?=\n\n", "subject", {"日本"});
         row("encoded, ISO-2022-JP", "Subject: =?ISO-2022-JP?B?GyRCRnxLXBsoQg==?=\n\n", "subject", {"日本"});
-        row("two encoded words, folded", "Subject: =?utf-8?Q?a=C3=A9?=\n =?utf-8?Q?=C3=A9b?=\n\n", "subject", {"aééb"});
         row("padded base64, twice", "Subject: =?utf-8?B?YQ==?= =?utf-8?b?Yg==?=\n\n", "subject", {"ab"});
         row("character cut between words", "Subject: =?utf-8?Q?=C3?= =?utf-8?Q?=A9?=\n\n", "subject", {"é"});
         row("two charsets", "Subject: =?utf-8?Q?=C3=A9?= =?iso-8859-1?Q?=E9?=\n\n", "subject", {"éé"});
@@ -86,10 +81,7 @@ private Q_SLOTS:
                             const QStringList& addresses) {
             QTest::newRow(label) << QByteArray(value) << names << addresses;
         };
-        row("bare", "ann@example.com", {""}, {"ann@example.com"});
-        row("name", "Ann Lee <ann@example.com>", {"Ann Lee"}, {"ann@example.com"});
         row("quoted name with a comma", "\"Lee, Ann\" <ann@example.com>", {"Lee, Ann"}, {"ann@example.com"});
-        row("encoded name", "=?utf-8?Q?Ren=C3=A9?= <r@example.com>", {"René"}, {"r@example.com"});
         row("padded encoded name", "=?utf-8?B?UsOpbmUu?= =?utf-8?B?YQ==?= =?utf-8?B?Yg==?= <r@example.com>",
             {"Réne.ab"}, {"r@example.com"});
         row("encoded name in quotes", "\"=?utf-8?Q?Ren=C3=A9?=\" <r@example.com>", {"René"}, {"r@example.com"});
@@ -97,7 +89,6 @@ private Q_SLOTS:
         row("two", "a@example.com, B <b@example.com>", {"", "B"}, {"a@example.com", "b@example.com"});
         row("group", "Team: a@example.com, b@example.com;", {"", ""}, {"a@example.com", "b@example.com"});
         row("empty group", "undisclosed-recipients:;", {}, {});
-        row("empty", "", {}, {});
     }
 
     void mailboxes()
