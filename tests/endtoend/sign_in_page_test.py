@@ -1,17 +1,15 @@
 #!/usr/bin/python3
 """The sign-in page in a real browser, Chromium without a window: by the keyboard alone, narrow and large, light and
-dark, with bad input and with forged forms. The first argument is the folder of the programs. With SCREENSHOTS set to a
-folder, pictures of the pages are put there."""
+dark, and with bad input. The first argument is the folder of the programs. With SCREENSHOTS set to a folder, pictures of
+the pages are put there."""
 
 import base64
-import http.server
 import json
 import os
 import ssl
 import subprocess
 import sys
 import tempfile
-import threading
 import unittest
 import urllib.request
 
@@ -231,21 +229,21 @@ class SignInPage(unittest.TestCase):
 
     def test_narrow_and_large_and_in_both_schemes(self):
         long_name = "Wolfeschlegelsteinhausenbergerdorff" * 4
-        for scheme in ("light", "dark"):
-            for width, text in ((360, 16), (360, 32), (1280, 16)):
-                name = f"{scheme}-{width}-{text}"
-                self.show_as(width, 740, scheme, text)
-                self.begun = self.service.session()
-                self.open(self.begun["login_url"])
-                self.check_layout(name + "-form")
-                self.fill_in(long_name, "not an address at all " + "x" * 80)
-                self.submit()
-                self.assertEqual(len(self.browser.find_elements(By.CLASS_NAME, "error")), 2)
-                self.check_layout(name + "-errors")
-                self.fill_in(long_name[:100], "maria@mail.example")
-                self.submit()
-                self.assertEqual(self.heading(), "Signed in")
-                self.check_layout(name + "-done")
+        # The colours do not depend on the width, nor the places on the colours.
+        for scheme, width, text in (("light", 360, 16), ("light", 360, 32), ("dark", 1280, 16)):
+            name = f"{scheme}-{width}-{text}"
+            self.show_as(width, 740, scheme, text)
+            self.begun = self.service.session()
+            self.open(self.begun["login_url"])
+            self.check_layout(name + "-form")
+            self.fill_in(long_name, "not an address at all " + "x" * 80)
+            self.submit()
+            self.assertEqual(len(self.browser.find_elements(By.CLASS_NAME, "error")), 2)
+            self.check_layout(name + "-errors")
+            self.fill_in(long_name[:100], "maria@mail.example")
+            self.submit()
+            self.assertEqual(self.heading(), "Signed in")
+            self.check_layout(name + "-done")
         light, dark = (self.background(scheme) for scheme in ("light", "dark"))
         self.assertNotEqual(light, dark)
 
@@ -255,15 +253,7 @@ class SignInPage(unittest.TestCase):
 
     def test_bad_input_is_told_and_kept(self):
         good, odd = "maria@mail.example", "\"Maria\" <b>&amp; 'Co'"
-        for name, email, wrong in (
-            ("", "", ["name", "email"]),
-            ("   ", good, ["name"]),
-            ("x" * 101, good, ["name"]),
-            (odd, "", ["email"]),
-            (odd, "maria", ["email"]),
-            (odd, "maria@mail", ["email"]),
-            (odd, "@mail.example", ["email"]),
-        ):
+        for name, email, wrong in (("", "", ["name", "email"]), ("   ", good, ["name"]), (odd, "maria@mail", ["email"])):
             with self.subTest(name=name, email=email):
                 self.fill_in(name, email)
                 self.submit()
@@ -282,68 +272,15 @@ class SignInPage(unittest.TestCase):
         self.submit()
         self.assertEqual(self.service.get("/api/v1/me", self.token())["name"], odd)
 
-    def test_a_form_of_another_origin_is_refused(self):
-        form_token = self.browser.find_element(By.NAME, "form_token").get_attribute("value")
-        page = (
-            f'<html><form method="post" action="{self.begun["login_url"]}"><input name="name" value="Eve">'
-            f'<input name="email" value="eve@mail.example"><input name="form_token" value="{form_token}">'
-            "<button>Win</button></form></html>"
-        ).encode()
-
-        class Foreign(http.server.BaseHTTPRequestHandler):
-            def do_GET(self):
-                self.send_response(200)
-                self.send_header("Content-Type", "text/html")
-                self.end_headers()
-                self.wfile.write(page)
-
-            def log_message(self, *_):
-                pass
-
-        server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Foreign)
-        threading.Thread(target=server.serve_forever, daemon=True).start()
-        self.addCleanup(server.server_close)
-        self.addCleanup(server.shutdown)
-        for host in ("127.0.0.1", "localhost"):  # the same site, and another one
-            self.open(f"http://{host}:{server.server_port}/")
-            self.submit()
-            self.assertEqual(self.heading(), "Not signed in", host)
-            self.assertIsNone(self.token())
-        self.check_layout("refused")
-
-    def test_a_form_without_its_own_token_is_refused(self):
-        script = "const e = document.getElementsByName('form_token')[0];"
-        for change in ("e.remove()", "e.value = ''", "e.value = 'x' + e.value.slice(1)", "e.value += 'x'"):
-            with self.subTest(change=change):
-                self.open(self.begun["login_url"])
-                self.fill_in("Eve", "eve@mail.example")
-                self.browser.execute_script(script + change)
-                self.submit()
-                self.assertEqual(self.heading(), "Not signed in")
-                self.assertIsNone(self.token())
-
-    def test_a_second_form_changes_nothing(self):
-        first = self.browser.current_window_handle
-        self.browser.switch_to.new_window("tab")
-        self.open(self.begun["login_url"])
+    def test_pages_that_say_no(self):
+        self.show_as(width=360, height=740, text=32)
+        self.browser.execute_script("document.getElementsByName('form_token')[0].remove()")
         self.fill_in("Eve", "eve@mail.example")
-        second = self.browser.current_window_handle
-        self.browser.switch_to.window(first)
-        self.fill_in("Maria", "maria@mail.example")
         self.submit()
-        token = self.token()
-        self.browser.switch_to.window(second)
-        self.submit()
-        self.assertEqual(self.heading(), "Signed in")
-        self.browser.close()
-        self.browser.switch_to.window(first)
-        self.assertEqual(self.token(), token)
-        self.assertEqual(self.service.get("/api/v1/me", token)["name"], "Maria")
-
-    def test_a_sign_in_that_is_over_says_so(self):
+        self.assertEqual(self.heading(), "Not signed in")
+        self.check_layout("refused")
         self.open(self.begun["login_url"] + "x")
         self.assertEqual(self.heading(), "This sign-in is over")
-        self.show_as(width=360, height=740, text=32)
         self.check_layout("over")
 
 
