@@ -51,13 +51,13 @@ return opened.docShell.outerWindowID;
 class Thunderbird(Accessible):
     """What it shows on the accessibility bus is that of the panels, not its own."""
 
-    def __init__(self, programs, service=None, host_installed=True, mail=SAMPLES, preferences=""):
+    def __init__(self, programs, service=None, host_installed=True, mail=SAMPLES):
         self.home = Home()
         self.programs = programs
         self.profile = self.home.path + "/profile"
         self.shell(shlex.join(["make_profile", self.profile, programs + "/../quillmate.xpi", *mail]))
         with open(self.profile + "/user.js", "a") as user:
-            user.write('user_pref("marionette.port", 0);\n' + preferences)
+            user.write('user_pref("marionette.port", 0);\n')
         if host_installed:
             self.install_host()
         environment = self.home.environment() | (service.environment() if service else {})
