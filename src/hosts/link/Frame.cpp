@@ -75,7 +75,7 @@ FrameReader::Next FrameReader::next()
     return Next(std::move(bytes));
 }
 
-bool FrameWriter::write(std::string_view bytes)
+bool FrameWriter::write(std::string_view bytes) const
 {
     if (bytes.size() > largestOutgoingFrame) {
         return false;
@@ -85,7 +85,6 @@ bool FrameWriter::write(std::string_view bytes)
     std::memcpy(frame.data(), &length, sizeof length);
     frame += bytes;
 
-    const std::lock_guard lock(m_mutex);
     std::string_view rest = frame;
     while (!rest.empty()) {
         const ssize_t count = ::write(m_descriptor, rest.data(), rest.size());

@@ -3,7 +3,6 @@
 #include "base/Result.h"
 
 #include <cstddef>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -45,7 +44,7 @@ private:
     int m_stopDescriptor;
 };
 
-/// Writes frames to a descriptor, each whole, from any thread.
+/// Writes frames to a descriptor, each whole. Not for two threads at once.
 class FrameWriter
 {
 public:
@@ -55,11 +54,10 @@ public:
     }
 
     /// False when the frame is too large or nobody reads any more.
-    bool write(std::string_view bytes);
+    bool write(std::string_view bytes) const;
 
 private:
     int m_descriptor;
-    std::mutex m_mutex;
 };
 
 } // namespace quillmate

@@ -222,32 +222,6 @@ private Q_SLOTS:
         pipe.closeOutput();
         QVERIFY(!FrameWriter(pipe.input()).write("lost"));
     }
-
-    void writesFromManyThreads()
-    {
-        Pipe pipe;
-        FrameWriter writer(pipe.input());
-        constexpr int each = 50;
-        std::jthread writing([&] {
-            {
-                std::vector<std::jthread> writers;
-                for (const char letter : {'a', 'b', 'c'}) {
-                    writers.emplace_back([&writer, letter] {
-                        for (int i = 0; i < each; ++i) {
-                            writer.write(std::string(10'000, letter));
-                        }
-                    });
-                }
-            }
-            pipe.closeInput();
-        });
-        auto seen = pipe.readAll();
-        QCOMPARE(seen.takeLast(), QStringLiteral("end"));
-        QCOMPARE(seen.size(), 3 * each);
-        for (const QString& frame : seen) {
-            QCOMPARE(frame, "frame: " + QString(10'000, frame.back()));
-        }
-    }
 };
 
 QUILLMATE_TEST(FrameTest, QCoreApplication)

@@ -1,11 +1,19 @@
-#include "hosts/preview/mail/MailDocument.h"
+#include "hosts/preview/mail/ComposeDraft.h"
 #include "support/TestProgram.h"
 
 #include <QCoreApplication>
 
 using namespace quillmate;
 
-/// What the preview's windows and the extension get of a message.
+namespace
+{
+
+const std::string head = "From: Ann Lee <ann@example.com>\nTo: Bo <bo@example.com>\nCc: Cy <cy@example.com>\n"
+                         "Date: Tue, 4 Mar 2025 09:15:37 +0900\nSubject: Lunch\n";
+
+} // namespace
+
+/// What the preview's windows and the extension get of a message, and the drafts that answer it.
 class MailDocumentTest : public QObject
 {
     Q_OBJECT
@@ -40,27 +48,60 @@ private Q_SLOTS:
         QVERIFY(document.message->headers == expected);
     }
 
-    void remoteImages()
+    void prefixes()
     {
-        const std::string html =
-            "Content-Type: text/html\nContent-Transfer-Encoding: quoted-printable\n\n"
-            "<img src=3D'https://a.example/photo.png'><img src=3D'https://a.exa=\nmple/pixel.gif'>\n";
-        const std::string plain = "Content-Type: text/plain\n\n<img src='https://a.example/photo.png'>\n";
-        const auto both = [](const std::string& first, const std::string& second) {
-            return "Content-Type: multipart/alternative; boundary=b\n\n--b\n" + first + "--b\n" + second + "--b--\n";
+        const char* rows[][3] = {
+            {"Re", "Lunch", "Re: Lunch"},
+            {"Re", "RE: Lunch", "RE: Lunch"},
+            {"Re", "Re[2]: Lunch", "Re[2]: Lunch"},
+            {"Re", "Re[2 Lunch", "Re: Re[2 Lunch"},
+            {"Re", "Fwd: Lunch", "Re: Fwd: Lunch"},
+            {"Re", "Report: done", "Re: Report: done"},
+            {"Re", "", "Re: "},
+            {"Fwd", "FW: Lunch", "FW: Lunch"},
+            {"Fwd", "Re: Lunch", "Fwd: Re: Lunch"},
         };
-        const std::pair<std::string, RemoteImages> rows[] = {
-            {html, {2, 1, false}},
-            {both(plain, html), {2, 1, false}},
-            {plain, {}},
-            {both(plain, "Content-Disposition: attachment\n" + html), {}},
-        };
-        const auto rules =
-            ContentRules::parse("[{\"trigger\":{\"url-filter\":\"/pixel\"},\"action\":{\"type\":\"block\"}}]");
-        for (const auto& [parts, images] : rows) {
-            const std::string source = "From: a@example.com\nMIME-Version: 1.0\n" + parts;
-            QVERIFY2(readDocument(source, rules.value()).remoteImages == images, source.c_str());
+        for (const auto& [prefix, subject, result] : rows) {
+            QCOMPARE(QByteArray::fromStdString(prefixedSubject(prefix, subject)), result);
         }
+    }
+
+    void reply()
+    {
+        const QByteArray wrote = "\n\nOn Tue, 4 March 2025 at 09:15, Ann Lee wrote:\n";
+        const std::pair<std::string, ComposeDraft> rows[] = {
+            {head + "\nHi,\n\n> old\nBye\n",
+             {"Ann Lee <ann@example.com>", "Re: Lunch", wrote.toStdString() + "> Hi,\n>\n>> old\n> Bye\n"}},
+            {"Reply-To: desk@example.com\n" + head + "\n", {"desk@example.com", "Re: Lunch", wrote.toStdString()}},
+            {"From: ann@example.com\nDate: soon\n\nHi\n",
+             {"ann@example.com", "Re: ", "\n\nann@example.com wrote:\n> Hi\n"}},
+            {"Subject: x\n\nHi\n", {"", "Re: x", "\n\nThe sender wrote:\n> Hi\n"}},
+        };
+        for (const auto& [source, expected] : rows) {
+            const ComposeDraft draft = composeReply(readDocument(source));
+            QVERIFY2(draft == expected, (draft.to + '\n' + draft.subject + '\n' + draft.body).c_str());
+        }
+    }
+
+    void forward()
+    {
+        const ComposeDraft draft = composeForward(readDocument(head + "\nHi,\n> old\n"));
+        const ComposeDraft expected{"", "Fwd: Lunch",
+                                    "\n\n---------- Forwarded message ----------\nFrom: Ann Lee <ann@example.com>\n"
+                                    "Date: Tue, 4 March 2025 at 09:15\nSubject: Lunch\nTo: Bo <bo@example.com>\n"
+                                    "Cc: Cy <cy@example.com>\n\nHi,\n> old\n"};
+        QVERIFY2(draft == expected, (draft.to + '\n' + draft.subject + '\n' + draft.body).c_str());
+    }
+
+    void longTextIsCutWithAWord()
+    {
+        const auto line = QByteArray("All work and no play makes a long message.\n");
+        const std::string source = head + "\n" + line.repeated(2 * displayTextBytes / line.size()).toStdString();
+        const MailDocument document = readDocument(source);
+        QCOMPARE(document.message->rawData->size(), source.size());
+        const std::string body = composeReply(document).body;
+        QVERIFY(body.ends_with("> [The rest of this message is too long to be quoted.]\n"));
+        QVERIFY(body.size() < displayTextBytes * 2);
     }
 };
 

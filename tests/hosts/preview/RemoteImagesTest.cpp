@@ -1,33 +1,161 @@
-#include "hosts/preview/mail/RemoteImages.h"
+#include "extension/MailExtension.h"
+#include "hosts/preview/mail/MailDocument.h"
 #include "support/TestProgram.h"
 
 #include <QCoreApplication>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QRegularExpression>
+#include <QSet>
 
 using namespace quillmate;
 
 namespace
 {
 
+std::string rule(const std::string& trigger, const std::string& action = "block")
+{
+    return R"({"trigger":{)" + trigger + R"(},"action":{"type":")" + action + "\"}}";
+}
+
 /// Rules that block one address and nothing else, so that a count tells whether just that one was found.
 ContentRules rulesFor(const QString& address)
 {
     const QString filter = QRegularExpression::escape(address).replace(u"\\"_qs, u"\\\\"_qs);
-    auto rules =
-        ContentRules::parse(QStringLiteral("[{\"trigger\":{\"url-filter\":\"^%1$\"},\"action\":{\"type\":\"block\"}}]")
-                                .arg(filter)
-                                .toStdString());
-    return std::move(rules).value();
+    return ContentRules::parse("[" + rule("\"url-filter\":\"^" + filter.toStdString() + "$\"") + "]").value();
 }
+
+std::string shippedRules()
+{
+    return MailExtension().handlerForContentBlocker()->contentRulesJSON();
+}
+
+/// What the engines of content blockers take of a url-filter: plain characters, ".", sets, groups, "?", "+", "*" and
+/// the two anchors, and nothing else.
+const QString plainFilter = QStringLiteral("^\\^https[?]://"
+                                           "(?:(?:[^\\\\|{}()\\[\\]?+*^$ ]|\\\\[!-/:-@\\[-`{-~]|"
+                                           "\\[[^\\[\\]\\\\]+\\]|\\)|\\()[?+*]?)*\\$?$");
 
 } // namespace
 
-/// What is found of a message's remote images, and what is said of them.
+/// What is found of a message's remote images, what content rules say of them, and what the reader is told.
 class RemoteImagesTest : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
+    void rulesApply()
+    {
+        const std::string pixel = R"("url-filter":"/Pixel\\.gif")";
+        const std::string everything = R"("url-filter":".*")";
+        const std::string lifted = rule(everything) + "," + rule(pixel, "ignore-previous-rules");
+        const struct {
+            std::string rules;
+            const char* path;
+            bool blocked;
+        } rows[] = {
+            {"", "pixel.gif", false},
+            {rule(pixel), "PIXEL.GIF?u=1", true},
+            {rule(pixel + R"(,"url-filter-is-case-sensitive":false)"), "pixel.gif", true},
+            {rule(pixel + R"(,"url-filter-is-case-sensitive":true)"), "Pixel.gif", true},
+            {rule(pixel + R"(,"url-filter-is-case-sensitive":true)"), "pixel.gif", false},
+            {rule(pixel), "Pixel-gif", false},
+            {rule(everything + R"(,"resource-type":["script","image"])"), "", true},
+            {rule(everything + R"(,"resource-type":["script","style-sheet"])"), "", false},
+            {rule(everything + R"(,"resource-type":[])"), "", false},
+            {rule(everything + R"(,"load-type":["third-party"])"), "", true},
+            {rule(everything + R"(,"load-type":["first-party"])"), "", false},
+            {rule(everything + R"(,"if-domain":["a.example"])"), "", false},
+            {rule(everything + R"(,"unless-domain":["a.example"])"), "", true},
+            {rule(everything, "block-cookies"), "", false},
+            {rule(everything, "css-display-none"), "", false},
+            {lifted, "pixel.gif", false},
+            {lifted, "other.gif", true},
+            {lifted + "," + rule(R"("url-filter":"\\?u=")"), "pixel.gif?u=1", true},
+            {rule(everything) + "," + rule(pixel + R"(,"resource-type":["script"])", "ignore-previous-rules"),
+             "pixel.gif", true},
+        };
+        for (const auto& row : rows) {
+            const auto parsed = ContentRules::parse("[" + row.rules + "]");
+            QVERIFY2(parsed, row.rules.c_str());
+            QVERIFY2(parsed.value().blocksImage(QStringLiteral("https://a.example/") + row.path) == row.blocked,
+                     row.rules.c_str());
+        }
+    }
+
+    void wrongRulesAreRefused()
+    {
+        const std::string good = rule(R"("url-filter":"a")");
+        const std::string filter = R"("url-filter":"a",)";
+        const std::pair<std::string, std::string> wrongRules[] = {
+            {"\"block\"", "url-filter"},
+            {R"({"action":{"type":"block"}})", "url-filter"},
+            {rule(R"("url-filter":"")"), "url-filter"},
+            {rule(R"("url-filter":1)"), "url-filter"},
+            {rule("\"url-filter\":\"(a\""), "regular expression"},
+            {rule(filter + R"("resource-type":"image")"), "resource-type"},
+            {rule(filter + R"("load-type":[1])"), "load-type"},
+            {rule(filter + R"("url-filter-is-case-sensitive":"no")"), "url-filter-is-case-sensitive"},
+            {R"({"trigger":{"url-filter":"a"}})", "action"},
+            {rule(R"("url-filter":"a")", "explode"), "action"},
+        };
+        for (const auto& [wrong, named] : wrongRules) {
+            const auto parsed = ContentRules::parse("[" + good + "," + wrong + "]");
+            QVERIFY2(!parsed, wrong.c_str());
+            QVERIFY2(parsed.error().find("rule 2 of the content rules") != std::string::npos, wrong.c_str());
+            QVERIFY2(parsed.error().find(named) != std::string::npos, parsed.error().c_str());
+        }
+        for (const std::string& noList : {"[" + good, good}) {
+            const auto parsed = ContentRules::parse(noList);
+            QVERIFY(!parsed && parsed.error().find("no JSON array") != std::string::npos);
+        }
+    }
+
+    void shippedRulesAreForImagesAlone()
+    {
+        const QJsonArray list = QJsonDocument::fromJson(QByteArray::fromStdString(shippedRules())).array();
+        QVERIFY(list.size() >= 25);
+        QSet<QString> filters;
+        for (const auto& entry : list) {
+            const QJsonObject rule = entry.toObject();
+            QCOMPARE(rule.keys(), QStringList({"action", "trigger"}));
+            QCOMPARE(rule["action"].toObject(), (QJsonObject{{"type", "block"}}));
+            const QJsonObject trigger = rule["trigger"].toObject();
+            QCOMPARE(trigger.keys(), QStringList({"resource-type", "url-filter"}));
+            QCOMPARE(trigger["resource-type"].toArray(), QJsonArray{"image"});
+            const QString filter = trigger["url-filter"].toString();
+            QVERIFY2(QRegularExpression(plainFilter).match(filter).hasMatch(), qPrintable(filter));
+            QVERIFY2(!filters.contains(filter), qPrintable(filter));
+            filters.insert(filter);
+        }
+    }
+
+    /// One of each kind of filter: host alone, any host and a path, host and a path, a query; and what stands next to
+    /// it.
+    void shippedRulesKnowTrackers()
+    {
+        const auto rules = ContentRules::parse(shippedRules());
+        QVERIFY2(rules, rules ? "" : rules.error().c_str());
+        for (const char* tracker :
+             {"https://garden.us12.list-manage.com/track/open.php?u=3011",
+              "https://links.shop.example/wf/open?upn=u001.A", "http://email.mg.club.example/o/eJwNyEEOgCAMBMDX",
+              "https://ab12cd.r.eu-west-1.awstrack.me/I0/0102018f3b2a-9e8f/x=401", "https://pstmrk.it/open?m=v3_1.AA",
+              "https://track.hubspot.com/__ptq.gif?a=1&k=14", "https://t.news.shop.example/r/?id=h1f69f0f9,87536dde,1",
+              "https://k3x9q2.emltrk.com/k3x9q2?d=a", "HTTPS://GARDEN.US12.LIST-MANAGE.COM/TRACK/OPEN.PHP?U=1"}) {
+            QVERIFY2(rules.value().blocksImage(QString::fromLatin1(tracker)), tracker);
+        }
+        for (const char* picture :
+             {"https://mcusercontent.com/0a1b/images/header.png", "https://cdn.shop.example/wf/openings.png",
+              "https://shop.example/track/open.php", "https://email.shop.example/o/photo.jpg",
+              "https://www.awstrack.me/logo.png", "https://notpstmrk.it/open/x.png",
+              "https://track.hubspot.com/logo.png", "https://shop.example/trk?t=summer",
+              "https://shop.example/r/?id=house.png", "https://shop.example/?next=https://t.yesware.com/",
+              "https://shop.example/proxy/https://r.superhuman.com/a.gif", "https://a.example/"}) {
+            QVERIFY2(!rules.value().blocksImage(QString::fromLatin1(picture)), picture);
+        }
+    }
+
     void found()
     {
         const QString one = "https://a.example/1.png";
@@ -93,6 +221,28 @@ private Q_SLOTS:
         };
         for (const auto& [images, notice] : rows) {
             QCOMPARE(QByteArray::fromStdString(remoteImagesNotice(images)), notice);
+        }
+    }
+
+    void imagesOfAMessage()
+    {
+        const std::string html =
+            "Content-Type: text/html\nContent-Transfer-Encoding: quoted-printable\n\n"
+            "<img src=3D'https://a.example/photo.png'><img src=3D'https://a.exa=\nmple/pixel.gif'>\n";
+        const std::string plain = "Content-Type: text/plain\n\n<img src='https://a.example/photo.png'>\n";
+        const auto both = [](const std::string& first, const std::string& second) {
+            return "Content-Type: multipart/alternative; boundary=b\n\n--b\n" + first + "--b\n" + second + "--b--\n";
+        };
+        const std::pair<std::string, RemoteImages> rows[] = {
+            {html, {2, 1, false}},
+            {both(plain, html), {2, 1, false}},
+            {plain, {}},
+            {both(plain, "Content-Disposition: attachment\n" + html), {}},
+        };
+        const auto rules = ContentRules::parse("[" + rule(R"("url-filter":"/pixel")") + "]");
+        for (const auto& [parts, images] : rows) {
+            const std::string source = "From: a@example.com\nMIME-Version: 1.0\n" + parts;
+            QVERIFY2(readDocument(source, rules.value()).remoteImages == images, source.c_str());
         }
     }
 };
