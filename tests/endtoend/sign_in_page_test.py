@@ -1,9 +1,7 @@
 #!/usr/bin/python3
 """The sign-in page in a real browser, Chromium without a window: by the keyboard alone, narrow and large, light and
-dark, and with bad input. The first argument is the folder of the programs. With SCREENSHOTS set to a folder, pictures of
-the pages are put there."""
+dark, and with bad input. The first argument is the folder of the programs."""
 
-import base64
 import json
 import os
 import ssl
@@ -162,18 +160,11 @@ class SignInPage(unittest.TestCase):
 
         WebDriverWait(self.browser, PATIENCE, 0.05, ignored_exceptions=[Exception]).until(is_there)
 
-    def picture(self, name):
-        if "SCREENSHOTS" in os.environ:
-            data = self.browser.execute_cdp_cmd("Page.captureScreenshot", {})["data"]
-            with open(os.path.join(os.environ["SCREENSHOTS"], name + ".png"), "wb") as file:
-                file.write(base64.b64decode(data))
-
     def token(self):
         return self.service.session(self.begun["id"])["access_token"]
 
     def check_layout(self, name):
         """Nothing stands out, is clipped, or is hard to read."""
-        self.picture(name)
         width = self.browser.execute_script("return innerWidth")
         root = self.browser.find_element(By.TAG_NAME, "html")
         self.assertEqual(root.value_of_css_property("font-size"), f"{self.text}px")
@@ -207,7 +198,6 @@ class SignInPage(unittest.TestCase):
         check_focus("email", "input")
         self.keys("zoe@mail.example", Keys.TAB)
         check_focus("", "button")
-        self.picture("keyboard")
         webdriver.ActionChains(self.browser).key_down(Keys.SHIFT).send_keys(Keys.TAB).key_up(Keys.SHIFT).perform()
         check_focus("email", "input")
         self.keys(Keys.TAB)
@@ -217,7 +207,6 @@ class SignInPage(unittest.TestCase):
         self.wait_for_another(page)
         self.assertEqual(self.heading(), "Signed in")
         self.assertIn("Signed in", self.browser.title)
-        self.picture("signed-in")
 
         token = self.token()
         self.assertEqual(self.service.get("/api/v1/me", token), {"email": "zoe@mail.example", "name": "Zoë Müller-Łukasz"})

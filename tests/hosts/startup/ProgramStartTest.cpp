@@ -12,72 +12,61 @@ class ProgramStartTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void start_data();
-    void start();
+    void ends()
+    {
+        struct Row {
+            QString program;
+            QStringList arguments;
+            QString variables; // NAME=value, with blanks between
+            int status;
+            QString said; // on the one line of a failure, or where the output begins; empty: no output
+        };
+        const QString chat = QUILLMATE_CHAT_PROGRAM;
+        const QString extension = QUILLMATE_EXTENSION_PROGRAM;
+        std::vector<Row> rows = {
+            {chat, {"-help"}, {}, 2, "\"-help\" is unknown"},
+            {chat, {"word"}, {}, 2, "word"},
+            {chat, {}, "QT_QPA_PLATFORM=bogus", 2, "QT_QPA_PLATFORM=\"bogus\""},
+            {chat, {}, "QT_QPA_PLATFORM= DISPLAY=:987", 2, "check DISPLAY"},
+            {chat, {}, "QUILLMATE_CONNECT_TO=nonsense", 2, "QUILLMATE_CONNECT_TO"},
+            {chat, {}, "QUILLMATE_CA_FILE=/nowhere.pem", 2, "QUILLMATE_CA_FILE"},
+            // What mail applications and browsers add by themselves.
+            {extension, {"/path/manifest.json", "quillmate@example"}, {}, 0, {}},
+            {extension, {"chrome-extension://abc/"}, {}, 0, {}},
+            {extension, {"/manifest.json", "--help"}, {}, 0, "Usage: "},
+        };
+        for (const QString& program : {QString(QUILLMATE_PROGRAM), chat, extension}) {
+            const QString name = QFileInfo(program).fileName();
+            // Without a display, as a build or a terminal asks.
+            rows.push_back({program, {"--help"}, "QT_QPA_PLATFORM=", 0, "Usage: " + name});
+            rows.push_back({program, {"--version"}, "QT_QPA_PLATFORM=", 0, name + ' ' + builtVersion() + '\n'});
+            rows.push_back({program, {"--nonsense"}, {}, 2, "\"--nonsense\" is unknown"});
+            rows.push_back({program, {}, "QT_QPA_PLATFORM=", 2, "there is no display"});
+        }
+        for (const auto& [program, arguments, variables, status, said] : rows) {
+            ProgramSurroundings surroundings;
+            for (const QString& variable : variables.split(u' ', Qt::SkipEmptyParts)) {
+                surroundings.set(variable.section(u'=', 0, 0), variable.section(u'=', 1));
+            }
+            ProgramRun run(program, surroundings);
+            const int ended = run.run(arguments);
+            const QString output = QString::fromUtf8(run.output());
+            const QString told = program + ' ' + arguments.join(' ') + ' ' + variables + '\n' + output + run.errors();
+            QVERIFY2(ended == status, qPrintable(told));
+            if (status == 0) {
+                QVERIFY2(output.startsWith(said) && output.isEmpty() == said.isEmpty(), qPrintable(told));
+                QVERIFY2(run.errors().isEmpty(), qPrintable(told));
+            } else {
+                const QStringList lines = run.errorLines();
+                QVERIFY2(output.isEmpty() && lines.size() == 1 && lines.front().contains(said) &&
+                             lines.front().startsWith(QFileInfo(program).fileName() + ": "),
+                         qPrintable(told));
+                QVERIFY2(variables != "QT_QPA_PLATFORM=bogus" || !lines.front().contains("check DISPLAY"),
+                         qPrintable(told));
+            }
+        }
+    }
 };
-
-void ProgramStartTest::start_data()
-{
-    QTest::addColumn<QString>("program");
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QStringList>("variables"); // NAME=value
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QString>("said"); // on the one line of a failure, or where the output begins; empty: no output
-    const auto row = [](const QString& program, const QStringList& arguments, const QStringList& variables, int status,
-                        const QString& said) {
-        const QString name = QFileInfo(program).fileName() + ' ' + (arguments + variables).join(' ');
-        QTest::newRow(qPrintable(name)) << program << arguments << variables << status << said;
-    };
-    const QString quillmate = QUILLMATE_PROGRAM;
-    const QString chat = QUILLMATE_CHAT_PROGRAM;
-    const QString extension = QUILLMATE_EXTENSION_PROGRAM;
-    for (const QString& program : {quillmate, chat, extension}) {
-        const QString name = QFileInfo(program).fileName();
-        // Without a display, as a build or a terminal asks.
-        row(program, {"--help"}, {"QT_QPA_PLATFORM="}, 0, "Usage: " + name);
-        row(program, {"--version"}, {"QT_QPA_PLATFORM="}, 0, name + ' ' + builtVersion() + '\n');
-        row(program, {"--nonsense"}, {}, 2, "\"--nonsense\" is unknown");
-        row(program, {"-x"}, {}, 2, "\"-x\" is unknown");
-        row(program, {"-help"}, {}, 2, "\"-help\" is unknown");
-        row(program, {}, {"QT_QPA_PLATFORM="}, 2, "there is no display");
-        row(program, {}, {"QT_QPA_PLATFORM=bogus"}, 2, "QT_QPA_PLATFORM=\"bogus\"");
-        row(program, {}, {"QT_QPA_PLATFORM=", "DISPLAY=:987"}, 2, "check DISPLAY");
-        row(program, {}, {"QUILLMATE_CONNECT_TO=nonsense"}, 2, "QUILLMATE_CONNECT_TO");
-        row(program, {}, {"QUILLMATE_CA_FILE=/nowhere.pem"}, 2, "QUILLMATE_CA_FILE");
-    }
-    row(chat, {"word"}, {}, 2, "word");
-    // What mail applications and browsers add by themselves.
-    row(extension, {"/path/manifest.json", "quillmate@example"}, {}, 0, "");
-    row(extension, {"chrome-extension://abc/"}, {}, 0, "");
-    row(extension, {"/manifest.json", "--help"}, {}, 0, "Usage: ");
-}
-
-void ProgramStartTest::start()
-{
-    QFETCH(const QString, program);
-    QFETCH(const QStringList, arguments);
-    QFETCH(const QStringList, variables);
-    QFETCH(const int, status);
-    QFETCH(const QString, said);
-    ProgramSurroundings surroundings;
-    for (const QString& variable : variables) {
-        surroundings.set(variable.section(u'=', 0, 0), variable.section(u'=', 1));
-    }
-    ProgramRun run(program, surroundings);
-    QCOMPARE(run.run(arguments), status);
-    const QByteArray output = run.output();
-    const QStringList lines = run.errorLines();
-    if (status == 0) {
-        QVERIFY2(said.isEmpty() ? output.isEmpty() : output.startsWith(said.toUtf8()), output.constData());
-        QCOMPARE(lines, QStringList());
-    } else {
-        QCOMPARE(output, QByteArray());
-        QVERIFY2(lines.size() == 1 && lines.front().startsWith(QFileInfo(program).fileName() + ": ") &&
-                     lines.front().contains(said),
-                 run.errors().constData());
-        QVERIFY(!variables.contains("QT_QPA_PLATFORM=bogus") || !lines.front().contains("check DISPLAY"));
-    }
-}
 
 QUILLMATE_TEST(ProgramStartTest, QCoreApplication)
 #include "ProgramStartTest.moc"
