@@ -1,8 +1,13 @@
 #include "hosts/preview/LocalService.h"
 
+#include "mail/AsciiText.h"
+#include "state/APIManager.h"
+
 #include <QUrl>
+#include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <string_view>
 #include <sys/prctl.h>
 #include <unistd.h>
 
@@ -18,6 +23,12 @@ constexpr auto startPatience = 30s;
 constexpr auto stopPatience = 3s;
 
 const auto listeningPrefix = QByteArrayLiteral("quillmate-service listening on ");
+
+std::string hostOf(const ServiceEnvironment& service)
+{
+    constexpr std::string_view scheme = "https://";
+    return lowerCase(std::string_view(service.baseURL).substr(scheme.size()));
+}
 
 } // namespace
 
@@ -139,6 +150,32 @@ void LocalService::fail(const QString& reason)
         QStringLiteral("The assistant service on this machine is not available: %1. Close this window and start "
                        "quillmate again, or use --service remote.")
             .arg(reason));
+}
+
+bool routesAllServiceHosts(const NetworkEnvironment& environment)
+{
+    const auto& services = serviceEnvironments();
+    return std::all_of(services.begin(), services.end(), [&environment](const ServiceEnvironment& service) {
+        return environment.connectTo.contains(hostOf(service));
+    });
+}
+
+NetworkEnvironment withoutServiceRoutes(NetworkEnvironment environment)
+{
+    for (const ServiceEnvironment& service : serviceEnvironments()) {
+        environment.connectTo.erase(hostOf(service));
+    }
+    return environment;
+}
+
+NetworkEnvironment withServiceAt(NetworkEnvironment environment, const SocketEndpoint& endpoint,
+                                 const std::string& rootCertificateFile)
+{
+    for (const ServiceEnvironment& service : serviceEnvironments()) {
+        environment.connectTo.try_emplace(hostOf(service), endpoint);
+    }
+    environment.rootCertificateFiles.push_back(rootCertificateFile);
+    return environment;
 }
 
 } // namespace quillmate

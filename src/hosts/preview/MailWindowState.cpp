@@ -44,7 +44,7 @@ void MailWindowState::setCurrentIndex(int index)
             self->m_document = std::shared_ptr<const MailDocument>(result, &result->value());
             self->m_shown = shown(*self->m_document);
         } else {
-            self->m_failure = QString::fromStdString(result->error().text);
+            self->m_failure = QString::fromStdString(result->error());
         }
         Q_EMIT self->messageChanged();
     });

@@ -65,7 +65,7 @@ MessageReader::Listing MessageReader::listAll(const std::vector<std::string>& ar
     for (const std::string& argument : arguments) {
         auto entries = listMessages(argument, stop);
         if (!entries) {
-            return Listing::failure(entries.error());
+            return Failure(entries.error());
         }
         for (MessageEntry& entry : std::move(entries).value()) {
             if (stop.stop_requested()) {
@@ -91,7 +91,7 @@ void MessageReader::load(MessageLocation location, Loaded done)
 {
     const QPointer<MessageReader> self(this);
     m_queue.async([this, self, location = std::move(location), done = std::move(done)] {
-        handOver(self, done, std::make_shared<const Result<MailDocument, MailFailure>>(loadMessage(location, m_rules)));
+        handOver(self, done, std::make_shared<const Result<MailDocument, std::string>>(loadMessage(location, m_rules)));
     });
 }
 

@@ -29,9 +29,9 @@ class MessageReader : public QObject
     Q_OBJECT
 
 public:
-    using Listing = Result<std::vector<ListedMessage>, MailFailure>;
+    using Listing = Result<std::vector<ListedMessage>, std::string>;
     using Listed = std::function<void(const Listing&)>;
-    using Loaded = std::function<void(std::shared_ptr<const Result<MailDocument, MailFailure>>)>;
+    using Loaded = std::function<void(std::shared_ptr<const Result<MailDocument, std::string>>)>;
 
     /// Messages are read with the extension's rules for their remote images; `refused` gets a sentence, on the reading
     /// thread, when they cannot be used, and there are none then.

@@ -2,7 +2,6 @@
 
 #include "base/ApplicationFolders.h"
 #include "hosts/preview/ComposeWindowState.h"
-#include "hosts/preview/ServiceRoutes.h"
 #include "hosts/preview/WindowPicture.h"
 #include "platform/appkit/ViewEngine.h"
 #include "platform/foundation/net/URLSession.h"
@@ -13,7 +12,6 @@
 #include <QQmlEngine>
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
 
 // Written by the build from the types that say QML_ELEMENT.
 void qml_register_types_Quillmate_Preview();
@@ -25,14 +23,10 @@ namespace
 
 using namespace std::chrono_literals;
 
-constexpr int misused = 2;
 // Reading that takes longer than this is worth a window that says so.
 constexpr auto readingNotice = 300ms;
 
-void complain(const QString& sentence)
-{
-    std::fprintf(stderr, "quillmate: %s\n", sentence.toUtf8().constData());
-}
+constexpr auto programName = "quillmate";
 
 std::unique_ptr<QQuickWindow> makeWindow(const QString& name, const QVariantMap& properties)
 {
@@ -62,7 +56,7 @@ void bringForward(QQuickWindow& window)
 PreviewProgram::PreviewProgram(PreviewOptions options, NetworkEnvironment environment, MEExtension& extension)
     : m_options(std::move(options))
     , m_environment(std::move(environment))
-    , m_reader(extension, [](const std::string& problem) { complain(QString::fromStdString(problem)); })
+    , m_reader(extension, [](const std::string& problem) { complain(programName, problem); })
     , m_sessions([&extension](const MEComposeSession& session) { return extension.handlerForComposeSession(session); })
     , m_mail(m_reader)
 {
@@ -117,7 +111,7 @@ void PreviewProgram::startService()
         QCoreApplication::applicationDirPath() + QStringLiteral("/quillmate-service"), folder);
     connect(m_service.get(), &LocalService::ready, this, &PreviewProgram::connectService);
     connect(m_service.get(), &LocalService::failed, this, [this](const QString& sentence) {
-        complain(sentence);
+        complain(programName, sentence.toStdString());
         m_sessions.refuse(sentence);
     });
     m_service->start();
@@ -135,13 +129,13 @@ void PreviewProgram::takeMessages(const MessageReader::Listing& listing)
         return;
     }
     if (!listing) {
-        end(misused, QString::fromStdString(listing.error().text));
+        end(usageStatus, QString::fromStdString(listing.error()));
         return;
     }
     const std::size_t count = listing.value().size();
     if (m_options.reply) {
         if (const auto asked = checkReply(*m_options.reply, count); !asked) {
-            end(misused, QString::fromStdString(asked.error()));
+            end(usageStatus, QString::fromStdString(asked.error()));
             return;
         }
     }
@@ -174,7 +168,7 @@ void PreviewProgram::replyTo(int index)
             if (m_mail.isLoaded()) {
                 m_mail.reply();
             } else {
-                end(misused, m_mail.failure());
+                end(usageStatus, m_mail.failure());
             }
         },
         Qt::SingleShotConnection);
@@ -225,7 +219,7 @@ void PreviewProgram::takePicture(QQuickWindow& window)
     m_picture = std::make_unique<WindowPicture>(window, QString::fromStdString(*m_options.screenshotFile),
                                                 [this] { return m_sessions.isSettled() && !m_mail.isLoading(); });
     connect(m_picture.get(), &WindowPicture::taken, this,
-            [this](const QString& failure) { end(failure.isEmpty() ? 0 : misused, failure); });
+            [this](const QString& failure) { end(failure.isEmpty() ? 0 : usageStatus, failure); });
 }
 
 void PreviewProgram::end(int status, const QString& failure)
@@ -235,7 +229,7 @@ void PreviewProgram::end(int status, const QString& failure)
     }
     m_ending = true;
     if (!failure.isEmpty()) {
-        complain(failure);
+        complain(programName, failure.toStdString());
     }
     for (const ComposeWindow& open : m_composeWindows) {
         m_sessions.end(open.state);

@@ -1,6 +1,5 @@
 #include "hosts/preview/PreviewOptions.h"
 #include "hosts/preview/LocalService.h"
-#include "hosts/preview/ServiceRoutes.h"
 #include "support/TestProgram.h"
 
 #include <QCoreApplication>

@@ -13,21 +13,19 @@ namespace
 
 constexpr std::string_view cutNotice = "[The rest of this message is too long to be quoted.]";
 
-std::string nameOf(const Mailbox& sender)
+/// As letters write it, in the offset it carries: "Tue, 4 March 2025 at 09:15".
+std::string letterDate(const QDateTime& date)
 {
-    if (!sender.name.empty()) {
-        return sender.name;
-    }
-    return sender.address.empty() ? "the sender" : sender.address;
+    return QLocale::c().toString(date, QStringLiteral("ddd, d MMMM yyyy 'at' HH:mm")).toStdString();
 }
 
 std::string introduction(const MessageSummary& summary)
 {
-    if (!summary.date.isValid()) {
-        const std::string name = nameOf(summary.sender);
-        return (name == "the sender" ? "The sender" : name) + " wrote:";
-    }
-    return "On " + letterDate(summary.date) + ", " + nameOf(summary.sender) + " wrote:";
+    const bool isDated = summary.date.isValid();
+    const std::string date = isDated ? "On " + letterDate(summary.date) + ", " : "";
+    const auto& [name, address] = summary.sender;
+    const std::string unknown = isDated ? "the sender" : "The sender";
+    return date + (!name.empty() ? name : !address.empty() ? address : unknown) + " wrote:";
 }
 
 std::string textOf(const MailDocument& document)
@@ -48,25 +46,7 @@ std::string joined(const std::vector<Mailbox>& mailboxes)
     return text;
 }
 
-void appendField(std::string& block, std::string_view name, const std::string& value)
-{
-    if (!value.empty()) {
-        block.append(name).append(": ").append(value).append("\n");
-    }
-}
-
-} // namespace
-
-std::string prefixedSubject(std::string_view prefix, std::string_view subject)
-{
-    // "Re[2]:" is one as well.
-    const QRegularExpression prefixes(prefix == "Re" ? QStringLiteral("^re(\\[[^\\]]*\\])?:")
-                                                     : QStringLiteral("^fwd?(\\[[^\\]]*\\])?:"),
-                                      QRegularExpression::CaseInsensitiveOption);
-    std::string text(subject);
-    return prefixes.match(QString::fromStdString(text)).hasMatch() ? text : std::string(prefix) + ": " + text;
-}
-
+/// Every line behind "> ", an empty or quoted one behind ">" alone (RFC 3676, 4.5).
 std::string quotedText(std::string_view text)
 {
     std::string quoted;
@@ -79,9 +59,23 @@ std::string quotedText(std::string_view text)
     return quoted;
 }
 
-std::string letterDate(const QDateTime& date)
+void appendField(std::string& block, std::string_view name, const std::string& value)
 {
-    return QLocale::c().toString(date, QStringLiteral("ddd, d MMMM yyyy 'at' HH:mm")).toStdString();
+    if (!value.empty()) {
+        block.append(name).append(": ").append(value).append("\n");
+    }
+}
+
+} // namespace
+
+std::string prefixedSubject(const std::string& prefix, const std::string& subject)
+{
+    static const QRegularExpression reply(QStringLiteral("^re(\\[[^\\]]*\\])?:"),
+                                          QRegularExpression::CaseInsensitiveOption);
+    static const QRegularExpression forward(QStringLiteral("^fwd?(\\[[^\\]]*\\])?:"),
+                                            QRegularExpression::CaseInsensitiveOption);
+    const bool isPrefixed = (prefix == "Re" ? reply : forward).match(QString::fromStdString(subject)).hasMatch();
+    return isPrefixed ? subject : prefix + ": " + subject;
 }
 
 ComposeDraft composeReply(const MailDocument& original)

@@ -3,7 +3,6 @@
 #include "hosts/preview/mail/MailDocument.h"
 
 #include <string>
-#include <string_view>
 
 namespace quillmate
 {
@@ -22,13 +21,7 @@ ComposeDraft composeReply(const MailDocument& original);
 /// To nobody yet; the message below a line that says it is forwarded.
 ComposeDraft composeForward(const MailDocument& original);
 
-/// `subject` behind `prefix` ("Re", "Fwd"), unless it has one of that meaning already.
-std::string prefixedSubject(std::string_view prefix, std::string_view subject);
-
-/// Every line behind "> ", an empty or quoted one behind ">" alone (RFC 3676, 4.5).
-std::string quotedText(std::string_view text);
-
-/// A date as letters write it, in the offset it carries: "Tue, 4 March 2025 at 09:15".
-std::string letterDate(const QDateTime& date);
+/// `subject` behind `prefix` ("Re", "Fwd"), unless it has one of that meaning already, "Re[2]:" included.
+std::string prefixedSubject(const std::string& prefix, const std::string& subject);
 
 } // namespace quillmate

@@ -18,7 +18,7 @@ constexpr std::size_t chunkBytes = std::size_t{256} * 1024;
 // How long a stop request may go unnoticed while a pipe or terminal is silent.
 constexpr int pollMilliseconds = 50;
 
-using Reading = Result<std::string, MailFailure>;
+using Reading = Result<std::string, std::string>;
 
 /// Everything to the end of input.
 Reading readAll(int descriptor, const std::string& name, const std::stop_token& stop)
@@ -37,13 +37,13 @@ Reading readAll(int descriptor, const std::string& name, const std::stop_token& 
             continue;
         }
         if (count < 0) {
-            return Reading::failure(systemFailure(name, errno));
+            return Failure(systemFailure(name, errno));
         }
         if (count == 0) {
             break;
         }
         if (bytes.size() + static_cast<std::size_t>(count) > maximumMessageBytes) {
-            return Reading::failure(tooLarge(name));
+            return Failure(tooLarge(name));
         }
         bytes.append(chunk, 0, static_cast<std::size_t>(count));
     }
@@ -52,21 +52,18 @@ Reading readAll(int descriptor, const std::string& name, const std::stop_token& 
 
 } // namespace
 
-MailFailure systemFailure(const std::string& name, int errorNumber)
+std::string systemFailure(const std::string& name, int errorNumber)
 {
     if (errorNumber == ENOENT || errorNumber == ENOTDIR) {
-        return {MailFailure::Kind::Missing, name + " does not exist: check the name of the message file."};
+        return name + " does not exist: check the name of the message file.";
     }
     const std::string reason = std::generic_category().message(errorNumber);
-    return {MailFailure::Kind::Unreadable,
-            name + " cannot be read (" + reason + "): make it readable or name another message."};
+    return name + " cannot be read (" + reason + "): make it readable or name another message.";
 }
 
-MailFailure tooLarge(const std::string& name)
+std::string tooLarge(const std::string& name)
 {
-    return {MailFailure::Kind::TooLarge, name +
-                                             " is larger than 256 MiB, the largest message that can be opened: name a "
-                                             "smaller message."};
+    return name + " is larger than 256 MiB, the largest message that can be opened: name a smaller message.";
 }
 
 InputFile::InputFile(int descriptor, std::string name)
@@ -90,9 +87,8 @@ InputFile::~InputFile()
     }
 }
 
-Result<InputFile, MailFailure> InputFile::open(const std::string& argument, const std::stop_token& stop)
+Result<InputFile, std::string> InputFile::open(const std::string& argument, const std::stop_token& stop)
 {
-    using Opening = Result<InputFile, MailFailure>;
     const bool isInput = argument == "-";
     // Opening a named pipe would otherwise wait for its first writer, deaf to any request to stop.
     const int descriptor =
@@ -101,7 +97,7 @@ Result<InputFile, MailFailure> InputFile::open(const std::string& argument, cons
     struct stat status {
     };
     if (descriptor < 0 || ::fstat(descriptor, &status) != 0) {
-        return Opening::failure(systemFailure(file.m_name, errno));
+        return Failure(systemFailure(file.m_name, errno));
     }
     if (S_ISREG(status.st_mode) && !isInput) {
         file.m_size = static_cast<std::uint64_t>(status.st_size);
@@ -109,7 +105,7 @@ Result<InputFile, MailFailure> InputFile::open(const std::string& argument, cons
     }
     Reading content = readAll(descriptor, file.m_name, stop);
     if (!content) {
-        return Opening::failure(content.error());
+        return Failure(content.error());
     }
     file.m_content = std::make_shared<const std::string>(std::move(content).value());
     file.m_size = file.m_content->size();
@@ -131,7 +127,7 @@ Reading InputFile::readAt(std::uint64_t offset, std::size_t length) const
             continue;
         }
         if (count < 0) {
-            return Reading::failure(systemFailure(m_name, errno));
+            return Failure(systemFailure(m_name, errno));
         }
         if (count == 0) {
             break;

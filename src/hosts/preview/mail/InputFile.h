@@ -1,7 +1,6 @@
 #pragma once
 
 #include "base/Result.h"
-#include "hosts/preview/mail/MailFailure.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -22,7 +21,7 @@ public:
     /// What the argument of a command line names; "-" is standard input. What cannot be read at any place, a pipe as a
     /// rule, is read to its end here, at most maximumMessageBytes of it, and that soon after `stop` was requested:
     /// nothing may ever come.
-    static Result<InputFile, MailFailure> open(const std::string& argument, const std::stop_token& stop = {});
+    static Result<InputFile, std::string> open(const std::string& argument, const std::stop_token& stop = {});
 
     InputFile(InputFile&& other) noexcept;
     InputFile& operator=(InputFile&&) = delete;
@@ -37,7 +36,7 @@ public:
     [[nodiscard]] const std::shared_ptr<const std::string>& content() const { return m_content; }
 
     /// Up to `length` bytes from `offset`; fewer only at the end.
-    [[nodiscard]] Result<std::string, MailFailure> readAt(std::uint64_t offset, std::size_t length) const;
+    [[nodiscard]] Result<std::string, std::string> readAt(std::uint64_t offset, std::size_t length) const;
 
 private:
     InputFile(int descriptor, std::string name);
@@ -49,7 +48,7 @@ private:
 };
 
 /// The sentence for a failed system call on `name`.
-MailFailure systemFailure(const std::string& name, int errorNumber);
-MailFailure tooLarge(const std::string& name);
+std::string systemFailure(const std::string& name, int errorNumber);
+std::string tooLarge(const std::string& name);
 
 } // namespace quillmate

@@ -68,9 +68,4 @@ std::vector<MboxScanner::Range> MboxScanner::finish()
     return std::move(m_ranges);
 }
 
-bool beginsMbox(std::string_view head)
-{
-    return head.starts_with("From ");
-}
-
 } // namespace quillmate

@@ -40,7 +40,4 @@ private:
     bool m_open = false;
 };
 
-/// Whether a file with this beginning is read as an mbox.
-bool beginsMbox(std::string_view head);
-
 } // namespace quillmate

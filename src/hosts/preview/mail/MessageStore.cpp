@@ -1,11 +1,13 @@
 #include "hosts/preview/mail/MessageStore.h"
 
 #include "hosts/preview/mail/InputFile.h"
-#include "hosts/preview/mail/MaildirFolder.h"
 #include "hosts/preview/mail/MboxScanner.h"
 #include "mail/SourceText.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <iterator>
+#include <system_error>
 
 namespace quillmate
 {
@@ -16,29 +18,13 @@ namespace
 constexpr std::size_t headBytes = std::size_t{128} * 1024;
 constexpr std::size_t chunkBytes = std::size_t{1024} * 1024;
 
-using Loading = Result<MailDocument, MailFailure>;
+namespace files = std::filesystem;
+using Names = Result<std::vector<std::string>, std::string>;
 
-MailFailure empty(const std::string& name)
+std::string notMail(const std::string& name)
 {
-    return {MailFailure::Kind::Empty, name + " is empty: name a file that holds a mail message."};
-}
-
-MailFailure notMail(const std::string& name)
-{
-    return {MailFailure::Kind::NotMail,
-            name + " is no mail message (it does not begin with mail header fields): name an .eml file, an mbox or a "
-                   "Maildir."};
-}
-
-MailFailure changed(const std::string& name)
-{
-    return {MailFailure::Kind::Unreadable,
-            name + " was changed by another program since it was listed: close this window and open it again."};
-}
-
-MessageEntries failed(MailFailure failure)
-{
-    return MessageEntries::failure(std::move(failure));
+    return name + " is no mail message (it does not begin with mail header fields): name an .eml file, an mbox or a "
+                  "Maildir.";
 }
 
 MessageEntries listMbox(const InputFile& file, const std::stop_token& stop)
@@ -47,7 +33,7 @@ MessageEntries listMbox(const InputFile& file, const std::stop_token& stop)
     for (std::uint64_t offset = 0; offset < file.size() && !stop.stop_requested(); offset += chunkBytes) {
         const auto chunk = file.readAt(offset, chunkBytes);
         if (!chunk) {
-            return failed(chunk.error());
+            return Failure(chunk.error());
         }
         scanner.feed(chunk.value());
     }
@@ -58,41 +44,93 @@ MessageEntries listMbox(const InputFile& file, const std::stop_token& stop)
         }
         const auto head = file.readAt(range.offset, std::min<std::uint64_t>(range.length, headBytes));
         if (!head) {
-            return failed(head.error());
+            return Failure(head.error());
         }
         entries.push_back(
             {{file.name(), range.offset, range.length, true, file.content()}, summarizeMessage(head.value())});
     }
-    return entries.empty() ? failed(notMail(file.name())) : entries;
+    if (entries.empty()) {
+        return Failure(notMail(file.name()));
+    }
+    return entries;
 }
 
 MessageEntries listFile(const InputFile& file, bool mayBeMbox, const std::stop_token& stop)
 {
     if (file.size() == 0) {
-        return failed(empty(file.name()));
+        return Failure(file.name() + " is empty: name a file that holds a mail message.");
     }
     const auto head = file.readAt(0, headBytes);
     if (!head) {
-        return failed(head.error());
+        return Failure(head.error());
     }
-    if (mayBeMbox && beginsMbox(head.value())) {
+    if (mayBeMbox && head.value().starts_with("From ")) {
         return listMbox(file, stop);
     }
     if (file.size() > maximumMessageBytes) {
-        return failed(tooLarge(file.name()));
+        return Failure(tooLarge(file.name()));
     }
     if (!looksLikeMail(head.value())) {
-        return failed(notMail(file.name()));
+        return Failure(notMail(file.name()));
     }
     return std::vector<MessageEntry>{
         {{file.name(), 0, file.size(), false, file.content()}, summarizeMessage(head.value())}};
+}
+
+Names filesIn(const files::path& folder)
+{
+    std::vector<std::string> names;
+    std::error_code failure;
+    for (files::directory_iterator entry(folder, failure), end; !failure && entry != end; entry.increment(failure)) {
+        std::error_code ignored; // A file that vanishes meanwhile is no message any more.
+        const bool isHidden = entry->path().filename().native().starts_with('.');
+        if (!isHidden && entry->is_regular_file(ignored)) {
+            names.push_back(entry->path().native());
+        }
+    }
+    if (failure) {
+        return Failure(systemFailure(folder.native(), failure.value()));
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+bool isFolder(const std::string& path)
+{
+    std::error_code ignored; // What cannot be asked about is opened as a file, and the opening says what is wrong.
+    return files::is_directory(path, ignored);
+}
+
+/// The message files of a Maildir, those in "new" first, each folder in the order of the names.
+Names maildirFiles(const std::string& path)
+{
+    std::vector<std::string> names;
+    bool isMaildir = false;
+    for (const char* part : {"new", "cur"}) {
+        const files::path folder = files::path(path) / part;
+        if (!isFolder(folder.native())) {
+            continue;
+        }
+        isMaildir = true;
+        Names found = filesIn(folder);
+        if (!found) {
+            return found;
+        }
+        std::copy(found.value().begin(), found.value().end(), std::back_inserter(names));
+    }
+    if (!isMaildir) {
+        return Failure(
+            path + " is a folder but no Maildir (it has neither \"cur\" nor \"new\"): name a Maildir, an mbox or an "
+                   ".eml file.");
+    }
+    return names;
 }
 
 MessageEntries listMaildir(const std::string& path, const std::stop_token& stop)
 {
     const auto files = maildirFiles(path);
     if (!files) {
-        return failed(files.error());
+        return Failure(files.error());
     }
     std::vector<MessageEntry> entries;
     for (const std::string& name : files.value()) {
@@ -100,10 +138,10 @@ MessageEntries listMaildir(const std::string& path, const std::stop_token& stop)
             break; // As above.
         }
         auto file = InputFile::open(name, stop);
-        if (!file && file.error().kind == MailFailure::Kind::Missing) {
+        if (std::error_code ignored; !file && !files::exists(name, ignored)) {
             continue; // A mail program has moved or deleted it since the folder was read, which a Maildir allows.
         }
-        MessageEntries listed = file ? listFile(file.value(), false, stop) : failed(file.error());
+        MessageEntries listed = file ? listFile(file.value(), false, stop) : Failure(file.error());
         if (!listed) {
             return listed;
         }
@@ -124,29 +162,31 @@ MessageEntries listMessages(const std::string& argument, const std::stop_token& 
     }
     const auto file = InputFile::open(argument, stop);
     // What comes by standard input is one message, whatever its lines begin with.
-    return file ? listFile(file.value(), argument != "-", stop) : failed(file.error());
+    return file ? listFile(file.value(), argument != "-", stop) : Failure(file.error());
 }
 
-Loading loadMessage(const MessageLocation& location, const ContentRules& rules)
+Result<MailDocument, std::string> loadMessage(const MessageLocation& location, const ContentRules& rules)
 {
     std::string source;
     if (location.content != nullptr) {
         source = location.content->substr(location.offset, location.length);
     } else {
         if (location.length > maximumMessageBytes) {
-            return Loading::failure(tooLarge("A message in " + location.path));
+            return Failure(tooLarge("A message in " + location.path));
         }
         const auto file = InputFile::open(location.path);
         if (!file) {
-            return Loading::failure(file.error());
+            return Failure(file.error());
         }
         auto bytes = file.value().readAt(location.offset, location.length);
         if (!bytes) {
-            return Loading::failure(bytes.error());
+            return Failure(bytes.error());
         }
         source = std::move(bytes).value();
         if (source.size() < location.length || !looksLikeMail(std::string_view(source).substr(0, headBytes))) {
-            return Loading::failure(changed(location.path));
+            return Failure(location.path +
+                           " was changed by another program since it was listed: close this window and open it "
+                           "again.");
         }
     }
     useBareLineFeeds(source);
