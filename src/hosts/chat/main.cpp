@@ -1,7 +1,12 @@
-#include "hosts/chat/ChatApp.h"
 #include "hosts/startup/CommandLine.h"
 #include "hosts/startup/DesktopProgram.h"
+#include "platform/appkit/NSHostingController.h"
+#include "platform/appkit/WindowAppearance.h"
 #include "platform/foundation/net/URLSession.h"
+#include "views/chat/ChatViewState.h"
+
+#include <QQuickItem>
+#include <QQuickWindow>
 
 namespace
 {
@@ -24,6 +29,35 @@ constexpr auto help =
     "QUILLMATE_CONNECT_TO=HOST=ADDRESS:PORT[,…] connects to the address in the host's place;\n"
     "QUILLMATE_CA_FILE=FILE names a PEM file with further roots to trust.\n";
 
+constexpr QSize leastSize(280, 240);
+
+/// The one window, which shows the chat without a message.
+class ChatWindow : public QQuickWindow
+{
+public:
+    ChatWindow()
+    {
+        followAppearance(*this);
+        setTitle(QStringLiteral("Quillmate"));
+        setMinimumSize(leastSize);
+        const QQuickItem* content = m_content.view()->item();
+        resize(static_cast<int>(content->implicitWidth()), static_cast<int>(content->implicitHeight()));
+        m_content.view()->item()->setParentItem(contentItem());
+        m_content.view()->item()->setSize(size());
+    }
+    ~ChatWindow() override { m_content.view()->item()->setParentItem(nullptr); }
+
+protected:
+    void resizeEvent(QResizeEvent* event) override
+    {
+        QQuickWindow::resizeEvent(event);
+        m_content.view()->item()->setSize(size());
+    }
+
+private:
+    NSHostingController m_content{ChatViewState::makeContentView()};
+};
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -40,7 +74,8 @@ int main(int argc, char** argv)
         return complain(texts.name, program.error());
     }
     URLSession::configure(program.value()->environment());
-    ChatApp app;
-    app.show();
+    ChatWindow window;
+    window.show();
+    window.requestActivate();
     return QGuiApplication::exec();
 }

@@ -1,5 +1,7 @@
 #include "hosts/link/LinkAnswers.h"
 
+#include "platform/mailkit/MEHandlers.h"
+
 #include <QByteArray>
 
 namespace quillmate
@@ -39,48 +41,79 @@ std::string answer(const char* type, const JSONNumber& request, JSONObject membe
     return encoded ? std::move(encoded).value() : writeLinkError({"The answer cannot be written.", request});
 }
 
+/// Puts one question to the handler it is for, and writes what it says: bytes as base64 (RFC 4648). The handlers call
+/// back before they return.
+class Asking
+{
+public:
+    Asking(const JSONNumber& request, MEExtension& extension)
+        : m_request(request)
+        , m_extension(extension)
+    {
+    }
+
+    std::string operator()(const DecideActionForMessage& question) const
+    {
+        JSONValue written;
+        m_extension.handlerForMessageActions()->decideActionForMessage(
+            *question.message, [&written](const std::optional<MEMessageActionDecision>& decision) {
+                if (decision) {
+                    written = JSONObject{{"action", actionName(decision->action.kind)},
+                                         {"color", JSONNumber{std::to_string(decision->action.color)}}};
+                }
+            });
+        return answer("messageActionDecision", m_request, {{"decision", std::move(written)}});
+    }
+
+    std::string operator()(const ContentRulesJSON&) const
+    {
+        const std::string rules = m_extension.handlerForContentBlocker()->contentRulesJSON();
+        return answer("contentRulesJSON", m_request, {{"data", base64(rules)}});
+    }
+
+    std::string operator()(const GetEncodingStatus& question) const
+    {
+        MEOutgoingMessageEncodingStatus status;
+        m_extension.handlerForMessageSecurity()->getEncodingStatus(
+            *question.message, [&status](MEOutgoingMessageEncodingStatus told) { status = std::move(told); });
+        JSONArray failing;
+        for (const MEEmailAddress& address : status.addressesFailingEncryption) {
+            failing.emplace_back(JSONObject{{"addressString", textOrNull(address.addressString)}});
+        }
+        return answer("encodingStatus", m_request,
+                      {{"canSign", status.canSign},
+                       {"canEncrypt", status.canEncrypt},
+                       {"securityError", textOrNull(status.securityError)},
+                       {"addressesFailingEncryption", std::move(failing)}});
+    }
+
+    std::string operator()(const EncodeMessage& question) const
+    {
+        MEMessageEncodingResult result;
+        m_extension.handlerForMessageSecurity()->encodeMessage(
+            *question.message, [&result](MEMessageEncodingResult told) { result = std::move(told); });
+        return answer("messageEncodingResult", m_request,
+                      {{"encodedMessage", result.encodedMessage ? base64(*result.encodedMessage) : JSONValue()},
+                       {"signingError", textOrNull(result.signingError)},
+                       {"encryptionError", textOrNull(result.encryptionError)}});
+    }
+
+    std::string operator()(const DecodedMessage& question) const
+    {
+        const auto message = m_extension.handlerForMessageSecurity()->decodedMessage(question.data);
+        return answer("decodedMessage", m_request, {{"message", message ? base64(message->data) : JSONValue()}});
+    }
+
+private:
+    const JSONNumber& m_request;
+    MEExtension& m_extension;
+};
+
 } // namespace
 
-std::string writeMessageActionDecision(const JSONNumber& request,
-                                       const std::optional<MEMessageActionDecision>& decision)
+std::string answerTo(const LinkQuestion& question, MEExtension& extension)
 {
-    JSONValue written;
-    if (decision) {
-        written = JSONObject{{"action", actionName(decision->action.kind)},
-                             {"color", JSONNumber{std::to_string(decision->action.color)}}};
-    }
-    return answer("messageActionDecision", request, {{"decision", std::move(written)}});
-}
-
-std::string writeContentRules(const JSONNumber& request, const std::string& rules)
-{
-    return answer("contentRulesJSON", request, {{"data", base64(rules)}});
-}
-
-std::string writeEncodingStatus(const JSONNumber& request, const MEOutgoingMessageEncodingStatus& status)
-{
-    JSONArray failing;
-    for (const MEEmailAddress& address : status.addressesFailingEncryption) {
-        failing.emplace_back(JSONObject{{"addressString", textOrNull(address.addressString)}});
-    }
-    return answer("encodingStatus", request,
-                  {{"canSign", status.canSign},
-                   {"canEncrypt", status.canEncrypt},
-                   {"securityError", textOrNull(status.securityError)},
-                   {"addressesFailingEncryption", std::move(failing)}});
-}
-
-std::string writeEncodingResult(const JSONNumber& request, const MEMessageEncodingResult& result)
-{
-    return answer("messageEncodingResult", request,
-                  {{"encodedMessage", result.encodedMessage ? base64(*result.encodedMessage) : JSONValue()},
-                   {"signingError", textOrNull(result.signingError)},
-                   {"encryptionError", textOrNull(result.encryptionError)}});
-}
-
-std::string writeDecodedMessage(const JSONNumber& request, const std::optional<MEDecodedMessage>& message)
-{
-    return answer("decodedMessage", request, {{"message", message ? base64(message->data) : JSONValue()}});
+    return std::visit(Asking(question.request, extension), question.asked);
 }
 
 std::string writeLinkError(const LinkError& error)

@@ -1,7 +1,6 @@
 #include "hosts/link/LinkFrame.h"
 
 #include "hosts/link/LinkFields.h"
-#include "hosts/link/LinkMessage.h"
 
 #include <QString>
 
@@ -25,6 +24,68 @@ WindowFrame readFrame(const JSONValue& value, LinkFields& outer)
     return frame;
 }
 
+std::optional<MEMessage::Headers> readHeaders(const JSONValue& value, LinkFields& fields)
+{
+    if (value.isNull()) {
+        return std::nullopt;
+    }
+    const auto wrong = [&fields] {
+        fields.fail("The field \"headers\" must be null or an object of lists of texts.");
+        return std::nullopt;
+    };
+    if (!value.object()) {
+        return wrong();
+    }
+    MEMessage::Headers headers;
+    for (const auto& [name, values] : *value.object()) {
+        if (!values.array()) {
+            return wrong();
+        }
+        auto& list = headers[name];
+        list.clear();
+        for (const JSONValue& entry : *values.array()) {
+            if (!entry.string()) {
+                return wrong();
+            }
+            list.push_back(*entry.string());
+        }
+    }
+    return headers;
+}
+
+MEEmailAddress readAddress(const JSONValue& value, LinkFields& outer)
+{
+    if (!value.object()) {
+        outer.fail("The field \"fromAddress\" must be an object.");
+        return {};
+    }
+    LinkFields fields(value);
+    MEEmailAddress address{fields.textOrNull("addressString")};
+    outer.fail(fields.error());
+    return address;
+}
+
+/// Null when it is none; what is wrong with it becomes `outer`'s error.
+std::shared_ptr<const MEMessage> readMessage(const JSONValue& value, LinkFields& outer)
+{
+    if (!value.object()) {
+        outer.fail("A message must be an object.");
+        return nullptr;
+    }
+    LinkFields fields(value);
+    auto message = std::make_shared<MEMessage>();
+    message->rawData = fields.bytesOrNull("rawData");
+    message->subject = fields.text("subject");
+    if (const auto* address = fields.required("fromAddress")) {
+        message->fromAddress = readAddress(*address, fields);
+    }
+    if (const auto* headers = fields.required("headers")) {
+        message->headers = readHeaders(*headers, fields);
+    }
+    outer.fail(fields.error());
+    return message;
+}
+
 std::shared_ptr<const MEMessage> requiredMessage(LinkFields& fields)
 {
     const JSONValue* message = fields.required("message");
@@ -32,7 +93,7 @@ std::shared_ptr<const MEMessage> requiredMessage(LinkFields& fields)
         fields.fail("The field \"message\" must be a message.");
         return nullptr;
     }
-    return message ? readLinkMessage(*message, fields) : nullptr;
+    return message ? readMessage(*message, fields) : nullptr;
 }
 
 using Reader = LinkFrame (*)(LinkFields&);
@@ -41,7 +102,7 @@ LinkFrame readDidBegin(LinkFields& fields)
 {
     ComposeSessionDidBegin frame{fields.text("session"), nullptr};
     if (const auto* message = fields.required("originalMessage"); message && !message->isNull()) {
-        frame.originalMessage = readLinkMessage(*message, fields);
+        frame.originalMessage = readMessage(*message, fields);
     }
     return frame;
 }

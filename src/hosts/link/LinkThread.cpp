@@ -1,7 +1,6 @@
 #include "hosts/link/LinkThread.h"
 
 #include "hosts/link/LinkAnswers.h"
-#include "hosts/link/LinkQuestions.h"
 #include "platform/appkit/MEExtensionViewController.h"
 #include "platform/foundation/schedule/DispatchQueue.h"
 
