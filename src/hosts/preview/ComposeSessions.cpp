@@ -11,9 +11,8 @@
 namespace quillmate
 {
 
-ComposeSessions::ComposeSessions(HandlerFactory handlerForComposeSession, QObject* parent)
-    : QObject(parent)
-    , m_handlerForComposeSession(std::move(handlerForComposeSession))
+ComposeSessions::ComposeSessions(HandlerFactory handlerForComposeSession)
+    : m_handlerForComposeSession(std::move(handlerForComposeSession))
 {
 }
 

@@ -26,7 +26,7 @@ public:
     /// The principal object's question for a handler; called on the main thread.
     using HandlerFactory = std::function<std::shared_ptr<MEComposeSessionHandler>(const MEComposeSession&)>;
 
-    explicit ComposeSessions(HandlerFactory handlerForComposeSession, QObject* parent = nullptr);
+    explicit ComposeSessions(HandlerFactory handlerForComposeSession);
     /// Waits for what the extension is doing.
     ~ComposeSessions() override;
 

@@ -43,10 +43,8 @@ ColumnLayout {
             onClicked: view.closeClicked()
         }
     }
-    Rectangle {
+    Separator {
         Layout.fillWidth: true
-        Layout.preferredHeight: 1
-        color: Theme.separator
     }
     ComposeField {
         id: to

@@ -19,9 +19,8 @@ ComposeDraft draftFor(ComposeKind kind, const MailDocument* original)
 
 } // namespace
 
-ComposeWindowState::ComposeWindowState(ComposeKind kind, std::shared_ptr<const MailDocument> original, QObject* parent)
-    : QObject(parent)
-    , m_original(std::move(original))
+ComposeWindowState::ComposeWindowState(ComposeKind kind, std::shared_ptr<const MailDocument> original)
+    : m_original(std::move(original))
     , m_draft(draftFor(kind, m_original.get()))
 {
 }

@@ -30,7 +30,7 @@ class ComposeWindowState : public QObject
 
 public:
     /// `original` is null for a new message.
-    ComposeWindowState(ComposeKind kind, std::shared_ptr<const MailDocument> original, QObject* parent = nullptr);
+    ComposeWindowState(ComposeKind kind, std::shared_ptr<const MailDocument> original);
     ~ComposeWindowState() override;
 
     [[nodiscard]] QString title() const;

@@ -44,9 +44,8 @@ SocketEndpoint listeningEndpoint(const QByteArray& line)
     return {url.host().toStdString(), static_cast<std::uint16_t>(url.port())};
 }
 
-LocalService::LocalService(const QString& program, const QString& dataFolder, QObject* parent)
-    : QObject(parent)
-    , m_dataFolder(dataFolder)
+LocalService::LocalService(const QString& program, const QString& dataFolder)
+    : m_dataFolder(dataFolder)
 {
     m_process.setProgram(program);
     m_process.setArguments({QStringLiteral("--port"), QStringLiteral("0"), QStringLiteral("--data"), dataFolder});

@@ -19,7 +19,7 @@ class LocalService : public QObject
 
 public:
     /// `program` and `dataFolder` are paths; nothing is started yet.
-    LocalService(const QString& program, const QString& dataFolder, QObject* parent = nullptr);
+    LocalService(const QString& program, const QString& dataFolder);
     ~LocalService() override;
 
     /// Starts the process; `ready` or `failed` follows.

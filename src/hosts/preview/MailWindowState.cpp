@@ -7,9 +7,8 @@
 namespace quillmate
 {
 
-MailWindowState::MailWindowState(MessageReader& reader, QObject* parent)
-    : QObject(parent)
-    , m_reader(reader)
+MailWindowState::MailWindowState(MessageReader& reader)
+    : m_reader(reader)
 {
     QQmlEngine::setObjectOwnership(&m_messages, QQmlEngine::CppOwnership);
 }

@@ -34,7 +34,7 @@ class MailWindowState : public QObject
 
 public:
     /// `reader` outlives this object.
-    explicit MailWindowState(MessageReader& reader, QObject* parent = nullptr);
+    explicit MailWindowState(MessageReader& reader);
 
     /// Ends the wait for the list and chooses its first message, if there is one.
     void setMessages(std::vector<ListedMessage> messages);

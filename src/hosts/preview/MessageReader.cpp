@@ -39,9 +39,8 @@ void handOver(const QPointer<MessageReader>& reader, Done done, std::shared_ptr<
 
 } // namespace
 
-MessageReader::MessageReader(MEExtension& extension, std::function<void(const std::string&)> refused, QObject* parent)
-    : QObject(parent)
-    , m_actions(extension.handlerForMessageActions())
+MessageReader::MessageReader(MEExtension& extension, std::function<void(const std::string&)> refused)
+    : m_actions(extension.handlerForMessageActions())
 {
     m_queue.async([this, blocker = extension.handlerForContentBlocker(), refused = std::move(refused)] {
         auto rules = ContentRules::parse(blocker->contentRulesJSON());

@@ -35,7 +35,7 @@ public:
 
     /// Messages are read with the extension's rules for their remote images; `refused` gets a sentence, on the reading
     /// thread, when they cannot be used, and there are none then.
-    MessageReader(MEExtension& extension, std::function<void(const std::string&)> refused, QObject* parent = nullptr);
+    MessageReader(MEExtension& extension, std::function<void(const std::string&)> refused);
     /// Waits for the task that is running, which is told to stop.
     ~MessageReader() override;
 

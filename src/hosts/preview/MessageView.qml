@@ -46,10 +46,8 @@ ColumnLayout {
             onClicked: view.mail.writeNew()
         }
     }
-    Rectangle {
+    Separator {
         Layout.fillWidth: true
-        Layout.preferredHeight: 1
-        color: Theme.separator
     }
     Item {
         Layout.fillWidth: true

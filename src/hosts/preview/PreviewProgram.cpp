@@ -41,16 +41,6 @@ std::unique_ptr<QQuickWindow> makeWindow(const QString& name, const QVariantMap&
     return std::unique_ptr<QQuickWindow>(window);
 }
 
-void bringForward(QQuickWindow& window)
-{
-    if (window.isVisible()) {
-        window.raise();
-        window.requestActivate();
-    } else {
-        window.show();
-    }
-}
-
 } // namespace
 
 PreviewProgram::PreviewProgram(PreviewOptions options, NetworkEnvironment environment, MEExtension& extension)
@@ -109,18 +99,15 @@ void PreviewProgram::startService()
     const QString folder = QString::fromStdString((applicationDataFolder() / "service").string());
     m_service = std::make_unique<LocalService>(
         QCoreApplication::applicationDirPath() + QStringLiteral("/quillmate-service"), folder);
-    connect(m_service.get(), &LocalService::ready, this, &PreviewProgram::connectService);
+    connect(m_service.get(), &LocalService::ready, this, [this] {
+        URLSession::configure(withServiceAt(m_environment, m_service->endpoint(), m_service->rootCertificateFile()));
+        m_sessions.allow();
+    });
     connect(m_service.get(), &LocalService::failed, this, [this](const QString& sentence) {
         complain(programName, sentence.toStdString());
         m_sessions.refuse(sentence);
     });
     m_service->start();
-}
-
-void PreviewProgram::connectService()
-{
-    URLSession::configure(withServiceAt(m_environment, m_service->endpoint(), m_service->rootCertificateFile()));
-    m_sessions.allow();
 }
 
 void PreviewProgram::takeMessages(const MessageReader::Listing& listing)
@@ -180,7 +167,12 @@ void PreviewProgram::showMailWindow()
         m_mailWindow =
             makeWindow(QStringLiteral("MailWindow"), {{QStringLiteral("mail"), QVariant::fromValue(&m_mail)}});
     }
-    bringForward(*m_mailWindow);
+    if (m_mailWindow->isVisible()) {
+        m_mailWindow->raise();
+        m_mailWindow->requestActivate();
+    } else {
+        m_mailWindow->show();
+    }
 }
 
 void PreviewProgram::openCompose(ComposeKind kind, std::shared_ptr<const MailDocument> original)
@@ -194,7 +186,7 @@ void PreviewProgram::openCompose(ComposeKind kind, std::shared_ptr<const MailDoc
             Qt::QueuedConnection);
     auto window =
         makeWindow(QStringLiteral("ComposeWindow"), {{QStringLiteral("compose"), QVariant::fromValue(state.get())}});
-    bringForward(*window);
+    window->show();
     QQuickWindow& shown = *window;
     m_composeWindows.push_back({state, std::move(window)});
     m_sessions.begin(state);

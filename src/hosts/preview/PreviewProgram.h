@@ -41,7 +41,6 @@ private:
     };
 
     void startService();
-    void connectService();
     void takeMessages(const MessageReader::Listing& listing);
     /// Opens the reply to that message once it has been read.
     void replyTo(int index);

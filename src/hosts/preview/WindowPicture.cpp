@@ -17,9 +17,8 @@ constexpr int mostLooks = 2s / pause;
 
 } // namespace
 
-WindowPicture::WindowPicture(QQuickWindow& window, QString file, std::function<bool()> isReady, QObject* parent)
-    : QObject(parent)
-    , m_window(window)
+WindowPicture::WindowPicture(QQuickWindow& window, QString file, std::function<bool()> isReady)
+    : m_window(window)
     , m_file(std::move(file))
     , m_isReady(std::move(isReady))
 {

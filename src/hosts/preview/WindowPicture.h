@@ -18,7 +18,7 @@ class WindowPicture : public QObject
 public:
     /// `isReady` says whether everything has come that the window is to show. A window that keeps moving is taken two
     /// seconds after that.
-    WindowPicture(QQuickWindow& window, QString file, std::function<bool()> isReady, QObject* parent = nullptr);
+    WindowPicture(QQuickWindow& window, QString file, std::function<bool()> isReady);
 
 Q_SIGNALS:
     /// `failure` is empty when the file was written, else a sentence.
