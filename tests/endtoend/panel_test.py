@@ -2,7 +2,6 @@
 """What a user does with the panel, from outside, with the keyboard and by a screen reader's presses: quillmate with its
 service; quillmate-extension over its link; quillmate-chat. The first argument is the folder of the programs."""
 
-import base64
 import json
 import os
 import struct
@@ -85,9 +84,7 @@ class Link(unittest.TestCase):
             desk.process.stdin.write(struct.pack("=I", len(data)) + data)
             desk.process.stdin.flush()
 
-        raw = base64.b64encode(b"Subject: Plans\n\nThe content").decode()
-        message = {"rawData": raw, "subject": "Plans", "fromAddress": {"addressString": None}, "headers": None}
-        send({"type": "composeSessionDidBegin", "session": "s", "originalMessage": message})
+        send({"type": "composeSessionDidBegin", "session": "s", "originalMessage": None})
         send({"type": "viewControllerForSession", "session": "s"})
         desk.wait_for("push button", "Login")
         # The user is writing: a window that no user's act brought about leaves the keyboard where it is (EWMH 1.5).

@@ -2,7 +2,6 @@
 #include "support/TestEnvironment.h"
 #include "support/TestProgram.h"
 
-#include <QColor>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
@@ -92,7 +91,7 @@ private Q_SLOTS:
             {{"--new", sample("plain")}, composeSize, "No headers found in the original message."},
             {{"-"}, composeSize, "SESSSION FROM CONTENT EMAIL Dear Mr Balogun,\n"},
             {{}, listSize, ""},
-            {{sample("plain"), sample("mars"), sample("newsletter")}, listSize, ""},
+            {{sample("plain"), sample("mars")}, listSize, ""},
         };
         for (const auto& row : rows) {
             QFile::remove(screenshot({}).back());
@@ -107,10 +106,6 @@ private Q_SLOTS:
                 shades.insert(picture.pixel(pixel % picture.width(), pixel / picture.width()));
             }
             QVERIFY(shades.size() > 20);
-            for (int index = 0; index < 3 && row.arguments.size() == 3; ++index) {
-                const QColor color = picture.pixelColor(12, index * 90 + 80); // Below the row's text.
-                QCOMPARE(color.red() > color.green() + 20 && color.red() > color.blue() + 20, index == 1);
-            }
         }
     }
 

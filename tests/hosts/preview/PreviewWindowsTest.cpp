@@ -1,11 +1,17 @@
 #include "hosts/MadeUpExtension.h"
 #include "hosts/preview/PreviewProgram.h"
+#include "platform/appkit/NSAppearance.h"
+#include "platform/appkit/ViewEngine.h"
+#include "support/Contrast.h"
 #include "support/TestProgram.h"
 #include "views/ViewTestApplication.h"
 
-#include <QGuiApplication>
+#include <QQmlComponent>
 #include <QQuickItem>
+#include <QQuickTextDocument>
 #include <QQuickWindow>
+#include <QTextBlock>
+#include <QTextDocument>
 
 using namespace quillmate;
 
@@ -57,10 +63,53 @@ private:
     std::unique_ptr<PreviewProgram> m_program;
     QQuickWindow* m_list = nullptr;
 
+    QQuickItem* row(int index) const
+    {
+        QQuickItem* found = nullptr;
+        QMetaObject::invokeMethod(itemNamed(m_list, "messageList"), "itemAtIndex", Q_RETURN_ARG(QQuickItem*, found),
+                                  Q_ARG(int, index));
+        return found;
+    }
+    QColor background(int index) const
+    {
+        const auto color = row(index)->findChild<QQuickItem*>("rowBackground")->property("color").value<QColor>();
+        const QQuickItem* ground = itemNamed(m_list, "messageList")->parentItem();
+        return color.alpha() == 0 ? ground->property("color").value<QColor>() : color;
+    }
+    void choose(int index) const
+    {
+        QTest::keyClick(m_list, Qt::Key_Home);
+        for (int i = 0; i < index; ++i) {
+            QTest::keyClick(m_list, Qt::Key_Down);
+        }
+    }
+    void pointAt(int index) const { QTest::mouseMove(m_list, {170, index < 0 ? 600 : index * 90 + 45}); }
+    void checkRow(int index) const
+    {
+        const QColor color = background(index);
+        // Whatever else it is, it is red, and told from the other.
+        QCOMPARE(color.red() > color.green() + 20 && color.red() > color.blue() + 20, index == 0);
+        int texts = 0;
+        for (QQuickItem* text : row(index)->findChildren<QQuickItem*>()) {
+            if (text->inherits("QQuickText")) {
+                ++texts;
+                QVERIFY2(contrastOf(text->property("color").value<QColor>(), color) >= 4.5,
+                         qPrintable(text->property("text").toString()));
+            }
+        }
+        QCOMPARE(texts, 4);
+    }
+
 private Q_SLOTS:
     void initTestCase()
     {
         m_extension.rules = R"([{"trigger":{"url-filter":"/logo"},"action":{"type":"block"}}])";
+        // The first message red, the third in a colour unknown here.
+        m_extension.color = [colors = std::vector{0, 0, 7, 0, 4}](const MEMessage&) mutable {
+            const int color = colors.back();
+            colors.pop_back();
+            return color;
+        };
         PreviewOptions options;
         options.service = PreviewOptions::Service::Remote;
         options.messages = {QUILLMATE_SAMPLES "/plain.eml", QUILLMATE_SAMPLES "/html-with-plain.eml",
@@ -73,10 +122,61 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitForWindowActive(m_list));
     }
 
+    void rowsCanBeRead()
+    {
+        itemNamed(m_list, "messageList")->forceActiveFocus();
+        QTRY_VERIFY(row(0) && row(2));
+        for (const bool dark : {false, true, false}) {
+            NSAppearance::shared().setDark(dark);
+            for (const bool hovered : {false, true}) {
+                for (const bool current : {false, true}) {
+                    for (const int index : {0, 1}) {
+                        choose(current ? index : 2);
+                        pointAt(hovered ? index : -1);
+                        checkRow(index);
+                    }
+                }
+            }
+        }
+        const char* described[] = {"Red background", "", ""}; // Red is the one that is known.
+        for (int i = 0; i < 3; ++i) {
+            QCOMPARE(QAccessible::queryAccessibleInterface(row(i))->text(QAccessible::Description), described[i]);
+        }
+    }
+
+    void redTakesNothingFromChoiceAndPointer()
+    {
+        choose(1);
+        pointAt(-1);
+        const QColor resting = background(0);
+        pointAt(0);
+        QTRY_VERIFY(background(0) != resting);
+        const QColor hovered = background(0);
+        choose(0);
+        QVERIFY(background(0) != resting && background(0) != hovered);
+    }
+
+    void paragraphsRunTheirOwnWay()
+    {
+        QQmlComponent component(&ViewEngine::shared(),
+                                QUrl(QStringLiteral("qrc:/qt/qml/Quillmate/Preview/MessageBody.qml")));
+        const std::unique_ptr<QObject> body(component.createWithInitialProperties(
+            {{"name", "Message"}, {"areaName", "area"}, {"text", QStringLiteral("\n12 Hello\n> سلام\n>\n> x\n>")}}));
+        QVERIFY2(body, qPrintable(component.errorString()));
+        const auto* text =
+            body->findChild<QObject*>("area")->property("textDocument").value<QQuickTextDocument*>()->textDocument();
+        QList<Qt::LayoutDirection> found;
+        for (QTextBlock block = text->begin(); block.isValid(); block = block.next()) {
+            found.append(block.blockFormat().layoutDirection());
+        }
+        QCOMPARE(found, QList({Qt::LayoutDirectionAuto, Qt::LeftToRight, Qt::RightToLeft, Qt::RightToLeft,
+                               Qt::LeftToRight, Qt::LeftToRight}));
+        QVERIFY(!text->isUndoAvailable());
+    }
+
     void arrowKeysChooseMessages()
     {
         QTRY_VERIFY(textOf(m_list, "messageText").startsWith(u"Dear Daniel,"));
-        itemNamed(m_list, "messageList")->forceActiveFocus();
         const struct {
             Qt::Key key;
             QString beginning;
