@@ -31,18 +31,14 @@ void LinkPanels::show(const std::string& session, const MakeController& make, co
     connect(window.get(), &PanelWindow::closedByUser, this, [this] {
         // The window is in the middle of its own event, and counts as open until that is over.
         DispatchQueue::main().async([self = QPointer<LinkPanels>(this)] {
-            if (self && !self->isAnyOpen()) {
+            const auto isOpen = [](const auto& entry) { return entry.second->isVisible(); };
+            if (self && std::none_of(self->m_windows.begin(), self->m_windows.end(), isOpen)) {
                 Q_EMIT self->lastClosedByUser();
             }
         });
     });
     window->show();
     m_windows.emplace(session, std::move(window));
-}
-
-bool LinkPanels::isAnyOpen() const
-{
-    return std::any_of(m_windows.begin(), m_windows.end(), [](const auto& entry) { return entry.second->isVisible(); });
 }
 
 void LinkPanels::follow(const std::string& session, const WindowFrame& compose)

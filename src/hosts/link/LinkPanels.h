@@ -39,8 +39,6 @@ Q_SIGNALS:
     void lastClosedByUser();
 
 private:
-    [[nodiscard]] bool isAnyOpen() const;
-
     std::map<std::string, std::unique_ptr<PanelWindow>> m_windows;
 };
 

@@ -11,11 +11,6 @@
 namespace quillmate
 {
 
-ComposeSessions::ComposeSessions(HandlerFactory handlerForComposeSession)
-    : m_handlerForComposeSession(std::move(handlerForComposeSession))
-{
-}
-
 ComposeSessions::~ComposeSessions()
 {
     m_queue.finish();
@@ -55,7 +50,7 @@ void ComposeSessions::beginNext()
     m_waiting.pop_front();
     const MEComposeSession session(QUuid::createUuid().toString(QUuid::WithoutBraces).toStdString(),
                                    MEComposeContext(window->originalMessage()));
-    const auto handler = m_handlerForComposeSession(session);
+    const auto handler = m_extension.handlerForComposeSession(session);
     m_sessions.push_back({window, handler, session});
     m_beginning = true;
     const QPointer<ComposeSessions> self(this);

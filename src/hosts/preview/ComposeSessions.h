@@ -1,12 +1,10 @@
 #pragma once
 
 #include "platform/foundation/schedule/WorkQueue.h"
-#include "platform/mailkit/MEComposeSession.h"
-#include "platform/mailkit/MEComposeSessionHandler.h"
+#include "platform/mailkit/MEExtension.h"
 
 #include <QObject>
 #include <deque>
-#include <functional>
 #include <memory>
 #include <vector>
 
@@ -23,10 +21,11 @@ class ComposeSessions : public QObject
     Q_OBJECT
 
 public:
-    /// The principal object's question for a handler; called on the main thread.
-    using HandlerFactory = std::function<std::shared_ptr<MEComposeSessionHandler>(const MEComposeSession&)>;
-
-    explicit ComposeSessions(HandlerFactory handlerForComposeSession);
+    /// `extension` outlives this object.
+    explicit ComposeSessions(MEExtension& extension)
+        : m_extension(extension)
+    {
+    }
     /// Waits for what the extension is doing.
     ~ComposeSessions() override;
 
@@ -52,7 +51,7 @@ private:
     void beginNext();
     void begun(const std::shared_ptr<ComposeWindowState>& window);
 
-    HandlerFactory m_handlerForComposeSession;
+    MEExtension& m_extension;
     std::deque<std::shared_ptr<ComposeWindowState>> m_waiting;
     std::vector<Session> m_sessions;
     bool m_beginning = false;

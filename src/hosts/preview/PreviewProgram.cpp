@@ -47,7 +47,7 @@ PreviewProgram::PreviewProgram(PreviewOptions options, NetworkEnvironment enviro
     : m_options(std::move(options))
     , m_environment(std::move(environment))
     , m_reader(extension, [](const std::string& problem) { complain(programName, problem); })
-    , m_sessions([&extension](const MEComposeSession& session) { return extension.handlerForComposeSession(session); })
+    , m_sessions(extension)
     , m_mail(m_reader)
 {
     registerViews();

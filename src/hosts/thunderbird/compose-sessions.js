@@ -18,7 +18,7 @@ export class ComposeSessions {
       return;
     }
     const session = {
-      name: `compose ${this.#nextNumber++}`,
+      name: null,
       windowId: tab.windowId,
       watch: null,
       begun: false,

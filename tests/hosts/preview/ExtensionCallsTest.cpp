@@ -64,13 +64,11 @@ private Q_SLOTS:
         m_extension.asked = [this](const char* what, const MEComposeSession& session) {
             const auto message = session.composeContext().originalMessage();
             const QMutexLocker lock(&m_mutex);
+            m_ids.insert(QString::fromStdString(session.sessionID()));
             m_lines << QStringLiteral("%1 %2 %3")
                            .arg(what, message ? message->subject.c_str() : "new", isMain() ? "main" : "other");
         };
-        m_sessions = std::make_unique<ComposeSessions>([this](const MEComposeSession& session) {
-            m_ids.insert(QString::fromStdString(session.sessionID()));
-            return m_extension.handlerForComposeSession(session);
-        });
+        m_sessions = std::make_unique<ComposeSessions>(m_extension);
     }
     void cleanup() { m_sessions.reset(); }
 

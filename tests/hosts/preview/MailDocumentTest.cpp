@@ -57,6 +57,7 @@ private Q_SLOTS:
             {"Re", "Re[2 Lunch", "Re: Re[2 Lunch"},
             {"Re", "Fwd: Lunch", "Re: Fwd: Lunch"},
             {"Re", "Report: done", "Re: Report: done"},
+            {"Re", "More: done", "Re: More: done"},
             {"Re", "", "Re: "},
             {"Fwd", "FW: Lunch", "FW: Lunch"},
             {"Fwd", "Re: Lunch", "Fwd: Re: Lunch"},

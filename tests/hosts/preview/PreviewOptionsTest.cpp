@@ -40,7 +40,7 @@ private Q_SLOTS:
             {"box --reply=12", {.reply = 12, .messages = {"box"}}},
             {"--new", {.newMessage = true}},
             {"--screenshot x.png", {.screenshotFile = "x.png"}},
-            {"-- --new -x", {.messages = {"--new", "-x"}}},
+            {"-- --new --help", {.messages = {"--new", "--help"}}},
             {"J\xfcrgen.eml", {.messages = {"J\xfcrgen.eml"}}},
         };
         for (const auto& item : cases) {

@@ -1,5 +1,6 @@
 #include "hosts/preview/mail/ContentRules.h"
 
+#include <QHash>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -61,19 +62,15 @@ QRegularExpression filterOf(const QJsonObject& trigger)
                                             : QRegularExpression::CaseInsensitiveOption);
 }
 
-/// Whether the action blocks, or lifts what was blocked; absent for those that load the image all the same.
-std::optional<bool> blocks(const QString& action)
+/// Whether an action blocks, or lifts what was blocked; absent for those that load the image all the same.
+const QHash<QString, std::optional<bool>>& actions()
 {
-    if (action == QLatin1String("block")) {
-        return true;
-    }
-    return action == QLatin1String("ignore-previous-rules") ? std::optional(false) : std::nullopt;
-}
-
-bool isKnown(const QString& action)
-{
-    return blocks(action) || action == QLatin1String("block-cookies") || action == QLatin1String("css-display-none") ||
-           action == QLatin1String("make-https");
+    static const QHash<QString, std::optional<bool>> known = {{"block", true},
+                                                              {"ignore-previous-rules", false},
+                                                              {"block-cookies", std::nullopt},
+                                                              {"css-display-none", std::nullopt},
+                                                              {"make-https", std::nullopt}};
+    return known;
 }
 
 } // namespace
@@ -103,10 +100,10 @@ Parsing ContentRules::parse(std::string_view json)
             return wrong("its \"url-filter\" is no regular expression, " + filter.errorString().toStdString());
         }
         const QString action = list.at(i)[QLatin1String("action")][QLatin1String("type")].toString();
-        if (!isKnown(action)) {
+        if (!actions().contains(action)) {
             return wrong("the \"type\" of its action is unknown");
         }
-        if (const auto block = blocks(action); block && bearsOnImages(trigger)) {
+        if (const auto block = actions().value(action); block && bearsOnImages(trigger)) {
             rules.m_rules.push_back({filter, *block});
         }
     }

@@ -27,8 +27,9 @@ Mailbox senderOf(const HeaderFields& headers)
 
 std::string snippetOf(std::string_view text)
 {
-    const QString line = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())).simplified();
-    return std::string(cutUtf8(line.toStdString(), snippetBytes));
+    const std::string_view beginning = cutUtf8(text, snippetTextBytes);
+    const auto size = static_cast<qsizetype>(beginning.size());
+    return std::string(cutUtf8(QString::fromUtf8(beginning.data(), size).simplified().toStdString(), snippetBytes));
 }
 
 MessageSummary summaryOf(const HeaderFields& headers, std::string_view text)
