@@ -122,12 +122,6 @@ bool ProgramRun::waitForTaken()
     return QTest::qWaitFor([this] { return m_process.bytesToWrite() == 0; }, patience);
 }
 
-bool ProgramRun::waitForErrorLine(const QString& line)
-{
-    const auto isThere = [&] { return errorLines().contains(line); };
-    return QTest::qWaitFor([&] { return isThere() || !isRunning(); }, patience) && isThere();
-}
-
 bool ProgramRun::waitForOutput(const QByteArray& bytes)
 {
     const auto isThere = [&] { return output().contains(bytes); };

@@ -60,9 +60,7 @@ public:
     void write(const QByteArray& bytes) { m_process.write(bytes); }
     /// Waits until the program has taken in what was written, but for what a pipe holds.
     [[nodiscard]] bool waitForTaken();
-    /// Waits for a whole line on standard error; false at once when the program ends without it.
-    [[nodiscard]] bool waitForErrorLine(const QString& line);
-    /// Waits until standard output holds the bytes, likewise.
+    /// Waits until standard output holds the bytes; false at once when the program ends without them.
     [[nodiscard]] bool waitForOutput(const QByteArray& bytes);
 
     /// What has arrived and was not taken.

@@ -55,7 +55,6 @@ private Q_SLOTS:
             {"Re", "RE: Lunch", "RE: Lunch"},
             {"Re", "Re[2]: Lunch", "Re[2]: Lunch"},
             {"Re", "Re[2 Lunch", "Re: Re[2 Lunch"},
-            {"Re", "Fwd: Lunch", "Re: Fwd: Lunch"},
             {"Re", "Report: done", "Re: Report: done"},
             {"Re", "More: done", "Re: More: done"},
             {"Re", "", "Re: "},
