@@ -1,9 +1,6 @@
 #include "server/Options.h"
 
-#include "server/model/ModelAddress.h"
-
 #include <QCommandLineParser>
-#include <QHostAddress>
 #include <QString>
 #include <QUrl>
 
@@ -18,18 +15,14 @@ namespace quillmate::server
 namespace
 {
 
-using Failure = std::string;
-/// Takes a value; a failure says what the value must be.
-using Setter = std::function<Failure(Options&, const std::string&)>;
+/// Why a value cannot be taken: what it must be.
+using Checked = Result<void, std::string>;
+using Setter = std::function<Checked(Options&, const std::string&)>;
 
-Failure setAddress(Options& options, const std::string& value)
+Checked setAddress(Options& options, const std::string& value)
 {
-    const QHostAddress address(QString::fromStdString(value == "localhost" ? "127.0.0.1" : value));
-    if (address.isNull()) {
-        return "give an IP address, such as 127.0.0.1 or ::1";
-    }
-    options.listenAddress = address.toString().toStdString();
-    return {};
+    options.listenAddress.setAddress(QString::fromStdString(value == "localhost" ? "127.0.0.1" : value));
+    return options.listenAddress.isNull() ? Failure("give an IP address, such as 127.0.0.1 or ::1") : Checked();
 }
 
 bool readNumber(const std::string& value, unsigned& number)
@@ -38,79 +31,65 @@ bool readNumber(const std::string& value, unsigned& number)
     return error == std::errc() && end == value.data() + value.size();
 }
 
-Failure setPort(Options& options, const std::string& value)
+Checked setPort(Options& options, const std::string& value)
 {
     constexpr unsigned largest = 65535;
-    unsigned port = 0;
-    if (!readNumber(value, port) || port > largest) {
-        return "give a number from 0 (any free port) to 65535";
+    if (!readNumber(value, options.port) || options.port > largest) {
+        return Failure("give a number from 0 (any free port) to 65535");
     }
-    options.port = port;
     return {};
 }
 
-Failure setData(Options& options, const std::string& value)
+Checked setData(Options& options, const std::string& value)
 {
-    if (value.empty()) {
-        return "give a folder";
-    }
     options.dataFolder = value;
-    return {};
+    return value.empty() ? Failure("give a folder") : Checked();
 }
 
-Failure setEngine(Options& options, const std::string& value)
+Checked setEngine(Options& options, const std::string& value)
 {
-    if (value != "builtin" && value != "openai") {
-        return "give builtin or openai";
-    }
     options.engine = value == "openai" ? Options::Engine::OpenAi : Options::Engine::Builtin;
-    return {};
+    return value != "builtin" && value != "openai" ? Failure("give builtin or openai") : Checked();
 }
 
-bool isWebUrl(const std::string& value)
-{
-    const QUrl url(QString::fromStdString(value), QUrl::StrictMode);
-    return url.isValid() && !url.host().isEmpty() &&
-           (url.scheme() == QStringLiteral("https") || url.scheme() == QStringLiteral("http"));
-}
-
-Failure setUrl(std::string& field, const std::string& value)
-{
-    if (!isWebUrl(value)) {
-        return "give a whole https or http URL";
-    }
-    field = value;
-    return {};
-}
-
-Failure setModel(Options& options, const std::string& value)
+Checked setModel(Options& options, const std::string& value)
 {
     options.openAiModel = value;
-    return value.empty() ? "give a model's name" : Failure();
+    return value.empty() ? Failure("give a model's name") : Checked();
 }
 
-Failure setOpenAiUrl(Options& options, const std::string& value)
+Checked setOpenAiUrl(Options& options, const std::string& value)
 {
-    options.openAiUrl = value;
     const auto read = readModelAddress(value);
-    return read ? Failure() : read.error();
+    if (!read) {
+        return Failure(read.error());
+    }
+    options.openAiAddress = read.value();
+    return {};
 }
 
-Failure setContext(Options& options, const std::string& value)
+Checked setContext(Options& options, const std::string& value)
 {
     constexpr unsigned smallest = 1024;
     constexpr unsigned largest = 100'000'000;
     if (!readNumber(value, options.openAiContext) || options.openAiContext < smallest ||
         options.openAiContext > largest) {
-        return "give a number of tokens from 1024 to 100000000";
+        return Failure("give a number of tokens from 1024 to 100000000");
     }
     return {};
 }
 
-Failure setUpdateVersion(Options& options, const std::string& value)
+Checked setUpdateVersion(Options& options, const std::string& value)
 {
     options.update.version = value;
-    return isVersion(value) ? Failure() : "give a version, such as 1.2.0 or 1.2.0-rc.1";
+    return isVersion(value) ? Checked() : Failure("give a version, such as 1.2.0 or 1.2.0-rc.1");
+}
+
+Checked setUpdateUrl(Options& options, const std::string& value)
+{
+    options.update.url = value;
+    return isWebUrl(QUrl(QString::fromStdString(value), QUrl::StrictMode)) ? Checked()
+                                                                           : Failure("give a whole https or http URL");
 }
 
 /// What was given, as it can stand in one line: without what may be secret in a URL, its user, query and fragment. A
@@ -161,8 +140,7 @@ const std::vector<Option>& valueOptions()
          "else 4096)",
          setContext},
         {"update-version", "V", "newest version that the version check offers", setUpdateVersion},
-        {"update-url", "URL", "where that version can be had",
-         [](Options& options, const std::string& value) { return setUrl(options.update.url, value); }}};
+        {"update-url", "URL", "where that version can be had", setUpdateUrl}};
     return table;
 }
 
@@ -180,37 +158,21 @@ void describeOptions(QCommandLineParser& parser)
     parser.addOption({QStringLiteral("version"), QStringLiteral("show the version")});
 }
 
-/// Why the parser does not understand the arguments.
-Failure misunderstanding(const QCommandLineParser& parser, const QStringList& arguments)
-{
-    const std::string help = ": see quillmate-service --help";
-    QStringList unknown = parser.unknownOptionNames();
-    for (QString& name : unknown) {
-        name.prepend(name.size() == 1 ? QStringLiteral("-") : QStringLiteral("--"));
-    }
-    unknown += parser.positionalArguments();
-    if (!unknown.isEmpty()) {
-        return "unknown option " + shown(unknown.front().toStdString()) + help;
-    }
-    const bool hasValue = arguments.last().contains(u'=');
-    return shown(arguments.last().section(u'=', 0, 0).toStdString()) +
-           (hasValue ? " takes no value" : " needs a value") + help;
-}
-
 /// What is wrong with the options together.
-Failure contradiction(const Options& options)
+Checked contradiction(const Options& options)
 {
     if (options.update.version.empty() != options.update.url.empty()) {
-        return "--update-version and --update-url go together: give both or neither";
+        return Failure("--update-version and --update-url go together: give both or neither");
     }
-    if (options.engine == Options::Engine::OpenAi && (options.openAiUrl.empty() || options.openAiModel.empty())) {
-        return "--engine openai needs --openai-url and --openai-model: give both, for example --openai-url "
-               "http://127.0.0.1:8080/v1 --openai-model default";
+    if (options.engine == Options::Engine::OpenAi && (!options.openAiAddress || options.openAiModel.empty())) {
+        return Failure("--engine openai needs --openai-url and --openai-model: give both, for example --openai-url "
+                       "http://127.0.0.1:8080/v1 --openai-model default");
     }
-    const bool named = !options.openAiUrl.empty() || !options.openAiModel.empty() || options.openAiContext > 0;
+    const bool named = options.openAiAddress || !options.openAiModel.empty() || options.openAiContext > 0;
     if (options.engine == Options::Engine::Builtin && named) {
-        return "--openai-url, --openai-model and --openai-context are for --engine openai: give that too, or leave "
-               "them out";
+        return Failure(
+            "--openai-url, --openai-model and --openai-context are for --engine openai: give that too, or leave "
+            "them out");
     }
     return {};
 }
@@ -219,11 +181,14 @@ Failure contradiction(const Options& options)
 
 Result<Options, std::string> readOptions(const QStringList& arguments, const std::string& defaultData)
 {
-    using Read = Result<Options, std::string>;
+    const std::string help = " See quillmate-service --help.";
     QCommandLineParser parser;
     describeOptions(parser);
-    if (!parser.parse(arguments) || !parser.positionalArguments().isEmpty()) {
-        return Read::failure(misunderstanding(parser, arguments));
+    if (!parser.parse(arguments)) {
+        return Failure(shown(parser.errorText().toStdString()) + help);
+    }
+    if (!parser.positionalArguments().isEmpty()) {
+        return Failure("Unknown argument '" + shown(parser.positionalArguments().first().toStdString()) + "'." + help);
     }
     Options options;
     options.dataFolder = defaultData;
@@ -235,13 +200,12 @@ Result<Options, std::string> readOptions(const QStringList& arguments, const std
             continue;
         }
         const std::string value = parser.value(name).toStdString();
-        if (const std::string failure = option.set(options, value); !failure.empty()) {
-            return Read::failure("--" + std::string(option.name) + " cannot be \"" + shown(value) + "\": " + failure);
+        if (const Checked set = option.set(options, value); !set) {
+            return Failure("--" + std::string(option.name) + " cannot be \"" + shown(value) + "\": " + set.error());
         }
     }
-    if (const Failure failure = options.help || options.version ? Failure() : contradiction(options);
-        !failure.empty()) {
-        return Read::failure(failure);
+    if (const Checked together = contradiction(options); !together && !options.help && !options.version) {
+        return Failure(together.error());
     }
     return options;
 }

@@ -2,9 +2,12 @@
 
 #include "base/Result.h"
 #include "server/UpdateOffer.h"
+#include "server/model/ModelAddress.h"
 
+#include <QHostAddress>
 #include <QStringList>
 
+#include <optional>
 #include <string>
 
 namespace quillmate::server
@@ -14,11 +17,11 @@ namespace quillmate::server
 struct Options {
     enum class Engine { Builtin, OpenAi };
 
-    std::string listenAddress = "127.0.0.1";
+    QHostAddress listenAddress = QHostAddress(QHostAddress::LocalHost);
     unsigned port = 8443;
     std::string dataFolder;
     Engine engine = Engine::Builtin;
-    std::string openAiUrl;
+    std::optional<ModelAddress> openAiAddress;
     std::string openAiModel;
     unsigned openAiContext = 0; ///< tokens; 0: the server is asked
     UpdateOffer update;

@@ -78,14 +78,19 @@ HttpResponse unauthorized()
 
 } // namespace
 
-ServiceApi::ServiceApi(ServiceStore& store, const Engine& engine, UpdateOffer update, SignInSessions::Clock clock)
+ServiceApi::ServiceApi(ServiceStore& store, const Engine& engine, UpdateOffer update)
     : m_store(store)
     , m_engine(engine)
     , m_update(std::move(update))
-    , m_sessions(std::move(clock))
     , m_pages(m_sessions, store)
 {
     addRoutes();
+}
+
+void ServiceApi::setLoginPort(unsigned port)
+{
+    m_pages.setLoginPort(port);
+    setLoginOrigin("http://127.0.0.1:" + std::to_string(port));
 }
 
 void ServiceApi::addRoutes()
@@ -136,8 +141,10 @@ RequestHandler::Admission ServiceApi::admit(const HttpRequest& head) const
     const bool takesGet = login || !takesPost;
     const std::size_t limit = login ? LoginPages::bodyLimit : takesPost ? bodyLimit : 0;
     if (!(takesGet && head.method == "GET") && !(takesPost && head.method == "POST")) {
-        const char* allowed = !takesPost ? "GET, HEAD" : takesGet ? "GET, HEAD, POST" : "POST";
-        return {refusal(head, methodNotAllowed(allowed))};
+        const std::string allowed = !takesPost ? "GET, HEAD" : takesGet ? "GET, HEAD, POST" : "POST";
+        HttpResponse wrongMethod = errorResponse(405, "This address does not take that method: use " + allowed + ".");
+        wrongMethod.headers.emplace_back("Allow", allowed);
+        return {refusal(head, wrongMethod)};
     }
     const bool slow = routed && takesPost;
     // Before the body is read, so that nobody without a token fills the memory or has work done.

@@ -23,12 +23,12 @@ public:
     static constexpr std::size_t bodyLimit = std::size_t(64) * 1024 * 1024;
 
     /// All must outlive the API.
-    ServiceApi(ServiceStore& store, const Engine& engine, UpdateOffer update,
-               SignInSessions::Clock clock = &std::chrono::steady_clock::now);
+    ServiceApi(ServiceStore& store, const Engine& engine, UpdateOffer update);
 
     /// Where sign-in pages are: this origin, or that of the request's own Host header when it is empty.
     void setLoginOrigin(std::string origin) { m_loginOrigin = std::move(origin); }
-    void setLoginPort(unsigned port) { m_pages.setLoginPort(port); }
+    /// They are on this port of 127.0.0.1.
+    void setLoginPort(unsigned port);
 
     [[nodiscard]] Admission admit(const HttpRequest& head) const override;
     [[nodiscard]] HttpResponse refusal(const HttpRequest& head, const HttpResponse& failure) const override;

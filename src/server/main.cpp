@@ -44,11 +44,10 @@ bool isWildcard(const QHostAddress& address)
 
 std::vector<std::string> certifiedAddresses(const QHostAddress& listening)
 {
-    if (!isWildcard(listening)) {
-        return {listening.toString().section(u'%', 0, 0).toStdString()};
-    }
+    const QList<QHostAddress> all =
+        isWildcard(listening) ? QNetworkInterface::allAddresses() : QList<QHostAddress>{listening};
     std::vector<std::string> addresses;
-    for (const QHostAddress& address : QNetworkInterface::allAddresses()) {
+    for (const QHostAddress& address : all) {
         addresses.push_back(address.toString().section(u'%', 0, 0).toStdString());
     }
     return addresses;
@@ -57,7 +56,7 @@ std::vector<std::string> certifiedAddresses(const QHostAddress& listening)
 Result<ServerCertificate, std::string> certificateFor(const Options& options)
 {
     return serverCertificate(options.dataFolder, {QUILLMATE_LIVE_HOST, QUILLMATE_STAGING_HOST, QUILLMATE_DEV_HOST},
-                             certifiedAddresses(QHostAddress(QString::fromStdString(options.listenAddress))));
+                             certifiedAddresses(options.listenAddress));
 }
 
 std::string originOf(const QHostAddress& address, unsigned port)
@@ -78,18 +77,13 @@ Result<std::unique_ptr<Engine>, std::string> engineFor(const Options& options)
     if (const auto checked = checkKey(key); !checked) {
         return Made::failure(checked.error());
     }
-    const auto read = readModelAddress(options.openAiUrl);
-    if (!read) {
-        return Made::failure("--openai-url cannot be that: " + read.error());
-    }
-    const ModelAddress& address = read.value();
     const auto log = [](const std::string& line) { complain(line, 0); };
-    if (address.isInClear()) {
+    if (options.openAiAddress->isInClear()) {
         log("messages" + std::string(key.empty() ? "" : " and the key") +
             " go over the network unencrypted: give --openai-url as https");
     }
     return Made(std::make_unique<OpenAiEngine>(
-        OpenAiEngine::Settings{address, options.openAiModel, key, options.openAiContext, {}}, log));
+        OpenAiEngine::Settings{*options.openAiAddress, options.openAiModel, key, options.openAiContext, {}}, log));
 }
 
 int serve(const Options& options, Engine& engine)
@@ -113,11 +107,12 @@ int serve(const Options& options, Engine& engine)
         limits.slowAnswers = 8; // A thread that waits for a language model takes no processor.
     }
     HttpServer server(api, limits);
-    const QHostAddress address(QString::fromStdString(options.listenAddress));
+    const QHostAddress& address = options.listenAddress;
     const auto port = server.listenSecurely(address, static_cast<quint16>(options.port));
     if (!port) {
-        return complain("cannot listen on " + options.listenAddress + " port " + std::to_string(options.port) + ": " +
-                            port.error() + "; choose another with --port or --listen",
+        return complain("cannot listen on " + address.toString().toStdString() + " port " +
+                            std::to_string(options.port) + ": " + port.error() +
+                            "; choose another with --port or --listen",
                         failed);
     }
     const std::string origin = originOf(address, port.value());
@@ -128,7 +123,6 @@ int serve(const Options& options, Engine& engine)
             return complain("cannot listen on 127.0.0.1 for the sign-in pages: " + loginPort.error(), failed);
         }
         api.setLoginPort(loginPort.value());
-        api.setLoginOrigin("http://127.0.0.1:" + std::to_string(loginPort.value()));
     } else if (!isWildcard(address)) {
         api.setLoginOrigin(origin);
     }

@@ -9,21 +9,13 @@
 namespace quillmate::server
 {
 
-namespace
-{
-
 QString consideredText(const std::string& mail)
 {
+    constexpr qsizetype most = 200'000;
     constexpr std::size_t bytesPerCharacter = 4;
-    return considered(QString::fromStdString(textOfBody(mail, bytesPerCharacter * consideredCharacters).text));
-}
-
-} // namespace
-
-QString considered(const QString& text)
-{
-    const bool cutsPair = text.size() > consideredCharacters && text[consideredCharacters - 1].isHighSurrogate();
-    return text.left(cutsPair ? consideredCharacters - 1 : consideredCharacters);
+    const QString text = QString::fromStdString(textOfBody(mail, bytesPerCharacter * most).text);
+    const bool cutsPair = text.size() > most && text[most - 1].isHighSurrogate();
+    return text.left(cutsPair ? most - 1 : most);
 }
 
 EngineText BuiltinEngine::summarize(const std::string& mail) const

@@ -7,10 +7,8 @@
 namespace quillmate::server
 {
 
-/// How much of a message's text is looked at, so that the time for one of any size stays bounded.
-constexpr qsizetype consideredCharacters = 200'000;
-/// The text's beginning of at most that length, without half a character at its end.
-QString considered(const QString& text);
+/// The first 200,000 characters of a message's text, so that the time for one of any size stays bounded.
+QString consideredText(const std::string& mail);
 
 /// Writes its texts from the message alone: no account, no network, no language model; none of them fails.
 class BuiltinEngine : public Engine

@@ -13,11 +13,6 @@ namespace
 
 constexpr qsizetype consideredCharacters = 4000;
 
-bool has(const QString& text, const QRegularExpression& sign)
-{
-    return sign.match(text).hasMatch();
-}
-
 /// Words about the asking itself, folded as `contentWords` folds them, and pairs of characters that are grammar only.
 bool saysNothing(const QString& word)
 {
@@ -40,10 +35,10 @@ ChatQuestion::Kind kindOf(const QString& text)
     static const QRegularExpression overview = wordPattern(QStringLiteral(
         "\\bsummar|what('s| is) (it|this|that|the (e-?mail|message)) about|zusammenfass|fasse? .*zusammen|wor(um|an) "
         "geht|\\brésum|de quoi (s['’]agit|parle)|\\bresum[ae]|de qué (se )?(trata|habla)|要約|まとめて|لخص|ملخص"));
-    if (has(text, courtesy)) {
+    if (text.contains(courtesy)) {
         return ChatQuestion::Kind::Courtesy;
     }
-    return has(text, overview) ? ChatQuestion::Kind::Overview : ChatQuestion::Kind::Ordinary;
+    return text.contains(overview) ? ChatQuestion::Kind::Overview : ChatQuestion::Kind::Ordinary;
 }
 
 ChatQuestion::Wants wantsOf(const QString& text)
@@ -55,13 +50,13 @@ ChatQuestion::Wants wantsOf(const QString& text)
         QStringLiteral("\\b(how (much|many)|wie ?viele?|combien|cu[aá]nt[oa]s?)\\b|いくら|いくつ|何人|كم\\b"));
     static const QRegularExpression amount = wordPattern(
         QStringLiteral("\\b(costs?|price|kosten|kostet|preis|prix|coûte(nt)?|precio|cuesta[n]?)\\b|値段|料金|سعر"));
-    if (has(text, time)) {
+    if (text.contains(time)) {
         return ChatQuestion::Wants::Time;
     }
-    if (has(text, amount)) {
+    if (text.contains(amount)) {
         return ChatQuestion::Wants::Amount;
     }
-    return has(text, number) ? ChatQuestion::Wants::Number : ChatQuestion::Wants::Anything;
+    return text.contains(number) ? ChatQuestion::Wants::Number : ChatQuestion::Wants::Anything;
 }
 
 } // namespace
@@ -83,8 +78,8 @@ ChatQuestion readQuestion(const QString& question)
     }
     result.kind = kindOf(result.text);
     result.wants = wantsOf(result.text);
-    result.pointsBack = result.words.isEmpty() || (result.words.size() == 1 && has(result.text, pronoun));
-    result.goesOn = has(result.text, connective);
+    result.pointsBack = result.words.isEmpty() || (result.words.size() == 1 && result.text.contains(pronoun));
+    result.goesOn = result.text.contains(connective);
     return result;
 }
 

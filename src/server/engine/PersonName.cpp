@@ -1,9 +1,8 @@
 #include "server/engine/PersonName.h"
 
 #include "server/engine/Language.h"
-#include "server/engine/NameWords.h"
+#include "server/engine/WordPatterns.h"
 
-#include <QRegularExpression>
 #include <QStringList>
 
 #include <algorithm>
@@ -17,6 +16,65 @@ namespace
 constexpr qsizetype longestLine = 120;
 constexpr qsizetype longestWord = 25;
 constexpr qsizetype mostWords = 5; // and three of titles
+
+// These take a word of a signature line as it stands, in any case, with or without its full stops.
+
+QString bare(const QString& word)
+{
+    return word.toLower().remove(u'.');
+}
+
+/// "Dr.", "Prof.", "Mme", "Frau": stands before a name.
+bool isTitle(const QString& word)
+{
+    static const QSet<QString> titles =
+        wordSet(QStringLiteral("dr prof professor mr mrs ms miss mx sir herr frau mme mlle madame monsieur sr sra srta "
+                               "dra lic rev ing mag dipl-ing dr-ing familie family famille familia"));
+    return titles.contains(bare(word));
+}
+
+/// What follows a doctor's title in German ("med.", "rer.", "nat.").
+bool isTitleSuffix(const QString& word)
+{
+    static const QSet<QString> suffixes = wordSet(QStringLiteral("med rer nat phil jur pol oec hc h c habil"));
+    return word.endsWith(u'.') && suffixes.contains(bare(word));
+}
+
+/// "PhD", "MBA", "Jr.": stands behind a name.
+bool isDegree(const QString& word)
+{
+    static const QSet<QString> degrees = wordSet(QStringLiteral("phd md mba msc bsc ma ba llm cpa esq jr sr ii iii"));
+    return degrees.contains(bare(word));
+}
+
+/// "von", "de", "van", "al": written small within a name.
+bool isNameParticle(const QString& word)
+{
+    static const QSet<QString> particles = wordSet(
+        QStringLiteral("von van de der den del della da di do dos das du des la le ter ten zu zur y e bin ibn al el"));
+    return particles.contains(word.toLower());
+}
+
+/// A word that a person's name never has: of a team, a company, a role, a greeting, a courtesy, a weekday.
+bool isNeverInName(const QString& word)
+{
+    static const QSet<QString> words = wordSet(QStringLiteral(
+        "team support service services customer care kundenservice kundendienst équipe equipo company corporation gmbh "
+        "ag kg inc ltd llc corp sarl sas s.l department dept abteilung sales vertrieb marketing office büro newsletter "
+        "sekretariat verwaltung university universität université universidad school institute institut manager "
+        "director direktor directeur directrice directora ceo cto cfo coo engineer geschäftsführer geschäftsführerin "
+        "vorstand leiter leiterin assistant assistentin president head chief officer consultant ingénieur gerente "
+        "responsable auftrag behalf group bank insurance agentur agence agency thanks thank danke dank merci gracias "
+        "regards wishes greetings cheers grüße grüßen gruß saludos saludo cordialement best kind kindest warm mit mfg "
+        "lg vg yes no ja nein oui non ok okay hi hello hallo dear hey bonjour hola liebe lieber all everyone everybody "
+        "mate folks guys zusammen alle leute tous toutes todos friends freunde see talk until bis bei viel alles gute "
+        "schönes schöne bonne belle buen buena feliz good great have happy enjoy fine perfect perfekt super sure "
+        "agreed done noted please bitte attachment attachments anhang anbei anlage anlagen enclosure tel telefon "
+        "telephone phone mobile mobil fax email e-mail mail web www ps monday tuesday wednesday thursday friday "
+        "saturday sunday montag dienstag mittwoch donnerstag freitag samstag sonntag lundi mardi mercredi jeudi "
+        "vendredi samedi dimanche lunes martes miércoles jueves viernes sábado domingo"));
+    return words.contains(bare(word));
+}
 
 bool isAllCaps(const QString& word)
 {
@@ -52,7 +110,7 @@ QString nameAlone(const QString& line)
 bool isNameWord(const QString& word, bool first)
 {
     static const QRegularExpression shape(QStringLiteral("^\\p{Lu}[\\p{L}\\p{M}'’-]*\\.?$"));
-    return word.size() <= longestWord && ((!first && isNameParticle(word)) || shape.match(word).hasMatch());
+    return word.size() <= longestWord && ((!first && isNameParticle(word)) || word.contains(shape));
 }
 
 bool isInitial(const QString& word)
@@ -135,7 +193,7 @@ std::optional<PersonName> japaneseName(const QString& text)
     static const QString notNames = QStringLiteral("部課社室店所様会係局");
     const auto both = two.match(text);
     const QString family = both.hasMatch() ? both.captured(1) : text;
-    if ((!both.hasMatch() && !one.match(text).hasMatch()) || notNames.contains(family.back())) {
+    if ((!both.hasMatch() && !text.contains(one)) || notNames.contains(family.back())) {
         return std::nullopt;
     }
     return PersonName{{}, both.captured(2), family};
@@ -145,7 +203,7 @@ std::optional<PersonName> arabicName(const QStringList& words)
 {
     static const QRegularExpression shape(QStringLiteral("^[\\p{Arabic}\\p{M}]+$"));
     for (const QString& word : words) {
-        if (!shape.match(word).hasMatch() || isCommonWord(word)) {
+        if (!word.contains(shape) || isCommonWord(word)) {
             return std::nullopt;
         }
     }
@@ -156,7 +214,7 @@ std::optional<PersonName> arabicName(const QStringList& words)
 std::optional<PersonName> smallName(const QString& word)
 {
     static const QRegularExpression shape(QStringLiteral("^\\p{Ll}[\\p{L}'-]{1,19}$"));
-    if (!shape.match(word).hasMatch() || isCommonWord(word) || isNeverInName(word)) {
+    if (!word.contains(shape) || isCommonWord(word) || isNeverInName(word)) {
         return std::nullopt;
     }
     return PersonName{{}, inOrdinaryLetters(word), {}};

@@ -2,9 +2,8 @@
 
 #include "mail/QuotedText.h"
 #include "server/engine/ExtractiveSummary.h"
-#include "server/engine/Greeting.h"
 #include "server/engine/MessageQuestions.h"
-#include "server/engine/ReplyPhrases.h"
+#include "server/engine/ReplyWords.h"
 #include "server/engine/SenderName.h"
 
 #include <QStringList>

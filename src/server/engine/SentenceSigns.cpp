@@ -17,26 +17,6 @@ constexpr double timeWeight = 0.3;
 constexpr double amountWeight = 0.5;
 constexpr qsizetype longestFormula = 160;
 
-bool hasRequest(const QString& sentence)
-{
-    static const QRegularExpression request = wordPattern(
-        QStringLiteral("\\b(please|kindly|(could|can|would|will) you|let (me|us) know|make "
-                       "sure|deadline|bitte|(könnten|können|würden) sie|(kannst|könntest) du|frist|merci "
-                       "de|veuillez|(pourriez|pouvez)[- ]vous|s['’]il (vous|te) plaît|por "
-                       "favor|(podría|puede|podrías|puedes)|rogamos)\\b|ください|下さい|いただけ|يرجى|الرجاء|من فضلك"));
-    return request.match(sentence).hasMatch();
-}
-
-/// Whether it says that something is no longer as it was planned.
-bool hasChange(const QString& sentence)
-{
-    static const QRegularExpression change = wordPattern(QStringLiteral(
-        "\\b(therefore|moves?|moved|postponed?|delayed|cancel(l?ed)?|rescheduled?|changed?|instead|deshalb|daher|"
-        "verschieb\\w+|verschoben|verlegt|abgesagt|geändert|donc|reporte?r?|reportée?s?|annulée?s?|déplacée?s?|por (lo "
-        ")?tanto|aplaza\\w*|cancelad[oa]s?|cambia\\w*)\\b|変更|延期|中止|تأجيل|إلغاء|تغيير"));
-    return change.match(sentence).hasMatch();
-}
-
 bool hasDate(const QString& sentence)
 {
     static const QRegularExpression date = wordPattern(QStringLiteral(
@@ -48,7 +28,7 @@ bool hasDate(const QString& sentence)
         "\\d{1,2}|\\d{1,4}[./-]\\d{1,2}[./"
         "-]\\d{2,4}|\\d{1,2}\\.\\d{1,2}\\.)|\\d{1,2}月|[月火水木金土日]曜|明日|(الاثنين|الإثنين|الثلاثاء|الأربعاء|"
         "الخميس|الجمعة|السبت|الأحد|غدا)"));
-    return date.match(sentence).hasMatch();
+    return sentence.contains(date);
 }
 
 bool hasTime(const QString& sentence)
@@ -56,24 +36,26 @@ bool hasTime(const QString& sentence)
     static const QRegularExpression time = wordPattern(QStringLiteral(
         "\\b(\\d{1,2}[:h]\\d{2}|\\d{1,2}(\\.\\d{2})? "
         "?([ap]\\.?m\\b|uhr|o['’]clock|heures)|noon|midday|midnight|midi|mediodía|mittags?)|\\d{1,2}時|正午|الساعة"));
-    return time.match(sentence).hasMatch();
-}
-
-bool hasAmount(const QString& sentence)
-{
-    static const QRegularExpression amount = wordPattern(QStringLiteral(
-        "[$€£¥]\\s?\\d|(\\d|\\b(one|two|three|four|five|six|seven|eight|nine|ten|twenty))\\s?(€|\\$|£|¥|%|円|(eur|"
-        "euros?|usd|dollars?|gbp|pounds|chf|francs?|per ?cent|prozent|pour cent|por ciento)\\b|يورو|دولار)"));
-    return amount.match(sentence).hasMatch();
+    return sentence.contains(time);
 }
 
 } // namespace
 
 double weightOfSigns(const QString& sentence)
 {
-    return (hasRequest(sentence) ? requestWeight : 0) + (isQuestion(sentence) ? questionWeight : 0) +
-           (hasChange(sentence) ? changeWeight : 0) + (hasDate(sentence) ? dateWeight : 0) +
-           (hasTime(sentence) ? timeWeight : 0) + (hasAmount(sentence) ? amountWeight : 0);
+    static const QRegularExpression request = wordPattern(
+        QStringLiteral("\\b(please|kindly|(could|can|would|will) you|let (me|us) know|make "
+                       "sure|deadline|bitte|(könnten|können|würden) sie|(kannst|könntest) du|frist|merci "
+                       "de|veuillez|(pourriez|pouvez)[- ]vous|s['’]il (vous|te) plaît|por "
+                       "favor|(podría|puede|podrías|puedes)|rogamos)\\b|ください|下さい|いただけ|يرجى|الرجاء|من فضلك"));
+    // Something is no longer as it was planned.
+    static const QRegularExpression change = wordPattern(QStringLiteral(
+        "\\b(therefore|moves?|moved|postponed?|delayed|cancel(l?ed)?|rescheduled?|changed?|instead|deshalb|daher|"
+        "verschieb\\w+|verschoben|verlegt|abgesagt|geändert|donc|reporte?r?|reportée?s?|annulée?s?|déplacée?s?|por (lo "
+        ")?tanto|aplaza\\w*|cancelad[oa]s?|cambia\\w*)\\b|変更|延期|中止|تأجيل|إلغاء|تغيير"));
+    return (sentence.contains(request) ? requestWeight : 0) + (isQuestion(sentence) ? questionWeight : 0) +
+           (sentence.contains(change) ? changeWeight : 0) + (hasDate(sentence) ? dateWeight : 0) +
+           (hasTime(sentence) ? timeWeight : 0) + (namesAmount(sentence) ? amountWeight : 0);
 }
 
 bool namesTime(const QString& sentence)
@@ -83,7 +65,10 @@ bool namesTime(const QString& sentence)
 
 bool namesAmount(const QString& sentence)
 {
-    return hasAmount(sentence);
+    static const QRegularExpression amount = wordPattern(QStringLiteral(
+        "[$€£¥]\\s?\\d|(\\d|\\b(one|two|three|four|five|six|seven|eight|nine|ten|twenty))\\s?(€|\\$|£|¥|%|円|(eur|"
+        "euros?|usd|dollars?|gbp|pounds|chf|francs?|per ?cent|prozent|pour cent|por ciento)\\b|يورو|دولار)"));
+    return sentence.contains(amount);
 }
 
 bool isClosingFormula(const QString& sentence)
@@ -103,17 +88,17 @@ bool isClosingFormula(const QString& sentence)
         "baja|cancelar (la|su) suscripción|配信停止|إلغاء الاشتراك|view (this|it)\\b.* in (your|a) browser|\\byou (are "
         "receiving|receive|received|have received) this (e-?mail|message|newsletter)|^this (e-?mail|message) (and "
         "any|is confidential|may contain)|manage your (e-?mail )?(preferences|subscription)"));
-    if (footer.match(sentence).hasMatch() && !isQuestion(sentence)) {
+    if (sentence.contains(footer) && !isQuestion(sentence)) {
         return true;
     }
     // One that names a day ("I look forward to seeing you on Friday.") says something.
-    return sentence.size() <= longestFormula && closing.match(sentence).hasMatch() && !hasDate(sentence);
+    return sentence.size() <= longestFormula && sentence.contains(closing) && !hasDate(sentence);
 }
 
 bool isListItem(const QString& sentence)
 {
     static const QRegularExpression item(QStringLiteral("^\\s*([-*•–·▪]|\\d{1,2}[.)]|[a-z]\\))\\s+\\S"));
-    return item.match(sentence).hasMatch();
+    return sentence.contains(item);
 }
 
 } // namespace quillmate::server

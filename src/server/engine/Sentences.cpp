@@ -66,7 +66,7 @@ bool endsHour(const QString& text, qsizetype index, qsizetype after)
         QRegularExpression::CaseInsensitiveOption);
     const QString word = wordBefore(text, index).toLower();
     return (word == QStringLiteral("a.m") || word == QStringLiteral("p.m")) && text[after + 1].isUpper() &&
-           !goesOn.match(text.mid(after, longestSentence)).hasMatch();
+           !text.mid(after, longestSentence).contains(goesOn);
 }
 
 /// Whether the full stop at `index` ends a sentence; `after` is the first character behind it and its closing marks.
@@ -194,7 +194,7 @@ bool hasContent(const QString& sentence)
         letters += character.isLetter() ? 1 : 0;
         unspaced += isUnspaced(character) ? 1 : 0;
     }
-    if (letters * 3 < sentence.size() || isClosingFormula(sentence) || link.match(sentence).hasMatch()) {
+    if (letters * 3 < sentence.size() || isClosingFormula(sentence) || sentence.contains(link)) {
         return false;
     }
     const QChar last = sentence.back();

@@ -14,7 +14,6 @@ namespace quillmate::server
 struct ServerCertificate {
     QByteArray certificate;
     QByteArray key;
-    QByteArray authority;
 };
 
 /// The server certificate of a data folder. `ca.pem` and `ca-key.pem` are made once and kept; `server.pem` and

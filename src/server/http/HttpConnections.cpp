@@ -11,6 +11,43 @@
 namespace quillmate::server
 {
 
+namespace
+{
+
+gnutls_datum_t datum(const QByteArray& text)
+{
+    // The library only reads it.
+    auto* bytes = reinterpret_cast<unsigned char*>(const_cast<char*>(text.data()));
+    return {bytes, static_cast<unsigned>(text.size())};
+}
+
+} // namespace
+
+std::unique_ptr<TlsIdentity> TlsIdentity::read(const ServerCertificate& pem)
+{
+    const gnutls_datum_t certificate = datum(pem.certificate);
+    const gnutls_datum_t key = datum(pem.key);
+    std::unique_ptr<TlsIdentity> identity(new TlsIdentity);
+    const bool usable =
+        gnutls_pcert_import_x509_raw(&identity->m_certificate, &certificate, GNUTLS_X509_FMT_PEM, 0) == 0 &&
+        gnutls_privkey_init(&identity->m_key) == 0 &&
+        gnutls_privkey_import_x509_raw(identity->m_key, &key, GNUTLS_X509_FMT_PEM, nullptr, 0) == 0;
+    return usable ? std::move(identity) : nullptr;
+}
+
+TlsIdentity::~TlsIdentity()
+{
+    gnutls_pcert_deinit(&m_certificate);
+    gnutls_privkey_deinit(m_key);
+}
+
+void TlsIdentity::give(gnutls_pcert_st** certificate, unsigned* count, gnutls_privkey_t* key)
+{
+    *certificate = &m_certificate;
+    *count = 1;
+    *key = m_key;
+}
+
 bool HttpConnection::isGone() const
 {
     pollfd state = {m_descriptor, POLLRDHUP, 0};
@@ -25,8 +62,6 @@ HttpConnections::HttpConnections(std::chrono::milliseconds requestTime)
     connect(timer, &QTimer::timeout, this, &HttpConnections::endOverdue);
     timer->start(requestTime / looksPerLimit);
 }
-
-HttpConnections::~HttpConnections() = default;
 
 void HttpConnections::setIdentity(std::shared_ptr<TlsIdentity> identity)
 {
@@ -46,11 +81,13 @@ HttpConnection* HttpConnections::opened(int descriptor)
 void HttpConnections::closing(HttpConnection* connection)
 {
     // A client that is still sending must get to read the answer: closing with unread bytes would reset the connection
-    // and take the answer with it. So another descriptor keeps it for a while.
+    // and take the answer with it. So another descriptor keeps it for a while, unless there are so many that clients
+    // would use up the process's descriptors in this way.
     pollfd unread = {connection->descriptor(), POLLIN | POLLRDHUP, 0};
     const bool mayBeSending = connection->lingers() || (poll(&unread, 1, 0) > 0 && unread.revents == POLLIN);
-    const int kept = mayBeSending ? fcntl(connection->descriptor(), F_DUPFD_CLOEXEC, 0) : -1;
+    const int kept = mayBeSending && m_kept < mostKept ? fcntl(connection->descriptor(), F_DUPFD_CLOEXEC, 0) : -1;
     if (kept >= 0) {
+        ++m_kept;
         shutdown(kept, SHUT_WR);
         QMetaObject::invokeMethod(this, [this, kept] { discard(kept); });
     }
@@ -75,6 +112,7 @@ void HttpConnections::discard(int descriptor)
     auto* socket = new QTcpSocket(this);
     connect(socket, &QTcpSocket::readyRead, socket, [socket] { socket->readAll(); });
     connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
+    connect(socket, &QObject::destroyed, this, [this] { --m_kept; });
     QTimer::singleShot(longest, socket, &QObject::deleteLater);
     if (!socket->setSocketDescriptor(descriptor)) {
         close(descriptor);

@@ -1,17 +1,38 @@
 #pragma once
 
-#include "server/http/TlsIdentity.h"
+#include "server/http/Certificates.h"
 
 #include <QObject>
 
 #include <atomic>
 #include <chrono>
+#include <gnutls/abstract.h>
 #include <memory>
 #include <mutex>
 #include <unordered_map>
 
 namespace quillmate::server
 {
+
+/// A certificate and its key in the TLS library's own form. Any thread may use it.
+class TlsIdentity
+{
+public:
+    /// Null when the library cannot read them.
+    static std::unique_ptr<TlsIdentity> read(const ServerCertificate& pem);
+    ~TlsIdentity();
+    TlsIdentity(const TlsIdentity&) = delete;
+    TlsIdentity& operator=(const TlsIdentity&) = delete;
+
+    /// As a connection's handshake asks for them; they must live until it is through.
+    void give(gnutls_pcert_st** certificate, unsigned* count, gnutls_privkey_t* key);
+
+private:
+    TlsIdentity() = default;
+
+    gnutls_pcert_st m_certificate = {};
+    gnutls_privkey_t m_key = nullptr;
+};
 
 /// One open connection as the server's own rules see it.
 class HttpConnection
@@ -56,8 +77,10 @@ class HttpConnections : public QObject
     Q_OBJECT
 
 public:
+    /// How many descriptors of ended connections are kept for clients that still send.
+    static constexpr int mostKept = 64;
+
     explicit HttpConnections(std::chrono::milliseconds requestTime);
-    ~HttpConnections() override;
 
     /// Of the connections to come.
     void setIdentity(std::shared_ptr<TlsIdentity> identity);
@@ -75,6 +98,7 @@ private:
     std::mutex m_mutex;
     std::shared_ptr<TlsIdentity> m_identity;
     std::unordered_map<HttpConnection*, std::unique_ptr<HttpConnection>> m_connections;
+    std::atomic<int> m_kept = 0;
 };
 
 } // namespace quillmate::server

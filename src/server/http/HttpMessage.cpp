@@ -55,12 +55,4 @@ HttpResponse errorResponse(int status, std::string_view sentence)
     return jsonResponse(status, object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
 }
 
-HttpResponse methodNotAllowed(std::string_view allowed)
-{
-    HttpResponse response =
-        errorResponse(405, "This address does not take that method: use " + std::string(allowed) + ".");
-    response.headers.emplace_back("Allow", allowed);
-    return response;
-}
-
 } // namespace quillmate::server

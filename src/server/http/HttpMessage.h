@@ -39,7 +39,5 @@ struct HttpResponse {
 HttpResponse jsonResponse(int status, std::string json);
 /// {"error": sentence}.
 HttpResponse errorResponse(int status, std::string_view sentence);
-/// 405 with the Allow header (RFC 9110, 15.5.6).
-HttpResponse methodNotAllowed(std::string_view allowed);
 
 } // namespace quillmate::server

@@ -1,7 +1,5 @@
 #include "server/http/HttpServer.h"
 
-#include "server/http/TlsIdentity.h"
-
 #include <QTcpServer>
 
 #include <algorithm>
@@ -25,10 +23,10 @@ constexpr std::size_t connectionMemory = std::size_t(32) * 1024;
 constexpr int waitingConnections = 4096;
 constexpr unsigned mostThreads = 8;
 
-/// How many connections the process may hold beside its other files.
+/// How many connections the process may hold at all its doors together, beside its other files.
 unsigned affordable(unsigned wanted)
 {
-    constexpr rlim_t others = 128;
+    constexpr rlim_t others = 128 + HttpConnections::mostKept;
     rlimit files = {};
     getrlimit(RLIMIT_NOFILE, &files);
     files.rlim_cur = files.rlim_max;
@@ -70,11 +68,13 @@ struct HttpServer::Callbacks {
         return new HttpTransaction(entered.server.m_work, *connectionOf(connection), entered.listener, target);
     }
 
-    static MHD_Result proceed(void*, MHD_Connection* connection, const char*, const char* method, const char*,
-                              const char* bytes, std::size_t* size, void** transaction)
+    static MHD_Result proceed(void*, MHD_Connection* connection, const char* path, const char* method,
+                              const char* version, const char* bytes, std::size_t* size, void** transaction)
     {
+        // Both point into the request line as it was received, where one blank stands before the version.
+        const auto targetSize = static_cast<std::size_t>(version - path - 1);
         return static_cast<HttpTransaction*>(*transaction)
-            ->proceed(connection, method, {bytes, std::exchange(*size, 0)});
+            ->proceed(connection, method, targetSize, {bytes, std::exchange(*size, 0)});
     }
 
     static void completed(void*, MHD_Connection* connection, void** transaction, MHD_RequestTerminationCode code)
@@ -150,10 +150,14 @@ bool HttpServer::start()
          {MHD_OPTION_HTTPS_CERT_CALLBACK, 0, reinterpret_cast<void*>(&Callbacks::certificate)},
          {MHD_OPTION_END, 0, nullptr}}};
     const MHD_OptionItem none = {MHD_OPTION_END, 0, nullptr};
-    return start(m_doors.front(), MHD_USE_TLS, tls.data()) && start(m_doors.back(), MHD_NO_FLAG, &none);
+    // A person who signs in needs few connections, a flood of them must leave the others to the service.
+    const unsigned connections = affordable(m_work.limits.connections);
+    const unsigned forLogins = connections / 8;
+    return start(m_doors.front(), connections - forLogins, MHD_USE_TLS, tls.data()) &&
+           start(m_doors.back(), forLogins, MHD_NO_FLAG, &none);
 }
 
-bool HttpServer::start(Door& door, unsigned flags, const MHD_OptionItem* options) const
+bool HttpServer::start(Door& door, unsigned connections, unsigned flags, const MHD_OptionItem* options)
 {
     if (door.descriptor < 0) {
         return true;
@@ -162,7 +166,7 @@ bool HttpServer::start(Door& door, unsigned flags, const MHD_OptionItem* options
     door.daemon = MHD_start_daemon(
         flags | MHD_USE_EPOLL_INTERNAL_THREAD | MHD_ALLOW_SUSPEND_RESUME, 0, &Callbacks::accepts, &door,
         &Callbacks::proceed, nullptr, MHD_OPTION_LISTEN_SOCKET, door.descriptor, MHD_OPTION_THREAD_POOL_SIZE, threads,
-        MHD_OPTION_CONNECTION_LIMIT, affordable(m_work.limits.connections), MHD_OPTION_CONNECTION_MEMORY_LIMIT,
+        MHD_OPTION_CONNECTION_LIMIT, std::max(connections, threads), MHD_OPTION_CONNECTION_MEMORY_LIMIT,
         connectionMemory, MHD_OPTION_CONNECTION_TIMEOUT, idleSeconds, MHD_OPTION_STRICT_FOR_CLIENT, 1,
         MHD_OPTION_NOTIFY_CONNECTION, &Callbacks::connection, &door, MHD_OPTION_URI_LOG_CALLBACK, &Callbacks::begun,
         &door, MHD_OPTION_NOTIFY_COMPLETED, &Callbacks::completed, nullptr, MHD_OPTION_UNESCAPE_CALLBACK,

@@ -50,7 +50,7 @@ private:
     struct Callbacks;
 
     static Result<quint16, std::string> listen(Door& door, const QHostAddress& address, quint16 port);
-    bool start(Door& door, unsigned flags, const MHD_OptionItem* options) const;
+    static bool start(Door& door, unsigned connections, unsigned flags, const MHD_OptionItem* options);
     void stop();
 
     HttpWork m_work;

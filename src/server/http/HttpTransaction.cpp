@@ -151,6 +151,7 @@ void HttpWork::close()
 HttpTransaction::HttpTransaction(HttpWork& work, HttpConnection& connection, Listener listener, std::string_view target)
     : m_work(work)
     , m_connection(connection)
+    , m_targetSize(target.size())
 {
     const std::size_t question = target.find('?');
     m_request.path = target.substr(0, question);
@@ -169,10 +170,11 @@ HttpTransaction::~HttpTransaction()
     }
 }
 
-MHD_Result HttpTransaction::proceed(MHD_Connection* connection, const char* method, std::string_view bytes)
+MHD_Result HttpTransaction::proceed(MHD_Connection* connection, const char* method, std::size_t targetSize,
+                                    std::string_view bytes)
 {
     if (m_stage == Stage::Head) {
-        return begin(connection, method);
+        return begin(connection, method, targetSize);
     }
     if (!bytes.empty()) {
         return take(bytes);
@@ -189,14 +191,16 @@ MHD_Result HttpTransaction::proceed(MHD_Connection* connection, const char* meth
     return reply(connection);
 }
 
-MHD_Result HttpTransaction::begin(MHD_Connection* connection, const char* method)
+MHD_Result HttpTransaction::begin(MHD_Connection* connection, const char* method, std::size_t targetSize)
 {
     m_stage = Stage::Body;
     m_work.begin();
     m_connection.requestCame();
     m_request.method = std::string_view(method) == "HEAD" ? "GET" : method;
     MHD_get_connection_values_n(connection, MHD_HEADER_KIND, addHeader, &m_request.headers);
-    const FramingRead framing = readFraming(m_request);
+    // The library hands a target over as if it ended at its first NUL.
+    const FramingRead framing =
+        targetSize == m_targetSize ? readFraming(m_request) : malformed(400, "A request's target holds no NUL.");
     if (!framing) {
         m_response = framing.error();
         m_connection.answeredEarly();

@@ -100,13 +100,13 @@ public:
     HttpTransaction& operator=(const HttpTransaction&) = delete;
 
     /// The head is there, then pieces of the body, then all of it (no bytes), and once more when a slow answer is
-    /// ready.
-    MHD_Result proceed(MHD_Connection* connection, const char* method, std::string_view bytes);
+    /// ready. `targetSize` is that of the target as it was received.
+    MHD_Result proceed(MHD_Connection* connection, const char* method, std::size_t targetSize, std::string_view bytes);
 
 private:
     enum class Stage { Head, Body, Answer };
 
-    MHD_Result begin(MHD_Connection* connection, const char* method);
+    MHD_Result begin(MHD_Connection* connection, const char* method, std::size_t targetSize);
     MHD_Result take(std::string_view bytes);
     MHD_Result answerLater(MHD_Connection* connection);
     MHD_Result reply(MHD_Connection* connection);
@@ -117,6 +117,7 @@ private:
     HttpWork& m_work;
     HttpConnection& m_connection;
     Stage m_stage = Stage::Head;
+    const std::size_t m_targetSize;
     HttpRequest m_request;
     std::optional<HttpResponse> m_response;
     std::size_t m_bodyLimit = 0;

@@ -23,11 +23,16 @@ bool ModelAddress::isInClear() const
     return completions.scheme() == QStringLiteral("http") && !isHere(completions.host());
 }
 
+bool isWebUrl(const QUrl& url)
+{
+    const bool web = url.scheme() == QStringLiteral("https") || url.scheme() == QStringLiteral("http");
+    return web && url.isValid() && !url.host().isEmpty();
+}
+
 Result<ModelAddress, std::string> readModelAddress(const std::string& url)
 {
     QUrl base(QString::fromStdString(url), QUrl::StrictMode);
-    const bool web = base.scheme() == QStringLiteral("https") || base.scheme() == QStringLiteral("http");
-    if (!base.isValid() || base.host().isEmpty() || !web) {
+    if (!isWebUrl(base)) {
         return Failure("give a whole https or http URL, such as http://127.0.0.1:8080/v1");
     }
     if (!base.userInfo().isEmpty()) {

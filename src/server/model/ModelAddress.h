@@ -22,6 +22,9 @@ struct ModelAddress {
     [[nodiscard]] bool isInClear() const;
 };
 
+/// Whether it is an https or http URL with a host.
+bool isWebUrl(const QUrl& url);
+
 /// Reads the base of an OpenAI-compatible service: an https or http URL with or without the version ("/v1"), which is
 /// added where no part of the path looks like one, with or without a slash or "/chat/completions" at its end. A user,
 /// a query or a fragment is refused; the failure, a sentence that goes on after "it cannot be that: ", repeats no part

@@ -94,35 +94,6 @@ ModelClient::Outcome outcomeOf(QNetworkReply& reply)
 
 } // namespace
 
-/// Names a loop to `end` while it waits.
-class ModelClient::Waiting
-{
-public:
-    Waiting(ModelClient& client, QEventLoop& loop)
-        : m_client(client)
-        , m_loop(loop)
-    {
-        const std::lock_guard lock(m_client.m_mutex);
-        m_client.m_waiting.insert(&m_loop);
-    }
-    ~Waiting()
-    {
-        const std::lock_guard lock(m_client.m_mutex);
-        m_client.m_waiting.erase(&m_loop);
-    }
-    Waiting(const Waiting&) = delete;
-    Waiting& operator=(const Waiting&) = delete;
-    [[nodiscard]] bool ended() const
-    {
-        const std::lock_guard lock(m_client.m_mutex);
-        return m_client.m_ended;
-    }
-
-private:
-    ModelClient& m_client;
-    QEventLoop& m_loop;
-};
-
 ModelClient::ModelClient(std::string key, ModelLimits limits)
     : m_key(std::move(key))
     , m_limits(limits)
@@ -131,11 +102,8 @@ ModelClient::ModelClient(std::string key, ModelLimits limits)
 
 void ModelClient::end()
 {
-    const std::lock_guard lock(m_mutex);
-    m_ended = true;
-    for (QEventLoop* loop : m_waiting) {
-        QMetaObject::invokeMethod(loop, &QEventLoop::quit, Qt::QueuedConnection);
-    }
+    m_isEnded = true;
+    Q_EMIT ended();
 }
 
 ModelClient::Outcome ModelClient::get(const QUrl& url, QDeadlineTimer end)
@@ -153,8 +121,9 @@ ModelClient::Outcome ModelClient::exchange(const QUrl& url, const QByteArray* js
     // A manager belongs to one thread and a pool's thread has none of its own; beside a model's time it costs nothing.
     QNetworkAccessManager manager;
     QEventLoop loop;
-    const Waiting waiting(*this, loop);
-    if (waiting.ended()) {
+    // First this and then the question, so that no end comes between them.
+    connect(this, &ModelClient::ended, &loop, &QEventLoop::quit, Qt::QueuedConnection);
+    if (m_isEnded) {
         return Failure(ModelProblem::Ended);
     }
     if (url.host() == QStringLiteral("localhost") || QHostAddress(url.host()).isLoopback()) {
@@ -177,29 +146,27 @@ ModelClient::Outcome ModelClient::exchange(const QUrl& url, const QByteArray* js
     };
     QTimer connecting;
     connecting.setSingleShot(true);
-    QObject::connect(&connecting, &QTimer::timeout, &loop, [&] { breakOff(ModelProblem::NoConnection); });
+    connect(&connecting, &QTimer::timeout, &loop, [&] { breakOff(ModelProblem::NoConnection); });
     connecting.start(m_limits.connect);
-    QObject::connect(reply.get(), &QNetworkReply::requestSent, &connecting, &QTimer::stop);
+    connect(reply.get(), &QNetworkReply::requestSent, &connecting, &QTimer::stop);
     // A long request is sent in pieces, the first of them when there is a connection.
-    QObject::connect(reply.get(), &QNetworkReply::uploadProgress, &connecting, [&connecting](qint64 sent, qint64) {
+    connect(reply.get(), &QNetworkReply::uploadProgress, &connecting, [&connecting](qint64 sent, qint64) {
         if (sent > 0) {
             connecting.stop();
         }
     });
-    QTimer whole;
-    whole.setSingleShot(true);
-    QObject::connect(&whole, &QTimer::timeout, &loop, [&] { breakOff(ModelProblem::Slow); });
-    whole.start(std::max<std::chrono::milliseconds>(std::chrono::milliseconds(end.remainingTime()), {}));
-    QObject::connect(reply.get(), &QNetworkReply::readyRead, &loop, [&] {
+    const std::chrono::milliseconds left(std::max<qint64>(end.remainingTime(), 0));
+    QTimer::singleShot(left, &loop, [&] { breakOff(ModelProblem::Slow); });
+    connect(reply.get(), &QNetworkReply::readyRead, &loop, [&] {
         if (reply->bytesAvailable() > largestBody) {
             breakOff(ModelProblem::Broken);
         }
     });
-    QObject::connect(reply.get(), &QNetworkReply::finished, &loop, &QEventLoop::quit);
+    connect(reply.get(), &QNetworkReply::finished, &loop, &QEventLoop::quit);
     if (!reply->isFinished()) {
         loop.exec();
     }
-    if (waiting.ended()) {
+    if (m_isEnded) {
         return Failure(ModelProblem::Ended);
     }
     return broken ? Outcome(Failure(*broken)) : outcomeOf(*reply);

@@ -4,15 +4,12 @@
 
 #include <QByteArray>
 #include <QDeadlineTimer>
+#include <QObject>
 #include <QUrl>
 
+#include <atomic>
 #include <chrono>
-#include <mutex>
-#include <set>
 #include <string>
-
-class QEventLoop;
-class QNetworkReply;
 
 namespace quillmate::server
 {
@@ -47,12 +44,12 @@ struct ModelResponse {
 /// HTTP to a language model's server, the key with every request. Redirects are not followed, so that the key goes
 /// nowhere else. Calls block and may come on several threads at once; none of them may be the main one. A body of
 /// more than 1 MiB is not taken.
-class ModelClient
+class ModelClient : public QObject
 {
+    Q_OBJECT
+
 public:
     ModelClient(std::string key, ModelLimits limits);
-    ModelClient(const ModelClient&) = delete;
-    ModelClient& operator=(const ModelClient&) = delete;
 
     using Outcome = Result<ModelResponse, ModelProblem>;
     Outcome get(const QUrl& url, QDeadlineTimer end);
@@ -64,15 +61,15 @@ public:
     /// Ends what is under way and whatever comes later. Any thread.
     void end();
 
+Q_SIGNALS:
+    void ended();
+
 private:
-    class Waiting;
     Outcome exchange(const QUrl& url, const QByteArray* json, QDeadlineTimer end);
 
     const std::string m_key;
     const ModelLimits m_limits;
-    std::mutex m_mutex;
-    std::set<QEventLoop*> m_waiting; ///< the loops of calls under way
-    bool m_ended = false;
+    std::atomic<bool> m_isEnded = false;
 };
 
 } // namespace quillmate::server

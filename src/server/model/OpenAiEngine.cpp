@@ -1,6 +1,5 @@
 #include "server/model/OpenAiEngine.h"
 
-#include "mail/MessageText.h"
 #include "server/model/Completion.h"
 #include "server/model/ModelFailure.h"
 #include "server/model/ModelJson.h"
@@ -65,17 +64,6 @@ OpenAiEngine::OpenAiEngine(Settings settings, Log log)
     , m_client(m_settings.key, m_settings.limits)
     , m_context(m_client, m_settings.address, m_settings.model, m_settings.contextTokens, m_log)
 {
-}
-
-QString OpenAiEngine::consideredText(const std::string& mail) const
-{
-    constexpr std::size_t readBytes = std::size_t{2} * 1024 * 1024;
-    const QString text = QString::fromStdString(textOfBody(mail, readBytes).text);
-    if (text.size() > consideredCharacters) {
-        m_log("of a message of " + std::to_string(text.size()) + " characters the first " +
-              std::to_string(consideredCharacters) + " are looked at");
-    }
-    return considered(text);
 }
 
 EngineText OpenAiEngine::summarize(const std::string& mail) const

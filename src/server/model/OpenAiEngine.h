@@ -47,7 +47,6 @@ private:
         std::string tooLong;       ///< how the server showed that it was sent too much, for the log; else empty
         qsizetype nextContext = 0; ///< and for which context to ask it again
     };
-    [[nodiscard]] QString consideredText(const std::string& mail) const;
     [[nodiscard]] EngineText write(const PromptTask& task) const;
     [[nodiscard]] Attempt attempt(const Prompt& prompt, QDeadlineTimer end) const;
 

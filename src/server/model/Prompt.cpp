@@ -3,7 +3,6 @@
 #include "mail/QuotedText.h"
 #include "server/model/ModelJson.h"
 #include "server/model/PromptText.h"
-#include "server/model/TemplateTokens.h"
 #include "server/model/TokenEstimate.h"
 #include "server/signin/Secrets.h"
 

@@ -3,30 +3,13 @@
 #include "mail/QuotedText.h"
 #include "server/engine/Language.h"
 
+#include <QRegularExpression>
+
 namespace quillmate::server
 {
 
 namespace
 {
-
-QString languageName(Language language)
-{
-    switch (language) {
-    case Language::German:
-        return QStringLiteral("German");
-    case Language::French:
-        return QStringLiteral("French");
-    case Language::Spanish:
-        return QStringLiteral("Spanish");
-    case Language::Japanese:
-        return QStringLiteral("Japanese");
-    case Language::Arabic:
-        return QStringLiteral("Arabic");
-    case Language::English:
-        break;
-    }
-    return QStringLiteral("English");
-}
 
 QString fenceWords(const QString& fence)
 {
@@ -68,10 +51,13 @@ QString languageWords(const PromptTask& task)
     if (task.text.isEmpty()) {
         return QStringLiteral("Write in the language of the question.");
     }
+    // In the order of the languages.
+    static const QStringList names = {QStringLiteral("English"), QStringLiteral("German"),   QStringLiteral("French"),
+                                      QStringLiteral("Spanish"), QStringLiteral("Japanese"), QStringLiteral("Arabic")};
     const auto language = clearLanguageOf(ownText(task.text));
-    const QString words =
-        language ? QStringLiteral("Write in the language of the message, which is %1").arg(languageName(*language))
-                 : QStringLiteral("Write in the language of the message");
+    const QString words = language ? QStringLiteral("Write in the language of the message, which is %1")
+                                         .arg(names[static_cast<qsizetype>(*language)])
+                                   : QStringLiteral("Write in the language of the message");
     return words + (task.kind == PromptTask::Kind::Answer ? QStringLiteral(", whatever language the question is in.")
                                                           : QStringLiteral("."));
 }
@@ -89,6 +75,17 @@ QString fencedText(const QString& text, const QString& fence, bool isWhole)
 {
     const QString fenced = fence + u'\n' + text + u'\n' + fence;
     return isWhole ? fenced : fenced + QStringLiteral("\n(A part of the message is left out for lack of room.)");
+}
+
+QString withoutTemplateTokens(QString text)
+{
+    // Each match is the one character after which a token is broken.
+    static const QRegularExpression token(QStringLiteral(
+        "(<(?=[|｜])|[|｜](?=>)|" // ChatML, Llama 3, Phi, DeepSeek
+        "<(?=/?(?:s|bos|eos|sop|eop|pad|unk|think|(?:start|end)_of_[a-z]+|tool_[a-z]+|unused[0-9]+)>)|"
+        "<(?=</?SYS>>)|\\[(?=/?(?:INST|gMASK|SYSTEM_PROMPT|TOOL_[A-Z]+|AVAILABLE_TOOLS)\\]))")); // Llama 2, Mistral,
+                                                                                                 // GLM
+    return text.replace(token, QStringLiteral("\\1\u200B"));
 }
 
 } // namespace quillmate::server

@@ -5,6 +5,7 @@
 #include <QRandomGenerator>
 
 #include <array>
+#include <openssl/crypto.h>
 
 namespace quillmate::server
 {
@@ -27,12 +28,7 @@ bool sameSecret(std::string_view left, std::string_view right)
 {
     // Hashes of equal length are compared whole, so neither length nor position shows.
     const std::string leftHash = secretHash(left);
-    const std::string rightHash = secretHash(right);
-    unsigned difference = 0;
-    for (std::size_t index = 0; index < leftHash.size(); ++index) {
-        difference |= static_cast<unsigned char>(leftHash[index]) ^ static_cast<unsigned char>(rightHash[index]);
-    }
-    return difference == 0;
+    return CRYPTO_memcmp(leftHash.data(), secretHash(right).data(), leftHash.size()) == 0;
 }
 
 } // namespace quillmate::server

@@ -22,7 +22,6 @@ struct User {
     std::int64_t id = 0;
     std::string email;
     std::string name;
-    bool operator==(const User&) const = default;
 };
 
 /// A chat: the text it is about and its latest turns in order.
