@@ -1,12 +1,11 @@
 #include "server/ServiceApi.h"
 
 #include "base/JSON.h"
+#include "mail/AsciiText.h"
 
 #include <nlohmann/json.hpp>
 
 #include <QtGlobal>
-
-#include <algorithm>
 
 namespace quillmate::server
 {
@@ -20,11 +19,6 @@ constexpr std::string_view sessionPath = "/plugin-auth/session-request/";
 constexpr std::string_view assistantId = "builtin";
 /// What the panel sends for the text of a message when there is none.
 constexpr std::string_view noMessage = "Compose session";
-
-bool startsWith(std::string_view text, std::string_view start)
-{
-    return text.substr(0, start.size()) == start;
-}
 
 bool isVersionPath(std::string_view path)
 {
@@ -41,12 +35,8 @@ std::string_view bearerToken(const HttpRequest& request)
 {
     constexpr std::string_view scheme = "bearer ";
     const std::string* value = request.header("authorization");
-    if (value == nullptr || value->size() <= scheme.size()) {
-        return {};
-    }
-    const bool bearer = std::equal(scheme.begin(), scheme.end(), value->begin(),
-                                   [](char wanted, char given) { return wanted == (given | 0x20); });
-    return bearer ? std::string_view(*value).substr(scheme.size()) : std::string_view();
+    const bool isBearer = value != nullptr && findAnyCase(*value, scheme) == 0;
+    return isBearer ? std::string_view(*value).substr(scheme.size()) : std::string_view();
 }
 
 /// What an engine wrote, or its failure.
@@ -130,10 +120,10 @@ void ServiceApi::addRoutes()
 
 RequestHandler::Admission ServiceApi::admit(const HttpRequest& head) const
 {
-    const bool login = startsWith(head.path, LoginPages::path);
+    const bool login = head.path.starts_with(LoginPages::path);
     const auto route = m_routes.find(head.path);
     const bool routed = route != m_routes.end();
-    const bool known = login || routed || startsWith(head.path, sessionPath) || isVersionPath(head.path);
+    const bool known = login || routed || head.path.starts_with(sessionPath) || isVersionPath(head.path);
     if (!known || (head.listener == Listener::LoginPages && !login)) {
         return {errorResponse(404, "There is nothing at this address.")};
     }
@@ -162,7 +152,7 @@ RequestHandler::Admission ServiceApi::admit(const HttpRequest& head) const
 
 HttpResponse ServiceApi::refusal(const HttpRequest& head, const HttpResponse& failure) const
 {
-    return startsWith(head.path, LoginPages::path) ? LoginPages::refusal(failure) : failure;
+    return head.path.starts_with(LoginPages::path) ? LoginPages::refusal(failure) : failure;
 }
 
 HttpResponse ServiceApi::handle(const HttpRequest& request)
@@ -173,13 +163,13 @@ HttpResponse ServiceApi::handle(const HttpRequest& request)
 
 ServiceApi::Answer ServiceApi::answer(const HttpRequest& request)
 {
-    if (startsWith(request.path, LoginPages::path)) {
+    if (request.path.starts_with(LoginPages::path)) {
         return m_pages.handle(request);
     }
     if (request.path == sessionPath) {
         return beginSession(request);
     }
-    if (startsWith(request.path, sessionPath)) {
+    if (request.path.starts_with(sessionPath)) {
         return session(request, request.path.substr(sessionPath.size()));
     }
     if (isVersionPath(request.path)) {

@@ -34,13 +34,6 @@ QJsonObject Reply::json() const
     return QJsonDocument::fromJson(body).object();
 }
 
-HttpExchange::HttpExchange(std::unique_ptr<QTcpSocket> socket)
-    : m_socket(std::move(socket))
-{
-}
-HttpExchange::HttpExchange(HttpExchange&&) noexcept = default;
-HttpExchange::~HttpExchange() = default;
-
 HttpExchange HttpExchange::secure(quint16 port, const QString& host, const QSslCertificate& root,
                                   const QString& address)
 {

@@ -5,11 +5,9 @@
 #include <QList>
 #include <QSslCertificate>
 #include <QString>
+#include <QTcpSocket>
 
 #include <memory>
-
-class QSslSocket;
-class QTcpSocket;
 
 namespace quillmate::server
 {
@@ -33,8 +31,6 @@ public:
                                const QString& address = QStringLiteral("127.0.0.1"));
     /// Plain TCP to 127.0.0.1.
     static HttpExchange plain(quint16 port);
-    HttpExchange(HttpExchange&&) noexcept;
-    ~HttpExchange();
 
     [[nodiscard]] bool isConnected() const;
     void send(const QByteArray& bytes);
@@ -47,7 +43,11 @@ public:
     bool waitForEnd();
 
 private:
-    explicit HttpExchange(std::unique_ptr<QTcpSocket> socket);
+    explicit HttpExchange(std::unique_ptr<QTcpSocket> socket)
+        : m_socket(std::move(socket))
+    {
+    }
+
     std::unique_ptr<QTcpSocket> m_socket;
     QByteArray m_buffer;
 };

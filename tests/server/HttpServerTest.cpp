@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 
 #include <atomic>
+#include <filesystem>
 #include <vector>
 
 using namespace quillmate::server;
@@ -118,6 +119,7 @@ private Q_SLOTS:
         row(get + "X: a\x01\r\n\r\n", "400 close");
         row("GET / HTTP/1.0\r\n\r\n", "400 close");
         row(get + "Host: a\r\n\r\n", "400 close");
+        row(QByteArray(get).replace("/a", QByteArrayView("/a\0z", 4).toByteArray()) + "\r\n", "400 close");
         row("GET http://h/ HTTP/1.1\r\nHost: h\r\n\r\n", "400 close");
         row(post("/p", 1).chopped(2) + "Expect: more\r\n\r\n", "417 close");
         row(get + "X: " + QByteArray(70'000, 'x'), "431 close");
@@ -141,6 +143,22 @@ private Q_SLOTS:
                 QVERIFY2(outcome.join('|') == expected, bytes.left(200) + outcome.join('|'));
             }
         }
+    }
+
+    void descriptorsOfEndedConnectionsAreBounded()
+    {
+        const auto openFiles = [] {
+            return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}));
+        };
+        const Serving serving;
+        const auto before = openFiles();
+        // Each is refused while it could still be sending, and stays.
+        std::vector<HttpExchange> refused;
+        while (refused.size() < 2 * HttpConnections::mostKept) {
+            refused.push_back(HttpExchange::plain(serving.port));
+            QCOMPARE(refused.back().request(post("/small", 900'000).chopped(2)).status, 413);
+        }
+        QTRY_VERIFY(openFiles() <= before + refused.size() + HttpConnections::mostKept);
     }
 
     void allBodiesTogetherAreBounded()

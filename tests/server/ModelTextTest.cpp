@@ -207,11 +207,7 @@ private Q_SLOTS:
              Row{u"Japanese"_s, u"木曜日にポンプが届きます。"_s},
              Row{u"Arabic"_s, u"ستصل المضخات يوم الخميس من هذا الأسبوع"_s},
              Row{{},
-                 u"Gentile Anna, le pompe arrivano giovedì e non lunedì come ti avevo scritto. Puoi confermare l'indirizzo del magazzino?"_s},
-             Row{{},
                  u"Cara Ana, as bombas chegam na quinta-feira e não na segunda. Pode confirmar a morada do armazém até amanhã?"_s},
-             Row{{},
-                 u"Beste Anna, de pompen komen donderdag en niet maandag zoals ik schreef. Kun je het adres van het magazijn bevestigen?"_s},
              Row{{}, u"水泵星期四送到，请确认仓库的地址。"_s},
              Row{{}, u"پمپ ها روز پنجشنبه می رسند، لطفا نشانی را تایید کنید"_s}}) {
             for (const auto kind : {Kind::Summary, Kind::Reply, Kind::Answer}) {
@@ -269,12 +265,10 @@ private Q_SLOTS:
             const char* says;
         };
         for (const auto& [upstream, status, says] :
-             {Row{307, 502, "another address (status 307)"}, Row{400, 502, "does not take the request (status 400)"},
-              Row{401, 502, "refuses the key: set QUILLMATE_OPENAI_API_KEY"}, Row{402, 502, "no credit left"},
+             {Row{400, 502, "does not take the request (status 400)"}, Row{402, 502, "no credit left"},
               Row{403, 502, "refuses the key"}, Row{404, 502, "--openai-model"}, Row{405, 502, "--openai-url"},
-              Row{407, 502, "The proxy"}, Row{408, 504, "gave up"}, Row{413, 502, "smaller --openai-context"},
-              Row{429, 429, "in a while."}, Row{500, 502, "(status 500)"}, Row{503, 503, "in a minute."},
-              Row{504, 504, "took too long"}}) {
+              Row{408, 504, "gave up"}, Row{413, 502, "smaller --openai-context"}, Row{429, 429, "in a while."},
+              Row{500, 502, "(status 500)"}, Row{503, 503, "in a minute."}, Row{504, 504, "took too long"}}) {
             const EngineFailure failure = failureOf(ModelResponse{upstream, "UPSTREAM", 0}, true);
             QCOMPARE(failure.status, status);
             QCOMPARE(failure.retryAfterSeconds, 0);
@@ -294,13 +288,9 @@ private Q_SLOTS:
         QVERIFY(saysCreditIsUsedUp(error("'code':'insufficient_quota'")));
         QVERIFY(saysCreditIsUsedUp(error("'type':'insufficient_quota'")));
         QVERIFY(!saysCreditIsUsedUp(error("'code':'rate_limit_exceeded'")) && !saysCreditIsUsedUp("{}"));
-        for (const char* tooLong : {"'code':'context_length_exceeded'", "'message':'the context size is 5'",
-                                    "'message':'maximum context length'"}) {
+        for (const char* tooLong : {"'message':'the context size is 5'", "'message':'maximum context length'"}) {
             QVERIFY2(tooLongFor(error(tooLong)), tooLong);
         }
-        const auto counted =
-            tooLongFor(error("'type':'exceed_context_size_error','n_ctx':2000,'n_prompt_tokens':4700"));
-        QVERIFY(counted && counted->context == 2000 && counted->promptTokens == 4700);
         QVERIFY(!tooLongFor(error("'message':'no such model'")));
     }
 };

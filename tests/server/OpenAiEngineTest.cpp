@@ -11,8 +11,6 @@
 #include <QSslServer>
 #include <QTemporaryDir>
 
-#include <thread>
-
 using namespace quillmate::server;
 using namespace Qt::StringLiterals;
 using Role = ThreadMessage::Role;
@@ -269,23 +267,6 @@ private Q_SLOTS:
         const FakeModel untrusted(saidSo, std::move(server));
         QVERIFY(Asking(untrusted.url("https")).summary().find("No trusted connection") != std::string::npos);
         QVERIFY(untrusted.asked.empty());
-    }
-
-    void theEndIsNotWaitedFor()
-    {
-        OpenAiEngine* engine = nullptr;
-        std::thread ending;
-        const FakeModel model([&](const auto&) {
-            ending = std::thread([&] { engine->end(); });
-            return FakeModel::silence;
-        });
-        Asking asking(model.url());
-        engine = &asking.engine;
-        const std::string during = asking.summary();
-        ending.join();
-        QVERIFY2(during.find("The service is ending") != std::string::npos, during.c_str());
-        QVERIFY(asking.summary().find("The service is ending") != std::string::npos);
-        QCOMPARE(model.asked.size(), 1U);
     }
 };
 

@@ -32,11 +32,8 @@ private Q_SLOTS:
             const char* name;
         };
         const std::vector<Row> rows = {
-            {"Best regards,\nAna Silva", "Ana Silva"},
-            {"-- \nAna", "Ana"},
             {"--\nAna Silva | Sales\nRiverside Print\nTel. 01632 960 145", "Ana Silva"},
             {"Best,\n-- \nAna Silva", "Ana Silva"},
-            {"Viele Grüße\nJonas", "Jonas"},
             {"Viele Grüße aus Hamburg\n\nJonas Weber\nVertrieb\n+49 40 123456", "Jonas Weber"},
             {"Mit freundlichen Grüßen\n\ni. A. Prof. Dr. med. Jonas Weber", "Prof. Dr. Jonas Weber"},
             {"Liebe Grüße\nDeine Anna", "Anna"},
@@ -46,7 +43,6 @@ private Q_SLOTS:
             {"Bien cordialement,\n\nClaire DUPONT\nDirectrice\n01 23 45 67 89", "Claire Dupont"},
             {"Je vous prie d’agréer, Madame, mes salutations distinguées.\n\nMme Claire Le Gall", "Mme Claire Le Gall"},
             {"Cordialement,\nDUPONT Claire\nAgence des Tilleuls", "Claire Dupont"},
-            {"Un saludo,\nMarta", "Marta"},
             {"Reciba un cordial saludo,\n\nD. José García López\nDirector de ventas", "José García López"},
             {"Herzliche Grüße\nFamilie Müller", "Familie Müller"},
             {"Best regards / Mit freundlichen Grüßen\n\n[cid:logo.png]\nPeter Klein", "Peter Klein"},
@@ -60,7 +56,6 @@ private Q_SLOTS:
             {"Kind regards,\nHelen\n\nThis e-mail and any files with it are confidential and meant for the addressee "
              "only.",
              "Helen"},
-            {"Best regards,\nAna\n\nSent from my iPhone", "Ana"},
             {"よろしくお願いいたします。\n\n青葉観光\n田中 恵子", "田中 恵子"},
             {"مع خالص الشكر والتقدير،\nسامر حداد\nمدير المكتبة", "سامر حداد"},
             {"Best,\nTom\n\n-----Original Message-----\nFrom: Ada\nBest regards,\nAda Old", "Tom"},
@@ -70,9 +65,6 @@ private Q_SLOTS:
             {"Thanks Tom!", ""},
             {"Thank you for your order.\n\nDelivery Details\nMonday morning", ""},
             {"Coming so far:\n\nPaul\nAnna", ""},
-            {"See you on Monday", ""},
-            {"Best regards", ""},
-            {"Sent from my phone", ""},
             {"Fine.\n\nOn Mon, 3 Mar 2025 at 10:00, Tom <t@b.org> wrote:\n> Hello\n> Best regards,\n> Anna Old", ""}};
         for (const auto& [end, name] : rows) {
             const QString text =

@@ -1,9 +1,9 @@
 #include "server/http/HttpTransaction.h"
 
 #include "base/Result.h"
+#include "mail/AsciiText.h"
 
 #include <QDeadlineTimer>
-#include <QString>
 
 #include <algorithm>
 #include <charconv>
@@ -29,11 +29,6 @@ using FramingRead = Result<Framing, HttpResponse>;
 FramingRead malformed(int status, std::string_view sentence)
 {
     return FramingRead::failure(errorResponse(status, sentence));
-}
-
-std::string lowered(std::string_view text)
-{
-    return QByteArray(text.data(), static_cast<qsizetype>(text.size())).toLower().toStdString();
 }
 
 /// A token (RFC 9110, 5.6.2).
@@ -67,11 +62,11 @@ FramingRead readFraming(const HttpRequest& request)
             ++lengths;
             std::from_chars(value.data(), value.data() + value.size(), framing.length.emplace());
         } else if (name == "transfer-encoding") {
-            if (++codings > 1 || lowered(value) != "chunked") {
+            if (++codings > 1 || lowerCase(value) != "chunked") {
                 return malformed(501, "Only the chunked transfer coding is understood here.");
             }
         } else if (name == "expect") {
-            if (lowered(value) != "100-continue") {
+            if (lowerCase(value) != "100-continue") {
                 return malformed(417, "Only the expectation 100-continue is understood here.");
             }
             framing.awaitsContinue = true;
@@ -98,7 +93,7 @@ MHD_Result addHeader(void* headers, MHD_ValueKind, const char* name, std::size_t
 {
     const std::string_view text(value == nullptr ? "" : value, valueSize);
     const std::size_t end = text.find_last_not_of(" \t") + 1;
-    static_cast<HttpHeaders*>(headers)->emplace_back(lowered({name, nameSize}), text.substr(0, end));
+    static_cast<HttpHeaders*>(headers)->emplace_back(lowerCase(std::string_view(name, nameSize)), text.substr(0, end));
     return MHD_YES;
 }
 

@@ -2,11 +2,7 @@
 
 #include "server/model/ModelJson.h"
 
-#include <nlohmann/json.hpp>
-
 #include <QStringList>
-
-#include <algorithm>
 
 namespace quillmate::server
 {
@@ -16,11 +12,11 @@ namespace
 
 constexpr std::size_t longestContent = std::size_t(256) * 1024;
 
-std::int64_t number(const ModelJson& value)
+std::int64_t countAt(const JSONValue& object, std::string_view key)
 {
     constexpr double largest = 1e12;
-    const double amount = value.is_number() ? value.get<double>() : 0;
-    return amount > 0 && amount < largest ? static_cast<std::int64_t>(amount) : 0;
+    const double count = numberAt(object, key);
+    return count > 0 && count < largest ? static_cast<std::int64_t>(count) : 0;
 }
 
 /// Without the blocks between these tags. Quick for any text: each tag is looked for from where the last one ended.
@@ -59,23 +55,21 @@ QString withoutReasoning(QString text)
 
 std::optional<Completion> readCompletion(const QByteArray& body)
 {
-    const ModelJson whole = readModelJson(body);
-    const ModelJson& choices = memberOf(whole, "choices");
-    if (!choices.is_array() || choices.empty()) {
+    const JSONValue whole = readModelJson(body);
+    const JSONArray* choices = memberOf(whole, "choices").array();
+    if (choices == nullptr || choices->empty()) {
         return std::nullopt;
     }
-    const ModelJson& choice = choices.front();
-    const ModelJson& content = memberOf(memberOf(choice, "message"), "content");
+    const JSONValue& choice = choices->front();
     Completion completion;
-    if (content.is_string()) {
-        const auto& text = content.get_ref<const std::string&>();
-        if (text.size() > longestContent) {
+    if (const std::string* text = memberOf(choice, "message").stringMember("content")) {
+        if (text->size() > longestContent) {
             return std::nullopt;
         }
-        completion.text = QString::fromStdString(text);
+        completion.text = QString::fromStdString(*text);
     }
     completion.endsForLength = memberOf(choice, "finish_reason") == "length";
-    completion.promptTokens = number(memberOf(memberOf(whole, "usage"), "prompt_tokens"));
+    completion.promptTokens = countAt(memberOf(whole, "usage"), "prompt_tokens");
     return completion;
 }
 
@@ -92,11 +86,11 @@ QString answerIn(const QString& text, const QString& fence)
 
 std::optional<TooLong> tooLongFor(const QByteArray& body)
 {
-    const ModelJson whole = readModelJson(body);
-    const ModelJson& error = memberOf(whole, "error").is_object() ? memberOf(whole, "error") : whole;
+    const JSONValue whole = readModelJson(body);
+    const JSONValue& error = memberOf(whole, "error").object() != nullptr ? memberOf(whole, "error") : whole;
     const auto says = [&error](const char* key, const char* words) {
-        const ModelJson& value = memberOf(error, key);
-        return value.is_string() && value.get_ref<const std::string&>().find(words) != std::string::npos;
+        const std::string* value = error.stringMember(key);
+        return value != nullptr && value->find(words) != std::string::npos;
     };
     // llama.cpp, the OpenAI protocol's own code, vLLM and others.
     const bool tooLong = says("type", "exceed_context_size") || says("code", "context_length_exceeded") ||
@@ -104,13 +98,13 @@ std::optional<TooLong> tooLongFor(const QByteArray& body)
     if (!tooLong) {
         return std::nullopt;
     }
-    return TooLong{number(memberOf(error, "n_ctx")), number(memberOf(error, "n_prompt_tokens"))};
+    return TooLong{countAt(error, "n_ctx"), countAt(error, "n_prompt_tokens")};
 }
 
 bool saysCreditIsUsedUp(const QByteArray& body)
 {
-    const ModelJson whole = readModelJson(body);
-    const ModelJson& error = memberOf(whole, "error");
+    const JSONValue whole = readModelJson(body);
+    const JSONValue& error = memberOf(whole, "error");
     return memberOf(error, "code") == "insufficient_quota" || memberOf(error, "type") == "insufficient_quota";
 }
 

@@ -2,8 +2,6 @@
 
 #include "server/model/ModelJson.h"
 
-#include <nlohmann/json.hpp>
-
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -24,54 +22,50 @@ bool isFinal(const ModelResponse& response)
     return response.status < 500 && response.status != 408 && response.status != 429;
 }
 
-qsizetype sizeAt(const ModelJson& object, const char* key)
+qsizetype sizeAt(const JSONValue& object, std::string_view key)
 {
-    const ModelJson& value = memberOf(object, key);
-    const double size = value.is_number() ? value.get<double>() : 0;
+    const double size = numberAt(object, key);
     const bool plausible = size >= static_cast<double>(smallest) && size <= static_cast<double>(largest);
     return plausible ? static_cast<qsizetype>(size) : 0;
 }
 
 /// The entry of the array under `list` that has the model's name; Ollama adds ":latest" to a name without a tag.
-const ModelJson& entryOf(const ModelJson& whole, const char* list, const std::string& model)
+const JSONValue& entryOf(const JSONValue& whole, const char* list, const std::string& model)
 {
-    static const ModelJson none;
-    const ModelJson& entries = memberOf(whole, list);
-    if (!entries.is_array()) {
+    static const JSONValue none;
+    const JSONArray* entries = memberOf(whole, list).array();
+    if (entries == nullptr) {
         return none;
     }
-    const auto found = std::find_if(entries.begin(), entries.end(), [&model](const ModelJson& entry) {
+    const auto found = std::find_if(entries->begin(), entries->end(), [&model](const JSONValue& entry) {
         const auto isNamed = [&](const char* key) {
-            const ModelJson& name = memberOf(entry, key);
-            return name == model || name == model + ":latest";
+            const std::string* name = entry.stringMember(key);
+            return name != nullptr && (*name == model || *name == model + ":latest");
         };
         return isNamed("id") || isNamed("name") || isNamed("model");
     });
-    return found != entries.end() ? *found : none;
+    return found != entries->end() ? *found : none;
 }
 
 /// "num_ctx" among a model's parameters, which Ollama gives as lines of a name, blanks and a value.
-qsizetype contextParameter(const ModelJson& details)
+qsizetype contextParameter(const JSONValue& details)
 {
     static const QRegularExpression line(QStringLiteral("^num_ctx[ \t]+\"?([0-9]{1,9})"),
                                          QRegularExpression::MultilineOption);
-    const ModelJson& parameters = memberOf(details, "parameters");
-    const std::string text = parameters.is_string() ? parameters.get<std::string>() : std::string();
-    return line.match(QString::fromStdString(text)).captured(1).toLongLong();
+    const std::string* parameters = details.stringMember("parameters");
+    return line.match(parameters != nullptr ? QString::fromStdString(*parameters) : QString()).captured(1).toLongLong();
 }
 
 /// The most that a model can take, under "<architecture>.context_length".
-qsizetype trainedContext(const ModelJson& details)
+qsizetype trainedContext(const JSONValue& details)
 {
     constexpr std::string_view end = ".context_length";
-    const ModelJson& information = memberOf(details, "model_info");
-    if (!information.is_object()) {
-        return 0;
-    }
-    for (const auto& item : information.items()) {
-        const std::string& key = item.key();
-        if (key.ends_with(end)) {
-            return sizeAt(information, key.c_str());
+    const JSONValue& information = memberOf(details, "model_info");
+    if (const JSONObject* members = information.object()) {
+        for (const auto& [key, value] : *members) {
+            if (key.ends_with(end)) {
+                return sizeAt(information, key);
+            }
         }
     }
     return 0;
@@ -152,26 +146,26 @@ ModelContext::Told ModelContext::ask(QDeadlineTimer end) const
         passing = passing || !outcome || !isFinal(outcome.value());
         // Who cannot be reached with one question cannot with the next.
         goesOn = goesOn && (outcome || outcome.error() == ModelProblem::Broken);
-        return outcome && outcome.value().status == 200 ? readModelJson(outcome.value().body) : ModelJson();
+        return outcome && outcome.value().status == 200 ? readModelJson(outcome.value().body) : JSONValue();
     };
-    const ModelJson models = objectIn(m_client.get(m_address.models, end));
-    const ModelJson& listed = entryOf(models, "data", m_model);
+    const JSONValue models = objectIn(m_client.get(m_address.models, end));
+    const JSONValue& listed = entryOf(models, "data", m_model);
     if (const qsizetype size = sizeAt(listed, "max_model_len"); size > 0) {
         return {size, "the list of models (max_model_len)", false};
     }
     if (const qsizetype size = sizeAt(memberOf(listed, "meta"), "n_ctx"); size > 0) {
         return {size, "the list of models (n_ctx)", false};
     }
-    const ModelJson properties = goesOn ? objectIn(m_client.get(m_address.properties, end)) : ModelJson();
+    const JSONValue properties = goesOn ? objectIn(m_client.get(m_address.properties, end)) : JSONValue();
     if (const qsizetype size = sizeAt(memberOf(properties, "default_generation_settings"), "n_ctx"); size > 0) {
         return {size, "/props (n_ctx)", false};
     }
-    const ModelJson running = goesOn ? objectIn(m_client.get(m_address.running, end)) : ModelJson();
+    const JSONValue running = goesOn ? objectIn(m_client.get(m_address.running, end)) : JSONValue();
     if (const qsizetype size = sizeAt(entryOf(running, "models", m_model), "context_length"); size > 0) {
         return {size, "/api/ps (context_length)", false};
     }
-    const QByteArray question = bytesOf({{"model", m_model}});
-    const ModelJson details = goesOn ? objectIn(m_client.post(m_address.details, question, end)) : ModelJson();
+    const QByteArray question = bytesOf(JSONObject{{"model", m_model}});
+    const JSONValue details = goesOn ? objectIn(m_client.post(m_address.details, question, end)) : JSONValue();
     const qsizetype trained = trainedContext(details);
     if (const qsizetype size = contextParameter(details); size >= smallest) {
         return {trained > 0 ? std::min(size, trained) : size, "/api/show (num_ctx)", false};

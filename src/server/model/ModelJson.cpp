@@ -1,7 +1,5 @@
 #include "server/model/ModelJson.h"
 
-#include <nlohmann/json.hpp>
-
 #include <QChar>
 
 namespace quillmate::server
@@ -10,7 +8,6 @@ namespace quillmate::server
 namespace
 {
 
-constexpr int deepest = 64;
 constexpr qsizetype escapeLength = 6; // \uXXXX
 
 /// The code unit of an escape that begins there, or 0.
@@ -44,31 +41,30 @@ QByteArray withoutLoneSurrogates(QByteArray json)
 
 } // namespace
 
-ModelJson readModelJson(const QByteArray& body)
+JSONValue readModelJson(const QByteArray& body)
 {
-    bool tooDeep = false;
-    const auto keep = [&tooDeep](int depth, ModelJson::parse_event_t, const ModelJson&) {
-        tooDeep = tooDeep || depth > deepest;
-        return !tooDeep;
-    };
     const QByteArray text = withoutLoneSurrogates(body);
-    ModelJson json = ModelJson::parse(text.begin(), text.end(), keep, false);
-    return tooDeep || json.is_discarded() ? ModelJson() : json;
+    auto read = JSONSerialization::jsonObject({text.data(), static_cast<std::size_t>(text.size())},
+                                              JSONSerialization::Fragments::Refused);
+    return read ? std::move(read).value() : JSONValue();
 }
 
-const ModelJson& memberOf(const ModelJson& object, const char* key)
+const JSONValue& memberOf(const JSONValue& object, std::string_view key)
 {
-    static const ModelJson none;
-    if (!object.is_object()) {
-        return none;
-    }
-    const auto found = object.find(key);
-    return found != object.end() ? *found : none;
+    static const JSONValue none;
+    const JSONValue* member = object.member(key);
+    return member != nullptr ? *member : none;
 }
 
-QByteArray bytesOf(const ModelJson& json)
+double numberAt(const JSONValue& object, std::string_view key)
 {
-    return QByteArray::fromStdString(json.dump(-1, ' ', false, ModelJson::error_handler_t::replace));
+    const JSONNumber* number = memberOf(object, key).number();
+    return number != nullptr ? QByteArray::fromStdString(number->text).toDouble() : 0;
+}
+
+QByteArray bytesOf(const JSONValue& json)
+{
+    return QByteArray::fromStdString(JSONEncoder::encode(json).value());
 }
 
 } // namespace quillmate::server

@@ -1,23 +1,23 @@
 #pragma once
 
-#include <nlohmann/json_fwd.hpp>
+#include "base/JSON.h"
 
 #include <QByteArray>
 
 namespace quillmate::server
 {
 
-using ModelJson = nlohmann::ordered_json;
-
-/// A language model's server's JSON, null where it is none or nested more than 64 levels deep: what walks or copies a
-/// value takes stack for each. A surrogate that stands alone among the escapes, as where a server cut an emoji in two,
-/// becomes U+FFFD.
-ModelJson readModelJson(const QByteArray& body);
+/// A language model's server's JSON, null where it is none. A surrogate that stands alone among the escapes, as where a
+/// server cut an emoji in two, becomes U+FFFD.
+JSONValue readModelJson(const QByteArray& body);
 
 /// The member of an object, or null. Refers into the object.
-const ModelJson& memberOf(const ModelJson& object, const char* key);
+const JSONValue& memberOf(const JSONValue& object, std::string_view key);
 
-/// As it is sent, without blanks; bytes that are no UTF-8 become U+FFFD.
-QByteArray bytesOf(const ModelJson& json);
+/// The number under a key, 0 where there is none.
+double numberAt(const JSONValue& object, std::string_view key);
+
+/// As it is sent.
+QByteArray bytesOf(const JSONValue& json);
 
 } // namespace quillmate::server

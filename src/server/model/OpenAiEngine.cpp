@@ -4,8 +4,6 @@
 #include "server/model/ModelFailure.h"
 #include "server/model/ModelJson.h"
 
-#include <nlohmann/json.hpp>
-
 #include <algorithm>
 #include <utility>
 
@@ -35,7 +33,7 @@ const char* nameOf(PromptTask::Kind kind)
 QByteArray requestBody(const std::string& model, const QByteArray& messages)
 {
     // No further settings: what one server asks for another refuses, and their defaults suit the model.
-    QByteArray body = bytesOf({{"model", model}, {"stream", false}});
+    QByteArray body = bytesOf(JSONObject{{"model", model}, {"stream", false}});
     body.chop(1);
     return body + ",\"messages\":" + messages + '}';
 }

@@ -6,11 +6,10 @@
 #include "server/model/TokenEstimate.h"
 #include "server/signin/Secrets.h"
 
-#include <nlohmann/json.hpp>
-
 #include <QStringList>
 
 #include <algorithm>
+#include <utility>
 
 namespace quillmate::server
 {
@@ -130,13 +129,13 @@ PromptTask disarmed(PromptTask task)
 Prompt written(const std::vector<Turn>& turns)
 {
     Prompt prompt;
-    ModelJson messages = ModelJson::array();
+    JSONArray messages;
     for (const Turn& turn : turns) {
-        messages.push_back({{"role", turn.role}, {"content", turn.text.toStdString()}});
+        messages.emplace_back(JSONObject{{"role", turn.role}, {"content", turn.text.toStdString()}});
         prompt.most += mostOf(turn);
         prompt.least += leastTokens(turn.text);
     }
-    prompt.messages = bytesOf(messages);
+    prompt.messages = bytesOf(std::move(messages));
     return prompt;
 }
 
