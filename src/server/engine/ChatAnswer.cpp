@@ -21,7 +21,6 @@ namespace
 {
 
 constexpr qsizetype consideredSentences = 5000;
-constexpr qsizetype consideredQuestion = 4000;
 constexpr std::size_t answerSentences = 3;
 // A sentence that fits far worse than the best one is no answer.
 constexpr double worstShare = 0.4;
@@ -103,7 +102,7 @@ struct Memory {
                 quoted.unite({lines.begin(), lines.end()});
             } else {
                 questions.push_back(readQuestion(text));
-                asked += text.left(consideredQuestion) + u' ';
+                asked += text + u' ';
             }
         }
     }
@@ -208,7 +207,7 @@ QString answerFromSentences(const QStringList& all, const ChatQuestion& question
 
 QString chatAnswer(const QString& text, const std::vector<ThreadMessage>& earlier, const std::string& question)
 {
-    const QString written = QString::fromStdString(question).left(consideredQuestion);
+    const QString written = QString::fromStdString(question);
     const ChatQuestion asked = readQuestion(written);
     const Memory memory(earlier);
     // A short question may not show its language; those before it and the message then do.

@@ -5,14 +5,11 @@
 namespace quillmate::server
 {
 
-namespace
-{
-
-QString folded(const QString& word)
+QString folded(const QString& text)
 {
     QString result;
     // Decomposing and dropping marks makes "Café" and "cafe", and Arabic with and without vowel signs, the same word.
-    const QString decomposed = word.normalized(QString::NormalizationForm_KD).toCaseFolded();
+    const QString decomposed = text.normalized(QString::NormalizationForm_KD).toCaseFolded();
     for (const QChar character : decomposed) {
         if (!character.isMark() && character != u'\u0640') {
             result += character;
@@ -20,8 +17,6 @@ QString folded(const QString& word)
     }
     return result;
 }
-
-} // namespace
 
 bool isUnspaced(QChar character)
 {

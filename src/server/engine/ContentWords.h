@@ -6,6 +6,9 @@
 namespace quillmate::server
 {
 
+/// The text as words are compared: without case and marks.
+QString folded(const QString& text);
+
 /// Whether the character belongs to a script that is written without blanks between words (Han, Hiragana, Katakana,
 /// Thai …).
 bool isUnspaced(QChar character);

@@ -1,5 +1,6 @@
 #include "server/engine/Language.h"
 
+#include "server/engine/ContentWords.h"
 #include "server/engine/WordPatterns.h"
 
 #include <algorithm>
@@ -13,7 +14,7 @@ namespace
 
 using Words = QSet<QString>;
 
-// Folded as words are for comparison: lower case, no accents.
+// Folded, as words are for comparison.
 const Words& commonWords(Language language)
 {
     static const std::array<Words, 6> lists = {
@@ -66,9 +67,7 @@ QStringList foldedWords(const QString& sample)
 {
     static const QRegularExpression notLetters(QStringLiteral("[^\\p{L}]+"),
                                                QRegularExpression::UseUnicodePropertiesOption);
-    QString folded = sample.toLower().normalized(QString::NormalizationForm_D);
-    folded.remove(QRegularExpression(QStringLiteral("\\p{M}")));
-    return folded.split(notLetters, Qt::SkipEmptyParts);
+    return folded(sample).split(notLetters, Qt::SkipEmptyParts);
 }
 
 qsizetype commonIn(Language language, const QStringList& words)

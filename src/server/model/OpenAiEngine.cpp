@@ -133,7 +133,7 @@ OpenAiEngine::Attempt OpenAiEngine::attempt(const Prompt& prompt, QDeadlineTimer
     const auto outcome =
         m_client.post(m_settings.address.completions, requestBody(m_settings.model, prompt.messages), end);
     if (!outcome) {
-        return {Failure(failureOf(outcome.error())), {}, 0};
+        return {Failure(failureOf(outcome.error()))};
     }
     const ModelResponse& response = outcome.value();
     const auto tooLong = failure("The language model's server takes less of a message than it says: give it a larger "
@@ -146,15 +146,12 @@ OpenAiEngine::Attempt OpenAiEngine::attempt(const Prompt& prompt, QDeadlineTimer
                         " tokens here",
                     contextAfter(*room, prompt.most)};
         }
-        return {Failure(failureOf(response, m_client.hasKey())), {}, 0};
+        return {Failure(failureOf(response, m_client.hasKey()))};
     }
     const auto completion = readCompletion(response.body);
     if (!completion) {
-        return {
-            failure(
-                "The language model's server answered with something else than a chat completion: check --openai-url."),
-            {},
-            0};
+        return {failure(
+            "The language model's server answered with something else than a chat completion: check --openai-url.")};
     }
     if (completion->promptTokens >= leastBelieved && completion->promptTokens < prompt.least) {
         return {tooLong, "takes less than the " + std::to_string(prompt.least) + " tokens that it was sent at least",
@@ -163,14 +160,12 @@ OpenAiEngine::Attempt OpenAiEngine::attempt(const Prompt& prompt, QDeadlineTimer
     const QString text = answerIn(completion->text, prompt.fence);
     if (completion->endsForLength) {
         return {failure("The language model ran out of room before its answer was complete: give its server a larger "
-                        "context, or use a model that writes less."),
-                {},
-                0};
+                        "context, or use a model that writes less.")};
     }
     if (text.isEmpty()) {
-        return {failure("The language model answered without any text: try again, or use another model."), {}, 0};
+        return {failure("The language model answered without any text: try again, or use another model.")};
     }
-    return {text.toStdString(), {}, 0};
+    return {text.toStdString()};
 }
 
 } // namespace quillmate::server

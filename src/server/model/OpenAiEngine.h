@@ -44,7 +44,7 @@ public:
 private:
     struct Attempt {
         EngineText text;
-        std::string tooLong;       ///< how the server showed that it was sent too much, for the log; else empty
+        std::string tooLong = {};  ///< how the server showed that it was sent too much, for the log; else empty
         qsizetype nextContext = 0; ///< and for which context to ask it again
     };
     [[nodiscard]] EngineText write(const PromptTask& task) const;

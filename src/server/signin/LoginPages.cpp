@@ -58,13 +58,6 @@ bool comesFromOwnPage(const HttpRequest& request)
 
 } // namespace
 
-bool LoginPages::isForOwnHost(const HttpRequest& request) const
-{
-    // Over TLS the certificate has already tied the connection to a name of this service.
-    const std::string* host = request.header("host");
-    return request.listener == Listener::Service || (host != nullptr && *host == m_loginHost);
-}
-
 HttpResponse LoginPages::refusal(const HttpResponse& failure)
 {
     const char* sentence = failure.status == 405 ? "This page only takes its own form."
@@ -84,7 +77,9 @@ HttpResponse LoginPages::refusal(const HttpResponse& failure)
 
 Result<HttpResponse, StoreFailure> LoginPages::handle(const HttpRequest& request) const
 {
-    if (!isForOwnHost(request)) {
+    // Over TLS the certificate has already tied the connection to a name of this service.
+    const std::string* host = request.header("host");
+    if (request.listener != Listener::Service && (host == nullptr || *host != m_loginHost)) {
         return htmlResponse(421, noticePage("Wrong address", "This page is not served under that name. Go back to your "
                                                              "mail and press “Login” there again."));
     }
@@ -92,19 +87,11 @@ Result<HttpResponse, StoreFailure> LoginPages::handle(const HttpRequest& request
     if (request.method == "POST") {
         return submit(request, session);
     }
-    return show(session, request.path);
-}
-
-HttpResponse LoginPages::show(const std::string& session, const std::string& action) const
-{
     const auto state = m_sessions.state(session);
     if (!state) {
         return overPage();
     }
-    if (state->accessToken) {
-        return signedInPage();
-    }
-    return htmlResponse(200, loginFormPage({}, action, state->formToken));
+    return state->accessToken ? signedInPage() : htmlResponse(200, loginFormPage({}, request.path, state->formToken));
 }
 
 Result<HttpResponse, StoreFailure> LoginPages::submit(const HttpRequest& request, const std::string& session) const

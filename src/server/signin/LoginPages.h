@@ -38,8 +38,6 @@ public:
     [[nodiscard]] Result<HttpResponse, StoreFailure> handle(const HttpRequest& request) const;
 
 private:
-    [[nodiscard]] bool isForOwnHost(const HttpRequest& request) const;
-    [[nodiscard]] HttpResponse show(const std::string& session, const std::string& action) const;
     [[nodiscard]] Result<HttpResponse, StoreFailure> submit(const HttpRequest& request,
                                                             const std::string& session) const;
 

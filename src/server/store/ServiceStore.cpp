@@ -69,14 +69,14 @@ Result<std::unique_ptr<ServiceStore>, StoreFailure> ServiceStore::open(const std
     // SQLite gives its log and shared-memory files the mode of the database, so the mode is right before the first
     // byte.
     const int descriptor = ::open(path.c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0600);
-    if (descriptor < 0 || fchmod(descriptor, 0600) != 0) {
-        if (descriptor >= 0) {
-            ::close(descriptor);
-        }
+    const bool isOurs = descriptor >= 0 && fchmod(descriptor, 0600) == 0;
+    if (descriptor >= 0) {
+        ::close(descriptor);
+    }
+    if (!isOurs) {
         return Failure(
             StoreFailure{"cannot write " + path + ": check the folder's rights, or give another with --data"});
     }
-    ::close(descriptor);
     SqliteConnection database;
     try {
         database = openSqlite(path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, busyMilliseconds);
