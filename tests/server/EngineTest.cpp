@@ -35,11 +35,7 @@ class EngineTest : public QObject
 private Q_SLOTS:
     void textIsSplitIntoSentences()
     {
-        struct Row {
-            QString text;
-            QString sentences;
-        };
-        const std::vector<Row> rows = {
+        const std::vector<std::pair<QString, QString>> rows = {
             {u"One is here. Two is there! Is three? Yes…"_s, u"One is here.|Two is there!|Is three?|Yes…"_s},
             {u"Dr. Smith of Inc. Corp met e.g. Mr. J. Doe. They left."_s,
              u"Dr. Smith of Inc. Corp met e.g. Mr. J. Doe.|They left."_s},

@@ -49,14 +49,12 @@ private Q_SLOTS:
                                  "Anna@EXAMPLE.org", "x@1.example"}) {
             QVERIFY2(isTaken(good), good);
         }
-        for (const QByteArray& bad :
-             {QByteArray("a"), QByteArray("@b.org"), QByteArray("a@"), QByteArray("a@b"), QByteArray("a@b..org"),
-              QByteArray("a b@c.org"), QByteArray("a@b@c.org"), QByteArray("a@-b.org"), QByteArray("a@b-.org"),
-              QByteArray(".a@b.org"), QByteArray("a..b@c.org"), QByteArray("a@b.org, c@d.org"), QByteArray("<a@b.org>"),
-              QByteArray("a@b.o"), QByteArray(65, 'a') + "@b.org",
-              "a@" + QByteArray(60, 'b') + '.' + QByteArray(200, 'c') + ".org"}) {
+        for (const char* bad : {"a", "@b.org", "a@", "a@b", "a@b..org", "a b@c.org", "a@b@c.org", "a@-b.org",
+                                "a@b-.org", ".a@b.org", "a..b@c.org", "a@b.org, c@d.org", "<a@b.org>", "a@b.o"}) {
             QVERIFY2(!isTaken(bad), bad);
         }
+        QVERIFY(!isTaken(QByteArray(65, 'a') + "@b.org"));
+        QVERIFY(!isTaken("a@" + QByteArray(60, 'b') + '.' + QByteArray(200, 'c') + ".org"));
     }
 
     void namesAreOneLineWithoutControls()

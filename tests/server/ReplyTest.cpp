@@ -27,11 +27,7 @@ class ReplyTest : public QObject
 private Q_SLOTS:
     void theSendersNameIsFound()
     {
-        struct Row {
-            const char* end;
-            const char* name;
-        };
-        const std::vector<Row> rows = {
+        const std::vector<std::pair<const char*, const char*>> rows = {
             {"--\nAna Silva | Sales\nRiverside Print\nTel. 01632 960 145", "Ana Silva"},
             {"Best,\n-- \nAna Silva", "Ana Silva"},
             {"Viele Grüße aus Hamburg\n\nJonas Weber\nVertrieb\n+49 40 123456", "Jonas Weber"},
@@ -78,11 +74,7 @@ private Q_SLOTS:
 
     void repliesSpeakToTheSenderInTheMessagesLanguageAndTone()
     {
-        struct Row {
-            const char* mail;
-            const char* reply;
-        };
-        const std::vector<Row> rows = {
+        const std::vector<std::pair<const char*, const char*>> rows = {
             {"The room is booked. Will you come on Friday?\n\nBest regards,\nAna Silva",
              "Hello Ana,\n\nThank you for your message.\n\nAbout your question:\n“Will you come on Friday?”\n[your "
              "answer]\n\nKind regards,\nUser"},
