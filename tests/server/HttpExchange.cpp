@@ -55,12 +55,6 @@ HttpExchange HttpExchange::plain(quint16 port)
     return HttpExchange(std::move(socket));
 }
 
-bool HttpExchange::isConnected() const
-{
-    const auto* secure = qobject_cast<QSslSocket*>(m_socket.get());
-    return secure != nullptr ? secure->isEncrypted() : m_socket->state() == QAbstractSocket::ConnectedState;
-}
-
 void HttpExchange::send(const QByteArray& bytes)
 {
     m_socket->write(bytes);

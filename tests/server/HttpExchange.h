@@ -32,7 +32,6 @@ public:
     /// Plain TCP to 127.0.0.1.
     static HttpExchange plain(quint16 port);
 
-    [[nodiscard]] bool isConnected() const;
     void send(const QByteArray& bytes);
     /// Reads one whole response; that to a HEAD request has no body.
     Reply receive(bool toHead = false);

@@ -22,11 +22,7 @@ ServiceProcess::ServiceProcess(QString dataFolder, QStringList options)
 
 bool ServiceProcess::start()
 {
-    QStringList arguments = {u"--data"_s, m_dataFolder};
-    if (!m_options.contains(u"--port"_s)) {
-        arguments += {u"--port"_s, u"0"_s};
-    }
-    m_run.start(arguments + m_options);
+    m_run.start(QStringList{u"--data"_s, m_dataFolder, u"--port"_s, u"0"_s} + m_options);
     if (!m_run.waitForOutput("\n")) {
         return false;
     }
@@ -34,13 +30,6 @@ bool ServiceProcess::start()
     static const QRegularExpression shape(u"^quillmate-service listening on https://\\S+:(\\d+)\n$"_s);
     m_port = shape.match(m_line).captured(1).toUShort();
     return m_port != 0;
-}
-
-QByteArray ServiceProcess::standardError()
-{
-    const QByteArray fresh = m_run.errors().mid(m_errorsTaken);
-    m_errorsTaken += fresh.size();
-    return fresh;
 }
 
 QSslCertificate ServiceProcess::root() const

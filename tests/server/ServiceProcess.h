@@ -21,8 +21,7 @@ public:
     int stop() { return m_run.terminate(); }
     [[nodiscard]] quint16 port() const { return m_port; }
     [[nodiscard]] QString line() const { return m_line; }
-    /// What it has said there since the last call.
-    [[nodiscard]] QByteArray standardError();
+    [[nodiscard]] QByteArray standardError() { return m_run.errors(); }
     [[nodiscard]] QSslCertificate root() const;
 
     /// A new verified connection for the live host.
@@ -35,7 +34,6 @@ public:
 private:
     ProgramSurroundings m_surroundings;
     ProgramRun m_run;
-    qsizetype m_errorsTaken = 0;
     QString m_dataFolder;
     QStringList m_options;
     QString m_line;

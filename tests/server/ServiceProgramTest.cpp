@@ -269,7 +269,7 @@ private Q_SLOTS:
     {
         HttpExchange idle = m_service->connect();
         HttpExchange busy = m_service->connect();
-        QVERIFY(idle.isConnected() && busy.isConnected());
+        QVERIFY(!idle.hasEnded() && !busy.hasEnded());
         busy.send("GET /api/v1/me HTTP/1.1\r\nHost: x\r\nAuthorization: Bearer " + m_token + "\r\n");
         QCOMPARE(m_service->stop(), 0);
         QVERIFY(!QFileInfo::exists(m_data + u"/service.db-wal"_s)); // the database was closed
