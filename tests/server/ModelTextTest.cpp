@@ -207,7 +207,11 @@ private Q_SLOTS:
              Row{u"Japanese"_s, u"木曜日にポンプが届きます。"_s},
              Row{u"Arabic"_s, u"ستصل المضخات يوم الخميس من هذا الأسبوع"_s},
              Row{{},
+                 u"Gentile Anna, le pompe arrivano giovedì e non lunedì come ti avevo scritto. Puoi confermare l'indirizzo del magazzino?"_s},
+             Row{{},
                  u"Cara Ana, as bombas chegam na quinta-feira e não na segunda. Pode confirmar a morada do armazém até amanhã?"_s},
+             Row{{},
+                 u"Beste Anna, de pompen komen donderdag en niet maandag zoals ik schreef. Kun je het adres van het magazijn bevestigen?"_s},
              Row{{}, u"水泵星期四送到，请确认仓库的地址。"_s},
              Row{{}, u"پمپ ها روز پنجشنبه می رسند، لطفا نشانی را تایید کنید"_s}}) {
             for (const auto kind : {Kind::Summary, Kind::Reply, Kind::Answer}) {
@@ -291,6 +295,9 @@ private Q_SLOTS:
         for (const char* tooLong : {"'message':'the context size is 5'", "'message':'maximum context length'"}) {
             QVERIFY2(tooLongFor(error(tooLong)), tooLong);
         }
+        const auto counted =
+            tooLongFor(error("'type':'exceed_context_size_error','n_ctx':2000,'n_prompt_tokens':4700"));
+        QVERIFY(counted && counted->context == 2000 && counted->promptTokens == 4700);
         QVERIFY(!tooLongFor(error("'message':'no such model'")));
     }
 };
