@@ -12,7 +12,7 @@ namespace
 {
 
 // What a field can say that names whom a reply goes to; the library takes time by the square of some of it.
-constexpr std::size_t longestField = std::size_t{64} * 1024;
+constexpr std::size_t longestAddressField = std::size_t{64} * 1024;
 // Each may open a group in a group, and the library recurses into it.
 constexpr std::size_t mostColons = 200;
 
@@ -48,7 +48,7 @@ void collectMailboxes(InternetAddressList* list, std::vector<Mailbox>& found, in
 /// The field's beginning that the library is given.
 std::string_view bounded(std::string_view value)
 {
-    value = value.substr(0, longestField);
+    value = value.substr(0, longestAddressField);
     std::size_t colons = 0;
     const auto* const end =
         std::find_if(value.begin(), value.end(), [&colons](char c) { return c == ':' && ++colons > mostColons; });

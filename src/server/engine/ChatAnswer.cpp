@@ -20,7 +20,7 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-constexpr qsizetype consideredSentences = 5000;
+constexpr qsizetype searchedSentences = 5000;
 constexpr std::size_t answerSentences = 3;
 // A sentence that fits far worse than the best one is no answer.
 constexpr double worstShare = 0.4;
@@ -225,7 +225,7 @@ QString chatAnswer(const QString& text, const std::vector<ThreadMessage>& earlie
         });
         return given ? withLead(phrases.noMore, extractiveSummary(text)) : overview;
     }
-    return answerFromSentences(sentences(text, consideredSentences), asked, memory, phrases);
+    return answerFromSentences(sentences(text, searchedSentences), asked, memory, phrases);
 }
 
 } // namespace quillmate::server

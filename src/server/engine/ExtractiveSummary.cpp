@@ -14,7 +14,7 @@ namespace quillmate::server
 namespace
 {
 
-constexpr qsizetype consideredSentences = 400;
+constexpr qsizetype rankedSentences = 400;
 constexpr std::size_t summarySentences = 5;
 constexpr std::size_t wholeMessageSentences = 2;
 
@@ -72,7 +72,7 @@ std::size_t summaryLength(qsizetype sentenceCount)
 
 QStringList extractiveSummary(const QString& text)
 {
-    const QStringList all = sentences(text, consideredSentences);
+    const QStringList all = sentences(text, rankedSentences);
     if (all.size() <= static_cast<qsizetype>(wholeMessageSentences)) {
         return {text};
     }
@@ -83,7 +83,7 @@ QStringList extractiveSummary(const QString& text)
 QString mainSentence(const QString& text)
 {
     QStringList telling;
-    for (const QString& sentence : sentences(text, consideredSentences)) {
+    for (const QString& sentence : sentences(text, rankedSentences)) {
         if (hasContent(sentence)) {
             telling.append(sentence);
         }

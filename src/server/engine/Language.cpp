@@ -40,7 +40,7 @@ const Words& commonWords(Language language)
     return lists[static_cast<std::size_t>(language)];
 }
 
-constexpr qsizetype lookedAt = 4000;
+constexpr qsizetype languageSample = 4000;
 
 /// The language that the script alone tells.
 std::optional<Language> languageOfScript(const QString& sample)
@@ -80,7 +80,7 @@ qsizetype commonIn(Language language, const QStringList& words)
 
 Language languageOf(const QString& text, Language otherwise)
 {
-    const QString sample = text.left(lookedAt);
+    const QString sample = text.left(languageSample);
     if (const auto language = languageOfScript(sample)) {
         return *language;
     }
@@ -100,7 +100,7 @@ Language languageOf(const QString& text, Language otherwise)
 
 std::optional<Language> clearLanguageOf(const QString& text)
 {
-    const QString sample = text.left(lookedAt);
+    const QString sample = text.left(languageSample);
     if (const auto language = languageOfScript(sample)) {
         // Persian and Urdu share the script and have letters of their own.
         static const QRegularExpression notArabic(QStringLiteral("[پچژگکیںہے]"));

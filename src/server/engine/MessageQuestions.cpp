@@ -12,7 +12,7 @@ namespace quillmate::server
 namespace
 {
 
-constexpr qsizetype consideredSentences = 5000;
+constexpr qsizetype askingSentences = 5000;
 
 /// "Hi Tom, can you come?" without its first two words.
 QString withoutGreeting(const QString& sentence)
@@ -34,7 +34,7 @@ QStringList questionsIn(const QString& text, qsizetype count)
 {
     QStringList whole;
     QStringList brief;
-    for (const QString& sentence : sentences(text, consideredSentences)) {
+    for (const QString& sentence : sentences(text, askingSentences)) {
         if (!isQuestion(sentence) || isClosingFormula(sentence)) {
             continue;
         }

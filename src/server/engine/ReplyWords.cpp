@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-constexpr qsizetype lookedAt = 20'000;
+constexpr qsizetype toneSample = 20'000;
 
 /// The first name, or all that there is where it is a mere initial.
 QString shortForm(const PersonName& name)
@@ -70,7 +70,7 @@ QString nameIn(Language language, Tone tone, const PersonName& name)
 Tone toneOf(const QString& text, Language language)
 {
     bool familiar = false;
-    const QString sample = text.left(lookedAt);
+    const QString sample = text.left(toneSample);
     if (language == Language::German) {
         static const auto du = wordPattern(QStringLiteral("\\b(du|dich|dir|dein(e[mnrs]?)?|euch)\\b"));
         // At the start of a sentence "Sie" may be she or they.

@@ -8,7 +8,6 @@ namespace quillmate::server
 namespace
 {
 
-constexpr int badGateway = 502;
 constexpr int unavailable = 503;
 constexpr int gatewayTimeout = 504;
 constexpr int tooMany = 429;

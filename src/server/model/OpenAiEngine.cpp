@@ -13,7 +13,6 @@ namespace quillmate::server
 namespace
 {
 
-constexpr int badGateway = 502;
 /// No server has so small a context: one that says so does not count what it reads.
 constexpr std::int64_t leastBelieved = 256;
 

@@ -14,7 +14,7 @@ namespace quillmate
 namespace
 {
 
-constexpr std::size_t chunkBytes = std::size_t{256} * 1024;
+constexpr std::size_t pipeChunkBytes = std::size_t{256} * 1024;
 // How long a stop request may go unnoticed while a pipe or terminal is silent.
 constexpr int pollMilliseconds = 50;
 
@@ -24,7 +24,7 @@ using Reading = Result<std::string, std::string>;
 Reading readAll(int descriptor, const std::string& name, const std::stop_token& stop)
 {
     std::string bytes;
-    std::string chunk(chunkBytes, '\0');
+    std::string chunk(pipeChunkBytes, '\0');
     while (!stop.stop_requested()) {
         // Before a named pipe's first writer a read gives 0 bytes, as at the end; only poll() tells the two apart.
         pollfd waiting{descriptor, POLLIN, 0};

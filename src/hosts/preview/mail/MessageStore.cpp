@@ -16,7 +16,7 @@ namespace
 
 // Enough for the header block and the first lines of text of ordinary mail.
 constexpr std::size_t headBytes = std::size_t{128} * 1024;
-constexpr std::size_t chunkBytes = std::size_t{1024} * 1024;
+constexpr std::size_t scanChunkBytes = std::size_t{1024} * 1024;
 
 namespace files = std::filesystem;
 using Names = Result<std::vector<std::string>, std::string>;
@@ -30,8 +30,8 @@ std::string notMail(const std::string& name)
 MessageEntries listMbox(const InputFile& file, const std::stop_token& stop)
 {
     MboxScanner scanner;
-    for (std::uint64_t offset = 0; offset < file.size() && !stop.stop_requested(); offset += chunkBytes) {
-        const auto chunk = file.readAt(offset, chunkBytes);
+    for (std::uint64_t offset = 0; offset < file.size() && !stop.stop_requested(); offset += scanChunkBytes) {
+        const auto chunk = file.readAt(offset, scanChunkBytes);
         if (!chunk) {
             return Failure(chunk.error());
         }
