@@ -17,7 +17,7 @@ class TestServerThread : public QTcpServer
 
 public:
     TestServerThread(TestServer& owner, TestServer::Security security);
-    void dropConnections();
+    Q_INVOKABLE void dropConnections();
 
 protected:
     void incomingConnection(qintptr descriptor) override;

@@ -3,6 +3,8 @@
 #include <QTcpSocket>
 #include <QTimer>
 
+#include <algorithm>
+
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -86,13 +88,14 @@ void HttpConnections::closing(HttpConnection* connection)
     pollfd unread = {connection->descriptor(), POLLIN | POLLRDHUP, 0};
     const bool mayBeSending = connection->lingers() || (poll(&unread, 1, 0) > 0 && unread.revents == POLLIN);
     const int kept = mayBeSending && m_kept < mostKept ? fcntl(connection->descriptor(), F_DUPFD_CLOEXEC, 0) : -1;
+    const std::lock_guard lock(m_mutex);
+    m_connections.erase(connection);
     if (kept >= 0) {
         ++m_kept;
         shutdown(kept, SHUT_WR);
-        QMetaObject::invokeMethod(this, [this, kept] { discard(kept); });
+        m_ended.push_back(kept);
+        QMetaObject::invokeMethod(this, "discardEnded", Qt::QueuedConnection);
     }
-    const std::lock_guard lock(m_mutex);
-    m_connections.erase(connection);
 }
 
 void HttpConnections::endOverdue()
@@ -104,6 +107,16 @@ void HttpConnections::endOverdue()
             shutdown(connection->descriptor(), SHUT_RDWR);
         }
     }
+}
+
+void HttpConnections::discardEnded()
+{
+    std::vector<int> ended;
+    {
+        const std::lock_guard lock(m_mutex);
+        ended.swap(m_ended);
+    }
+    std::for_each(ended.begin(), ended.end(), [this](int descriptor) { discard(descriptor); });
 }
 
 void HttpConnections::discard(int descriptor)

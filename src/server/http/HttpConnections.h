@@ -10,6 +10,7 @@
 #include <memory>
 #include <mutex>
 #include <unordered_map>
+#include <vector>
 
 namespace quillmate::server
 {
@@ -92,12 +93,14 @@ public:
 
 private:
     void endOverdue();
+    Q_INVOKABLE void discardEnded();
     void discard(int descriptor);
 
     const std::chrono::milliseconds m_requestTime;
     std::mutex m_mutex;
     std::shared_ptr<TlsIdentity> m_identity;
     std::unordered_map<HttpConnection*, std::unique_ptr<HttpConnection>> m_connections;
+    std::vector<int> m_ended; // Descriptors that are to be discarded.
     std::atomic<int> m_kept = 0;
 };
 
