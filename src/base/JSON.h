@@ -2,7 +2,6 @@
 
 #include "base/Result.h"
 
-#include <optional>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -90,9 +89,8 @@ class JSONSerialization
 public:
     enum class Fragments { Refused, Allowed };
 
-    /// Reads the whole text. Bytes that are not UTF-8, nesting past 512 levels, more than a
-    /// million values and, where fragments are refused, a bare
-    /// scalar at the top are failures.
+    /// Reads the whole text. Bytes that are not UTF-8, nesting past 512 levels, more than a million values and, where
+    /// fragments are refused, a bare scalar at the top are failures.
     static Result<JSONValue, JSONError> jsonObject(std::string_view bytes, Fragments fragments);
 };
 

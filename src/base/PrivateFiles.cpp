@@ -1,11 +1,11 @@
 #include "base/PrivateFiles.h"
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <fstream>
-#include <iterator>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <system_error>
@@ -85,10 +85,13 @@ Result<void, std::string> writeFileWhole(const std::filesystem::path& file, std:
 std::optional<std::string> readFile(const std::filesystem::path& file)
 {
     std::ifstream stream(file, std::ios::binary);
-    if (!stream) {
-        return std::nullopt;
+    std::string bytes;
+    std::array<char, 65536> piece{};
+    // A folder can be opened, and fails at the first byte; only this way of reading makes a state of that.
+    while (stream.read(piece.data(), piece.size()) || stream.gcount() > 0) {
+        bytes.append(piece.data(), static_cast<std::size_t>(stream.gcount()));
     }
-    return std::string(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
+    return stream.is_open() && !stream.bad() ? std::optional(std::move(bytes)) : std::nullopt;
 }
 
 FolderLock::FolderLock(const std::filesystem::path& folder, const char* name)

@@ -37,7 +37,6 @@ public:
     void setShowToast(bool show);
     [[nodiscard]] const std::string& toastMessage() const { return m_toastMessage; }
     void setToastMessage(std::string message);
-    [[nodiscard]] const std::string& generateResponseKey() const { return m_generateResponseKey; }
     [[nodiscard]] Section section() const { return m_section; }
 
     /// Shows the reply that is stored for this message, or none.

@@ -33,7 +33,6 @@ public:
     /// The chat that this screen has opened on the service; not stored.
     [[nodiscard]] const std::optional<std::string>& assistantId() const { return m_assistantId; }
     [[nodiscard]] const std::optional<std::string>& threadId() const { return m_threadId; }
-    [[nodiscard]] const std::string& userDefaultsKey() const { return m_userDefaultsKey; }
 
     /// Takes the stored conversation, if there is one that can be read.
     void loadMessages();

@@ -34,7 +34,6 @@ public:
     void setSummarizeResponse(std::optional<std::string> response);
     /// The message that this summary is about.
     [[nodiscard]] const std::optional<std::string>& messageId() const { return m_messageId; }
-    [[nodiscard]] const std::string& summarizeResponseKey() const { return m_summarizeResponseKey; }
     [[nodiscard]] Section section() const { return m_section; }
 
     /// Shows the summary that is stored for this message, or none.

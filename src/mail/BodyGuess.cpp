@@ -1,13 +1,12 @@
 #include "mail/BodyGuess.h"
 
-#include "mail/AsciiText.h"
+#include "base/AsciiText.h"
 
 #include <QByteArray>
 #include <QStringDecoder>
 
 #include <algorithm>
 #include <array>
-#include <vector>
 
 namespace quillmate
 {

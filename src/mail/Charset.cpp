@@ -1,6 +1,6 @@
 #include "mail/Charset.h"
 
-#include "mail/AsciiText.h"
+#include "base/AsciiText.h"
 #include "mail/MimeLibrary.h"
 
 #include <QString>

@@ -1,6 +1,6 @@
 #include "mail/ContentFields.h"
 
-#include "mail/AsciiText.h"
+#include "base/AsciiText.h"
 #include "mail/HeaderFields.h"
 #include "mail/MimeLibrary.h"
 

@@ -1,6 +1,6 @@
 #include "mail/EncodedWords.h"
 
-#include "mail/AsciiText.h"
+#include "base/AsciiText.h"
 #include "mail/Charset.h"
 #include "mail/TextParts.h"
 
@@ -74,34 +74,38 @@ std::optional<EncodedWord> wordAt(std::string_view text)
 
 std::string decodeHeaderText(std::string_view value)
 {
+    // Converters are loaded and unloaded as the charsets change, which no text that somebody wrote does more often.
+    constexpr int mostChanges = 64;
+    int changes = 0;
+    std::string lastCharset;
     std::string text;
-    EncodedWord pending; // Words of one charset are collected before they are decoded.
-    const auto flush = [&text, &pending] {
-        text += pending.bytes.empty() ? std::string() : utf8Of(pending.bytes, pending.charset);
-        pending = {};
+    EncodedWord pending; // What is of one charset is collected before it is decoded; what is no word has none.
+    const auto add = [&text, &pending](const std::string& charset, std::string_view bytes) {
+        if (pending.charset != charset) {
+            text += pending.bytes.empty() ? std::string() : utf8Of(pending.bytes, pending.charset);
+            pending = {charset, {}, 0};
+        }
+        pending.bytes += bytes;
     };
     bool afterWord = false;
-    while (!value.empty()) {
+    while (!value.empty() && changes <= mostChanges) {
         const std::size_t blanks =
             static_cast<std::size_t>(std::find_if_not(value.begin(), value.end(), isBlank) - value.begin());
         if (auto word = wordAt(value.substr(blanks)); word && (afterWord || blanks == 0)) {
             value.remove_prefix(blanks + word->length);
-            if (pending.charset != word->charset) {
-                flush();
-            }
-            pending.charset = word->charset;
-            pending.bytes += word->bytes;
+            changes += word->charset != lastCharset ? 1 : 0;
+            lastCharset = word->charset;
+            add(word->charset, word->bytes);
             afterWord = true;
             continue;
         }
-        flush();
         afterWord = false;
         const std::size_t next = std::min(value.find("=?", blanks == 0 ? 1 : blanks), value.size());
-        text += utf8Of(std::string(value.substr(0, next)), {});
+        add({}, value.substr(0, next));
         value.remove_prefix(next);
     }
-    flush();
-    return text;
+    add({}, value);
+    return text + utf8Of(pending.bytes, pending.charset);
 }
 
 } // namespace quillmate

@@ -1,6 +1,6 @@
 #include "mail/HeaderFields.h"
 
-#include "mail/AsciiText.h"
+#include "base/AsciiText.h"
 #include "mail/EncodedWords.h"
 #include "mail/SourceText.h"
 

@@ -1,6 +1,6 @@
 #include "mail/HtmlMarkup.h"
 
-#include "mail/AsciiText.h"
+#include "base/AsciiText.h"
 
 #include <algorithm>
 #include <utility>

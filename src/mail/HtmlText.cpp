@@ -1,6 +1,6 @@
 #include "mail/HtmlText.h"
 
-#include "mail/AsciiText.h"
+#include "base/AsciiText.h"
 #include "mail/CharacterReference.h"
 #include "mail/HtmlElement.h"
 #include "mail/QuotedLines.h"

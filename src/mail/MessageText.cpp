@@ -1,6 +1,6 @@
 #include "mail/MessageText.h"
 
-#include "mail/AsciiText.h"
+#include "base/AsciiText.h"
 #include "mail/Charset.h"
 #include "mail/HeaderFields.h"
 #include "mail/HtmlText.h"
@@ -159,8 +159,8 @@ private:
         const std::string_view text = withoutOuterBlankLines(content.text);
         if (!text.empty() && isReadable(text)) {
             m_text.append(m_text.empty() ? "" : "\n\n").append(text);
-            m_isCut = m_isCut || content.truncated;
         }
+        m_isCut = m_isCut || (content.truncated && (text.empty() || isReadable(text)));
     }
 
     // Enough to tell a notice from a text, and a text from HTML.

@@ -1,6 +1,6 @@
 #include "mail/SourceText.h"
 
-#include "mail/AsciiText.h"
+#include "base/AsciiText.h"
 #include "mail/HeaderFields.h"
 
 #include <algorithm>

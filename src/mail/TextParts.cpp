@@ -1,6 +1,6 @@
 #include "mail/TextParts.h"
 
-#include "mail/AsciiText.h"
+#include "base/AsciiText.h"
 #include "mail/BodyGuess.h"
 #include "mail/ContentFields.h"
 #include "mail/HeaderFields.h"

@@ -30,8 +30,7 @@ std::vector<TextPart> textPartsOf(std::string_view source);
 /// The same for what stands after the header block where that is not known: its boundary and encoding are guessed.
 std::vector<TextPart> textPartsOfBody(std::string_view body);
 
-/// The part's bytes with its transfer encoding undone, at most `limit` of them, no UTF-8 sequence
-/// cut.
+/// The part's bytes with its transfer encoding undone, at most `limit` of them, no UTF-8 sequence cut.
 struct DecodedBytes {
     std::string bytes;
     bool isCut = false; ///< the part goes on after them

@@ -146,6 +146,8 @@ const std::vector<Option>& valueOptions()
 
 void describeOptions(QCommandLineParser& parser)
 {
+    // One dash before a whole word means what two do, and not an option for each letter.
+    parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
     parser.setApplicationDescription(QStringLiteral(
         "An assistant service on this machine for the Quillmate panel.\n\nClients must trust DIR/ca.pem. A key for the "
         "language model's service is taken\nfrom the environment: QUILLMATE_OPENAI_API_KEY. With openai, the messages "
@@ -214,7 +216,9 @@ std::string usageText()
 {
     QCommandLineParser parser;
     describeOptions(parser);
-    return parser.helpText().toStdString();
+    // The parser begins with the program's whole path.
+    const std::string text = parser.helpText().toStdString();
+    return "Usage: quillmate-service [options]" + text.substr(std::min(text.find('\n'), text.size()));
 }
 
 } // namespace quillmate::server

@@ -1,7 +1,7 @@
 #include "server/ServiceApi.h"
 
+#include "base/AsciiText.h"
 #include "base/JSON.h"
-#include "mail/AsciiText.h"
 
 #include <nlohmann/json.hpp>
 
@@ -191,19 +191,26 @@ ServiceApi::Answer ServiceApi::authorized(const HttpRequest& request, const Rout
     if (!route.post) {
         return route.answer(*user, {});
     }
-    const auto body = JSONSerialization::jsonObject(request.body, JSONSerialization::Fragments::Refused);
-    if (!body || body.value().object() == nullptr) {
-        return errorResponse(400, "The body is not a JSON object: send one in UTF-8.");
+    const auto fields = readFields(request.body, route.keys);
+    return fields ? route.answer(*user, fields.value()) : Answer(errorResponse(400, fields.error()));
+}
+
+Result<ServiceApi::Fields, std::string> ServiceApi::readFields(const std::string& body,
+                                                               const std::vector<std::string>& keys)
+{
+    const auto read = JSONSerialization::jsonObject(body, JSONSerialization::Fragments::Refused);
+    if (!read || read.value().object() == nullptr) {
+        return Failure(std::string("The body is not a JSON object: send one in UTF-8."));
     }
     Fields fields;
-    for (const std::string& key : route.keys) {
-        const std::string* text = body.value().stringMember(key);
+    for (const std::string& key : keys) {
+        const std::string* text = read.value().stringMember(key);
         if (text == nullptr) {
-            return errorResponse(400, "The body has no text under \"" + key + "\": send it as a JSON string.");
+            return Failure("The body has no text under \"" + key + "\": send it as a JSON string.");
         }
         fields.emplace(key, *text);
     }
-    return route.answer(*user, fields);
+    return fields;
 }
 
 HttpResponse ServiceApi::beginSession(const HttpRequest& request)

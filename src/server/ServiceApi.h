@@ -43,6 +43,8 @@ private:
         std::vector<std::string> keys;
     };
 
+    /// The texts under the keys, or what is wrong with the body.
+    static Result<Fields, std::string> readFields(const std::string& body, const std::vector<std::string>& keys);
     void addRoutes();
     [[nodiscard]] Answer answer(const HttpRequest& request);
     [[nodiscard]] Answer authorized(const HttpRequest& request, const Route& route);

@@ -136,6 +136,10 @@ private Q_SLOTS:
                                         much("=?utf-8?B?=?="), much("a")}) {
             QVERIFY(decodeHeaderText(value.toStdString()).size() <= static_cast<std::size_t>(value.size()));
         }
+        // Each change loads a converter.
+        QVERIFY(
+            decodeHeaderText(much("=?euc-kr?Q?a?= =?big5?Q?b?= =?gb18030?Q?c?= ").toStdString()).find("=?big5?Q?b?=") !=
+            std::string::npos);
         for (const QByteArray& value : {much("a:"), much("("), much("\"a\":\";\""), much("a <"), much("a@b.c,"),
                                         much("a."), much("["), much("a ")}) {
             QVERIFY(parseMailboxes("me@x.org, " + value.toStdString()).size() < 20'000);

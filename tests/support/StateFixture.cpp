@@ -27,6 +27,7 @@ void StateFixture::reset()
     m_server.reset();
     AuthManager::shared().accessToken.set(std::nullopt);
     UserDetailsManager::shared().setEmail("");
+    UserDetailsManager::shared().name.set(std::nullopt);
     ReplyEmailManager::shared().update([](ReplyEmail& record) { record = {}; });
     SummarizeManager::shared().requestFailed = false;
     SummarizeManager::shared().responses.set({});
@@ -35,6 +36,7 @@ void StateFixture::reset()
     StartChatManager::shared().threadId.set(std::nullopt);
     IncommingUpdatesManager::shared().setIncommingUpdatesAvailable(false);
     IncommingUpdatesManager::shared().updateUrl.set(std::nullopt);
+    IncommingUpdatesManager::shared().newVersion.set(std::nullopt);
     clearSettingsStore();
     m_log.take();
 }

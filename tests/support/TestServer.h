@@ -2,9 +2,7 @@
 
 #include <cstdint>
 #include <deque>
-#include <functional>
 #include <map>
-#include <memory>
 #include <mutex>
 #include <string>
 #include <utility>

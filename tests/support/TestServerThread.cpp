@@ -8,8 +8,6 @@
 #include <QSslKey>
 #include <QSslSocket>
 
-#include <memory>
-
 namespace quillmate
 {
 namespace

@@ -1,6 +1,6 @@
 #include "hosts/preview/LocalService.h"
 
-#include "mail/AsciiText.h"
+#include "base/AsciiText.h"
 #include "state/APIManager.h"
 
 #include <QUrl>

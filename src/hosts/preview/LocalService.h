@@ -5,7 +5,6 @@
 #include <QObject>
 #include <QProcess>
 #include <QTimer>
-#include <cstdint>
 #include <string>
 
 namespace quillmate

@@ -4,7 +4,6 @@
 
 #include <QObject>
 #include <memory>
-#include <optional>
 #include <qqmlregistration.h>
 
 namespace quillmate

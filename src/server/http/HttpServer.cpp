@@ -140,6 +140,9 @@ Result<quint16, std::string> HttpServer::listen(Door& door, const QHostAddress& 
         return Result<quint16, std::string>::failure(listening.errorString().toStdString());
     }
     door.descriptor = fcntl(static_cast<int>(listening.socketDescriptor()), F_DUPFD_CLOEXEC, 0);
+    if (door.descriptor < 0) {
+        return Result<quint16, std::string>::failure(std::strerror(errno));
+    }
     return listening.serverPort();
 }
 
@@ -152,7 +155,7 @@ bool HttpServer::start()
     const MHD_OptionItem none = {MHD_OPTION_END, 0, nullptr};
     // A person who signs in needs few connections, a flood of them must leave the others to the service.
     const unsigned connections = affordable(m_work.limits.connections);
-    const unsigned forLogins = connections / 8;
+    const unsigned forLogins = m_doors.back().descriptor < 0 ? 0 : connections / 8;
     return start(m_doors.front(), connections - forLogins, MHD_USE_TLS, tls.data()) &&
            start(m_doors.back(), forLogins, MHD_NO_FLAG, &none);
 }

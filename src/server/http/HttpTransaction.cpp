@@ -1,7 +1,7 @@
 #include "server/http/HttpTransaction.h"
 
+#include "base/AsciiText.h"
 #include "base/Result.h"
-#include "mail/AsciiText.h"
 
 #include <QDeadlineTimer>
 

@@ -6,7 +6,6 @@
 #include <QString>
 
 #include <optional>
-#include <string>
 #include <vector>
 
 namespace quillmate::server

@@ -2,8 +2,6 @@
 
 #include "server/engine/ContentWords.h"
 
-#include <algorithm>
-
 namespace quillmate::server
 {
 

@@ -63,7 +63,8 @@ HttpResponse LoginPages::refusal(const HttpResponse& failure)
     const char* sentence = failure.status == 405 ? "This page only takes its own form."
                            : failure.status == 413
                                ? "The form is longer than it can be: enter a shorter name or address."
-                               : "The browser's request could not be understood.";
+                           : failure.status == 503 ? "The service has too much to do: wait a moment."
+                                                   : "The browser's request could not be understood.";
     HttpResponse response =
         htmlResponse(failure.status, noticePage("Not signed in", std::string(sentence) + " Go back to your mail and "
                                                                                          "press “Login” there again."));

@@ -1,6 +1,6 @@
 #include "hosts/preview/mail/ComposeDraft.h"
 
-#include "mail/AsciiText.h"
+#include "base/AsciiText.h"
 
 #include <QLocale>
 #include <QRegularExpression>

@@ -30,9 +30,10 @@ struct MessageEntry {
 using MessageEntries = Result<std::vector<MessageEntry>, std::string>;
 
 /// Lists what one argument of the command line names: a message file, an mbox, a Maildir, or "-" for standard input,
-/// which holds a message or an mbox. Mbox messages come in file order, those of a Maildir by date, newest first. One
-/// message that cannot be read fails the whole, with a sentence for the user. Takes memory for the list only, except
-/// for input that cannot be read twice, which is waited for until `stop` is requested. Not on the main thread.
+/// which holds one message. A pipe may hold a message or an mbox. Mbox messages come in file order, those of a Maildir
+/// by date, newest first. One message that cannot be read fails the whole, with a sentence for the user. Takes memory
+/// for the list only, except for input that cannot be read twice, which is waited for until `stop` is requested. Not on
+/// the main thread.
 MessageEntries listMessages(const std::string& argument, const std::stop_token& stop = {});
 
 /// Reads a listed message whole; `rules` tell trackers from other images. Not on the main thread.

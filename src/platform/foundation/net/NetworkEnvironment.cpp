@@ -1,11 +1,12 @@
 #include "platform/foundation/net/NetworkEnvironment.h"
 
+#include "base/AsciiText.h"
+
 #include <QFile>
 #include <QHostAddress>
 #include <QSslCertificate>
 #include <QString>
 
-#include <algorithm>
 #include <charconv>
 #include <cstdlib>
 
@@ -57,11 +58,6 @@ std::optional<SocketEndpoint> parseEndpoint(std::string_view text)
     return endpoint;
 }
 
-std::string lowered(std::string_view text)
-{
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())).toLower().toStdString();
-}
-
 } // namespace
 
 Read NetworkEnvironment::fromValues(const char* connectTo, const char* rootCertificateFile)
@@ -79,7 +75,7 @@ Read NetworkEnvironment::fromValues(const char* connectTo, const char* rootCerti
             return Read::failure("QUILLMATE_CONNECT_TO is \"" + map +
                                  "\": write it as HOST=ADDRESS:PORT[,HOST=ADDRESS:PORT...], or unset it");
         }
-        environment.connectTo.insert_or_assign(lowered(entry.substr(0, equals)), *endpoint);
+        environment.connectTo.insert_or_assign(lowerCase(entry.substr(0, equals)), *endpoint);
         rest = comma == std::string_view::npos ? std::string_view() : rest.substr(comma + 1);
     }
     if (rootCertificateFile && *rootCertificateFile) {

@@ -1,6 +1,7 @@
 #include "platform/foundation/net/URLManagers.h"
 
 #include "base/ApplicationFolders.h"
+#include "base/AsciiText.h"
 #include "base/PrivateFiles.h"
 #include "platform/foundation/net/FreshDiskCache.h"
 #include "platform/foundation/net/URLExchange.h"
@@ -64,7 +65,7 @@ void removeFolders(Condition condition)
 
 bool isHeader(const std::pair<std::string, std::string>& header, std::string_view lowerCaseName)
 {
-    return QByteArray::fromStdString(header.first).toLower().toStdString() == lowerCaseName;
+    return lowerCase(header.first) == lowerCaseName;
 }
 
 } // namespace

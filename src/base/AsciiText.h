@@ -7,7 +7,7 @@
 namespace quillmate
 {
 
-/// What MIME and HTML call a letter's lower case: that of ASCII, whatever the locale.
+/// What MIME, HTML and HTTP call a letter's lower case: that of ASCII, whatever the locale.
 constexpr char lowerCase(char letter)
 {
     return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
