@@ -131,6 +131,7 @@ void ReplyFlowTest::generate_data()
     row("no message id", {none}, yes, {asks("", "The content")}, generated, storedWithoutId);
     row("its own text goes first", {"m1", "The content", "pasted"}, yes, asked, generated, stored);
     row("pasted text", {"m1", none, "pasted"}, yes, {asks("m1", "pasted")}, generated, stored);
+    row("pasted text for an empty one", {"m1", "", "pasted"}, yes, {asks("m1", "pasted")}, generated, stored);
     row("pasted text, no id", {none, none, "pasted"}, yes, {asks("", "pasted")}, generated, storedWithoutId);
     row("empty token", {"m1", "The content", none, ""}, yes, {asks("m1", "The content", "")}, generated, stored);
     row("empty reply", {}, {200, R"({"response":""})"}, asked,
