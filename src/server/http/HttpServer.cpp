@@ -1,5 +1,7 @@
 #include "server/http/HttpServer.h"
 
+#include "server/http/HttpTransaction.h"
+
 #include <QTcpServer>
 
 #include <algorithm>

@@ -2,7 +2,8 @@
 
 #include "base/Result.h"
 #include "server/http/Certificates.h"
-#include "server/http/HttpTransaction.h"
+#include "server/http/HttpConnections.h"
+#include "server/http/HttpWork.h"
 
 #include <QHostAddress>
 #include <QObject>
