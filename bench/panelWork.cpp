@@ -1,6 +1,6 @@
+#include "features/RepliedMessage.h"
 #include "panelProcess.h"
 #include "platform/foundation/schedule/MainOwned.h"
-#include "state/ReplyEmailManager.h"
 #include "views/HostedViewOf.h"
 #include "views/session/SessionTabsViewState.h"
 
@@ -66,10 +66,9 @@ int main(int argc, char** argv)
     qputenv("QUILLMATE_CONNECT_TO", "quillmate.example=127.0.0.1:1");
     quillmate::beginPanelProcess(folder.path().toLocal8Bit());
     const QGuiApplication application(argc, argv);
-    quillmate::ReplyEmailManager::shared().update([](quillmate::ReplyEmail& record) {
-        record = {"ana@mail.example", "Plans", std::nullopt, std::string(3000, 'c'), "<m1@mail.example>"};
-    });
-    auto state = quillmate::makeMainOwned<quillmate::SessionTabsViewState>(nullptr);
+    const auto message = std::make_shared<const quillmate::RepliedMessage>(
+        quillmate::ReplyEmail{"ana@mail.example", "Plans", std::nullopt, std::string(3000, 'c'), "<m1@mail.example>"});
+    auto state = quillmate::makeMainOwned<quillmate::SessionTabsViewState>(message, nullptr);
     quillmate::NSHostingController controller(quillmate::hostedViewOf(QStringLiteral("SessionTabsView"), state));
     QQuickWindow window;
     window.resize(440, 640);

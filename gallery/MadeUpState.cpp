@@ -2,13 +2,12 @@
 
 #include "features/ChatErrorMessage.h"
 #include "features/MessageHistory.h"
+#include "features/RepliedMessage.h"
 #include "platform/foundation/schedule/MainOwned.h"
 #include "platform/foundation/settings/UserDefaults.h"
 #include "state/AuthManager.h"
 #include "state/IncommingUpdatesManager.h"
-#include "state/ReplyEmailManager.h"
 #include "state/SettingsKeys.h"
-#include "state/SummarizeManager.h"
 #include "views/HostedViewOf.h"
 #include "views/session/SessionTabsViewState.h"
 
@@ -33,19 +32,20 @@ Scene usualScene()
              "And what does she need from me?", "The message says:\nPlease send me the revised budget by Wednesday."}};
 }
 
+std::shared_ptr<const RepliedMessage> messageOf(const Scene& scene)
+{
+    ReplyEmail record;
+    record.messageId = messageId;
+    record.subject = scene.subject;
+    record.content = "Text of the message.";
+    return std::make_shared<const RepliedMessage>(std::move(record));
+}
+
 void setUp(const Scene& scene)
 {
     clearSettingsStore();
-    SummarizeManager::shared().requestFailed = false;
-    SummarizeManager::shared().fallbackSummarizeContent.set("");
     ChatErrorMessage::shared().setChatErrorMessage(std::nullopt);
     IncommingUpdatesManager::shared().setIncommingUpdatesAvailable(scene.updateAnnounced);
-    ReplyEmailManager::shared().update([&](ReplyEmail& record) {
-        record = {};
-        record.messageId = messageId;
-        record.subject = scene.subject;
-        record.content = "Text of the message.";
-    });
     UserDefaults& defaults = UserDefaults::standard();
     if (!scene.summary.empty()) {
         defaults.setString(SettingsKeys::summarizeResponse(messageId), scene.summary);
@@ -67,7 +67,7 @@ void setUp(const Scene& scene)
 HostedView panelIn(const Scene& scene, const std::function<void(SessionTabsViewState&)>& change)
 {
     setUp(scene);
-    auto state = makeMainOwned<SessionTabsViewState>(nullptr);
+    auto state = makeMainOwned<SessionTabsViewState>(messageOf(scene), nullptr);
     if (change) {
         change(*state);
     }
@@ -77,7 +77,7 @@ HostedView panelIn(const Scene& scene, const std::function<void(SessionTabsViewS
 HostedView chatIn(const Scene& scene, const std::function<void(ChatViewState&)>& change)
 {
     setUp(scene);
-    auto state = makeMainOwned<ChatViewState>();
+    auto state = makeMainOwned<ChatViewState>(messageOf(scene));
     if (change) {
         change(*state);
     }

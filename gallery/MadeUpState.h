@@ -3,6 +3,7 @@
 #include "platform/appkit/NSHostingController.h"
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -11,6 +12,7 @@
 namespace quillmate
 {
 
+class RepliedMessage;
 class SessionTabsViewState;
 class ChatViewState;
 
@@ -28,6 +30,8 @@ struct Scene {
 /// A message with a summary, a reply and a conversation.
 [[nodiscard]] Scene usualScene();
 
+/// The message of a scene.
+[[nodiscard]] std::shared_ptr<const RepliedMessage> messageOf(const Scene& scene);
 /// Fills the shared objects and the settings store with the scene, in place of what was there.
 void setUp(const Scene& scene);
 

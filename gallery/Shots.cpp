@@ -3,7 +3,7 @@
 #include "MadeUpState.h"
 
 #include "features/ChatErrorMessage.h"
-#include "state/SummarizeManager.h"
+#include "features/RepliedMessage.h"
 #include "views/chat/ChatViewState.h"
 #include "views/login/LoginViewState.h"
 #include "views/session/SessionTabsViewState.h"
@@ -75,8 +75,9 @@ Scene withConversation(std::vector<std::string> conversation)
 
 HostedView signIn(bool message, bool menu)
 {
-    setUp(message ? usualScene() : Scene());
-    auto view = LoginViewState::makeView([] {});
+    const Scene scene = message ? usualScene() : Scene();
+    setUp(scene);
+    auto view = LoginViewState::makeView(*messageOf(scene), [] {});
     if (menu) {
         static_cast<LoginViewState*>(view.state.get())->developerMenu()->setShown(true);
     }
@@ -116,8 +117,7 @@ void addSummary(std::vector<Shot>& shots)
     add("too long to be shown whole", with([](Scene& scene) { scene.summary = repeated("All of it. ", 900'000); }));
     const auto failed = [](const std::string& kept) {
         return [kept](Panel& panel) {
-            SummarizeManager::shared().requestFailed = true;
-            panel.summarizeStateManager().setSummarizeResponse(std::nullopt);
+            panel.summarizeStateManager().setFailed(true);
             if (!kept.empty()) {
                 panel.modal()->setTextareaInput(QString::fromStdString(kept));
             }

@@ -1,18 +1,28 @@
 #pragma once
 
 #include "platform/mailkit/MEComposeSessionHandler.h"
+#include "state/Synchronized.h"
+
+#include <map>
+#include <memory>
+#include <string>
 
 namespace quillmate
 {
 
-/// Reacts to compose windows. Keeps nothing: what it learns goes into the shared record.
+class RepliedMessage;
+
+/// Reacts to compose windows, and keeps the message of each for its panel. Any thread.
 class ComposeSessionHandler final : public MEComposeSessionHandler
 {
 public:
     void mailComposeSessionDidBegin(const MEComposeSession& session) override;
-    /// Does nothing: the record stays as it is until the next session begins.
+    /// Forgets the session's message; the shared record stays as it is until the next session begins.
     void mailComposeSessionDidEnd(const MEComposeSession& session) override;
     std::shared_ptr<MEExtensionViewController> viewControllerForSession(const MEComposeSession& session) override;
+
+private:
+    Synchronized<std::map<std::string, std::shared_ptr<const RepliedMessage>>> m_messages; // By the session's id.
 };
 
 } // namespace quillmate

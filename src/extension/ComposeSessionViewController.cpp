@@ -13,6 +13,8 @@
 #include "views/login/LoginViewState.h"
 #include "views/session/SessionTabsViewState.h"
 
+#include <utility>
+
 namespace quillmate
 {
 namespace
@@ -22,12 +24,16 @@ constexpr double secondsBetweenUpdateChecks = 43200.0; // 12 hours
 
 } // namespace
 
-std::shared_ptr<ComposeSessionViewController> ComposeSessionViewController::make()
+std::shared_ptr<ComposeSessionViewController>
+ComposeSessionViewController::make(std::shared_ptr<const RepliedMessage> message)
 {
-    return makeMainOwned<ComposeSessionViewController>();
+    return makeMainOwned<ComposeSessionViewController>(std::move(message));
 }
 
-ComposeSessionViewController::ComposeSessionViewController() = default;
+ComposeSessionViewController::ComposeSessionViewController(std::shared_ptr<const RepliedMessage> message)
+    : m_message(std::move(message))
+{
+}
 
 ComposeSessionViewController::~ComposeSessionViewController()
 {
@@ -78,11 +84,12 @@ void ComposeSessionViewController::buttonClicked()
 
 void ComposeSessionViewController::showLoginView()
 {
-    const auto host = std::make_shared<NSHostingController>(LoginViewState::makeView([weak = weak_from_this()] {
-        if (const auto controller = weak.lock()) {
-            controller->login();
-        }
-    }));
+    const auto host =
+        std::make_shared<NSHostingController>(LoginViewState::makeView(*m_message, [weak = weak_from_this()] {
+            if (const auto controller = weak.lock()) {
+                controller->login();
+            }
+        }));
     // What lies below stays, but the keyboard and a screen reader have no business there.
     for (const auto& covered : view()->subviews()) {
         covered->setHidden(true);
@@ -107,7 +114,7 @@ void ComposeSessionViewController::showSessionView()
         child->removeFromParent();
     }
     const auto coordinator = std::make_shared<Coordinator>(Coordinator{weak_from_this()});
-    const auto host = std::make_shared<NSHostingController>(SessionTabsViewState::makeView(coordinator));
+    const auto host = std::make_shared<NSHostingController>(SessionTabsViewState::makeView(m_message, coordinator));
     addChild(host);
     root->addSubview(host->view());
     host->view()->pinEdgesToSuperview();

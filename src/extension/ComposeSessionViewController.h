@@ -11,6 +11,7 @@
 namespace quillmate
 {
 
+class RepliedMessage;
 class Timer;
 struct ReplyFailure;
 struct SessionResponse;
@@ -22,9 +23,9 @@ class ComposeSessionViewController final : public MEExtensionViewController,
                                            public std::enable_shared_from_this<ComposeSessionViewController>
 {
 public:
-    /// Whoever lets go last, the panel ends on the main thread.
-    static std::shared_ptr<ComposeSessionViewController> make();
-    ComposeSessionViewController();
+    /// The panel about a message, for good. Whoever lets go last, the panel ends on the main thread.
+    static std::shared_ptr<ComposeSessionViewController> make(std::shared_ptr<const RepliedMessage> message);
+    explicit ComposeSessionViewController(std::shared_ptr<const RepliedMessage> message);
     ~ComposeSessionViewController() override;
 
     /// Set when a sign-in of this panel brought a token; never unset. Any thread.
@@ -53,6 +54,7 @@ private:
     static void receivePoll(const std::weak_ptr<ComposeSessionViewController>& weak, const std::string& url,
                             const Result<SessionResponse, ReplyFailure>& session);
 
+    const std::shared_ptr<const RepliedMessage> m_message;
     std::atomic<bool> m_isLoggedIn = false;
     std::shared_ptr<Timer> m_updateTimer;
     std::vector<std::shared_ptr<NSViewController>> m_loginHosts; // Of the sign-in screens that lie over each other.

@@ -18,8 +18,8 @@ constexpr int red = 4; // The platform's number.
 void MessageActionHandler::decideActionForMessage(const MEMessage& message, const Completion& completion)
 {
     if (const auto body = message.rawData ? extractBody(*message.rawData) : std::nullopt) {
-        std::optional<std::string> content(*body);
-        // What it replaces may be as large; it is freed outside the lock.
+        std::optional content = message.rawData->part(*body);
+        // What it replaces may be large; it is freed outside the lock.
         ReplyEmailManager::shared().update([&content](ReplyEmail& record) { record.content.swap(content); });
     }
     if (message.subject.find("Mars") == std::string::npos) {

@@ -21,16 +21,7 @@ namespace
 constexpr std::string_view arrivalTimeHeader = "x-ms-exchange-crosstenant-originalarrivaltime";
 constexpr std::string_view messageIdHeader = "message-id";
 
-/// What one extraction found. A subject or a date that is absent leaves what the record held; the others replace it.
-struct Found {
-    std::optional<std::string> subject;
-    std::optional<std::string> date;
-    std::string address;
-    std::string body;
-    std::string messageId;
-};
-
-std::string bodyOf(const MEComposeContext& context)
+SharedText bodyOf(const MEComposeContext& context)
 {
     const auto message = context.originalMessage();
     const auto body = message && message->rawData ? extractBody(*message->rawData) : std::nullopt;
@@ -38,7 +29,7 @@ std::string bodyOf(const MEComposeContext& context)
         return {};
     }
     print("SESSSION FROM CONTENT EMAIL", *body);
-    return std::string(*body);
+    return message->rawData->part(*body);
 }
 
 std::optional<std::string> subjectOf(const MEComposeContext& context)
@@ -68,26 +59,28 @@ std::optional<std::string> firstValue(const MEMessage::Headers& headers, std::st
     return found == headers.end() || found->second.empty() ? std::nullopt : std::optional(found->second.front());
 }
 
-void readHeaders(const MEComposeContext& context, Found& found)
+/// The date, and the id, empty when there is none.
+std::string readHeaders(const MEComposeContext& context, std::optional<std::string>& date)
 {
     const auto message = context.originalMessage();
     if (!message || !message->headers) {
         print("No headers found in the original message.");
-        return;
+        return {};
     }
-    found.date = firstValue(*message->headers, arrivalTimeHeader);
-    if (!found.date) {
+    date = firstValue(*message->headers, arrivalTimeHeader);
+    if (!date) {
         print("Date header not found");
     }
     const auto messageId = firstValue(*message->headers, messageIdHeader);
     if (!messageId) {
         print("Message id not found in header");
     }
-    found.messageId = messageId.value_or("");
+    return messageId.value_or("");
 }
 
 /// An empty text counts as none; says so.
-std::optional<std::string> presentOr(std::string text, const char* emptyLine)
+template<typename Text>
+std::optional<Text> presentOr(Text text, const char* emptyLine)
 {
     if (text.empty()) {
         print(emptyLine);
@@ -108,32 +101,35 @@ void refreshUserDetails()
 
 } // namespace
 
-void extractRepliedMessage(const MEComposeSession& session)
+ReplyEmail extractRepliedMessage(const MEComposeSession& session)
 {
     const bool hasToken = AuthManager::shared().accessToken.with([](const auto& token) { return token.has_value(); });
     const MEComposeContext& context = session.composeContext();
 
-    Found found;
-    found.body = bodyOf(context);
-    found.subject = subjectOf(context);
-    found.address = addressOf(context);
-    readHeaders(context, found);
-
+    SharedText body = bodyOf(context);
     ReplyEmail record;
-    record.email = presentOr(std::move(found.address), "Email address is empty.");
-    record.content = presentOr(std::move(found.body), "Message content is empty.");
-    record.messageId = presentOr(std::move(found.messageId), "Session message id is empty.");
-    // One step, so that nobody sees half of this message and half of the one before.
-    ReplyEmailManager::shared().update([&](ReplyEmail& shared) {
-        record.subject = found.subject ? std::move(found.subject) : std::move(shared.subject);
-        record.date = found.date ? std::move(found.date) : std::move(shared.date);
-        std::swap(shared, record); // The old one is freed outside the lock.
+    record.subject = subjectOf(context);
+    std::string address = addressOf(context);
+    std::string messageId = readHeaders(context, record.date);
+    record.email = presentOr(std::move(address), "Email address is empty.");
+    record.content = presentOr(std::move(body), "Message content is empty.");
+    record.messageId = presentOr(std::move(messageId), "Session message id is empty.");
+    ReplyEmail old = record; // Freed outside the lock.
+    ReplyEmailManager::shared().update([&old](ReplyEmail& shared) {
+        std::swap(shared, old);
+        if (!shared.subject) {
+            shared.subject = std::move(old.subject);
+        }
+        if (!shared.date) {
+            shared.date = std::move(old.date);
+        }
     });
 
     if (!hasToken) {
         print("Acess token is empty. User need to be logged in.");
     }
     refreshUserDetails();
+    return record;
 }
 
 } // namespace quillmate

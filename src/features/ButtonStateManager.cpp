@@ -1,14 +1,12 @@
 #include "features/ButtonStateManager.h"
 
-#include "features/MessageContent.h"
+#include "features/RepliedMessage.h"
 #include "platform/foundation/schedule/DispatchQueue.h"
 #include "platform/foundation/schedule/MainOwned.h"
-#include "platform/foundation/settings/UserDefaults.h"
 #include "platform/foundation/text/print.h"
 #include "service/HandleApiRequests.h"
 #include "state/APIManager.h"
 #include "state/AuthManager.h"
-#include "state/ReplyEmailManager.h"
 #include "state/SettingsKeys.h"
 
 #include <utility>
@@ -16,14 +14,14 @@
 namespace quillmate
 {
 
-std::shared_ptr<ButtonStateManager> ButtonStateManager::make()
+std::shared_ptr<ButtonStateManager> ButtonStateManager::make(std::shared_ptr<const RepliedMessage> message)
 {
-    return makeMainOwned<ButtonStateManager>();
+    return makeMainOwned<ButtonStateManager>(std::move(message));
 }
 
-ButtonStateManager::ButtonStateManager()
-    : m_messageId(ReplyEmailManager::shared().messageId())
-    , m_generateResponseKey(SettingsKeys::generateResponse(m_messageId))
+ButtonStateManager::ButtonStateManager(std::shared_ptr<const RepliedMessage> message)
+    : m_message(std::move(message))
+    , m_generateResponseKey(SettingsKeys::generateResponse(m_message->messageId()))
 {
 }
 
@@ -60,12 +58,12 @@ void ButtonStateManager::setToastMessage(std::string message)
 
 bool ButtonStateManager::isFirstReply() const
 {
-    return !UserDefaults::standard().boolean(SettingsKeys::generateResponseFlag(m_messageId));
+    return !m_message->boolean(SettingsKeys::generateResponseFlag(m_message->messageId()));
 }
 
 void ButtonStateManager::markReplyGenerated()
 {
-    UserDefaults::standard().setBoolean(SettingsKeys::generateResponseFlag(m_messageId), true);
+    m_message->setBoolean(SettingsKeys::generateResponseFlag(m_message->messageId()), true);
 }
 
 void ButtonStateManager::updateSection()
@@ -80,21 +78,26 @@ void ButtonStateManager::announce(std::string message)
 {
     setToastMessage(std::move(message));
     setShowToast(true);
+    Q_EMIT announced();
 }
 
 void ButtonStateManager::loadStoredResponses()
 {
-    setGenerateResponse(UserDefaults::standard().string(m_generateResponseKey));
+    setGenerateResponse(m_message->string(m_generateResponseKey));
 }
 
 /// The message's own text, else what the user pasted for it; an empty text gives the service nothing to answer.
-std::optional<std::string> ButtonStateManager::contentToAnswer() const
+SharedText ButtonStateManager::contentToAnswer() const
 {
-    auto content = MessageContent::ofMessage(m_messageId).text;
-    if (!content || content->empty()) {
-        content = loadFallbackContent(m_messageId);
+    return m_message->hasContent() ? *m_message->content() : SharedText(m_message->fallbackContent().value_or(""));
+}
+
+void ButtonStateManager::generate()
+{
+    if (!m_isGenerateResponseLoading) {
+        setGenerateResponseLoading(true);
+        requestReply();
     }
-    return content && content->empty() ? std::nullopt : content;
 }
 
 void ButtonStateManager::requestReply()
@@ -104,8 +107,8 @@ void ButtonStateManager::requestReply()
         deliverReplyResult(weak_from_this(), std::nullopt, errorText);
     };
     const auto accessToken = AuthManager::shared().accessToken.get();
-    auto content = contentToAnswer();
-    if (!content) {
+    SharedText content = contentToAnswer();
+    if (content.empty()) {
         fail("Message content is empty.", "Message content is empty.");
         return;
     }
@@ -118,7 +121,7 @@ void ButtonStateManager::requestReply()
         fail("Access token is null in generate response API call", "Access token is null");
         return;
     }
-    const GenerateResponseBody body{m_messageId.value_or(""), std::move(*content),
+    const GenerateResponseBody body{m_message->messageId().value_or(""), std::move(content),
                                     UserDetailsManager::shared().email()};
     HandleApiRequests::sendGenerateRequest(*url, *accessToken, body, body.messageId,
                                            [weak = weak_from_this()](auto record, auto errorText) {
@@ -143,7 +146,7 @@ void ButtonStateManager::receiveReply(const std::optional<GeneratedResponse>& re
     if (record && !m_period.isOver()) {
         setGenerateResponse(record->response);
         markReplyGenerated();
-        UserDefaults::standard().setString(m_generateResponseKey, record->response);
+        m_message->setString(m_generateResponseKey, record->response);
         updateSection();
         announce("Response generated successfully.");
     } else if (errorMessage && !m_period.isOver()) {
@@ -154,29 +157,35 @@ void ButtonStateManager::receiveReply(const std::optional<GeneratedResponse>& re
 
 void ButtonStateManager::submitTrainingData()
 {
+    if (m_isSubmitting) {
+        return;
+    }
     const auto url = URL::parseAbsolute(currentApiURL() + "/create-training-data");
     if (!url) {
         print("Invalid URL");
+        deliverTrainingResult("");
         return;
     }
     const std::string accessToken = AuthManager::shared().accessToken.get().value_or("");
-    const TrainingDataBody body{UserDetailsManager::shared().email(),
-                                MessageContent::ofMessage(m_messageId).text.value_or(""),
+    const TrainingDataBody body{UserDetailsManager::shared().email(), m_message->content().value_or(""),
                                 m_generateResponse.value_or("No response available")};
-    if (m_messageId.value_or("").empty()) {
+    if (m_message->messageId().value_or("").empty()) {
         print("Session message id is nil");
     }
-    HandleApiRequests::sendTrainingData(*url, accessToken, body, [weak = weak_from_this()](std::string message) {
+    m_isSubmitting = true;
+    const auto deliver = [weak = weak_from_this()](std::string message) {
         DispatchQueue::main().async([weak, message = std::move(message)] {
             if (const auto manager = weak.lock()) {
                 manager->deliverTrainingResult(message);
             }
         });
-    });
+    };
+    HandleApiRequests::sendTrainingData(*url, accessToken, body, deliver, [deliver] { deliver(""); });
 }
 
 void ButtonStateManager::deliverTrainingResult(const std::string& message)
 {
+    m_isSubmitting = false;
     if (!m_period.isOver()) {
         announce(message.empty() ? "Failed to submit training data." : "Success: " + message);
     }

@@ -1,15 +1,13 @@
 #include "features/ChatState.h"
 
 #include "features/ChatErrorMessage.h"
-#include "features/MessageContent.h"
+#include "features/RepliedMessage.h"
 #include "platform/foundation/schedule/DispatchQueue.h"
 #include "platform/foundation/schedule/MainOwned.h"
-#include "platform/foundation/settings/UserDefaults.h"
 #include "platform/foundation/text/print.h"
 #include "service/HandleApiRequests.h"
 #include "state/APIManager.h"
 #include "state/AuthManager.h"
-#include "state/ReplyEmailManager.h"
 #include "state/SettingsKeys.h"
 #include "state/StartChatManager.h"
 #include "state/UserDetailsManager.h"
@@ -43,14 +41,14 @@ auto onMain(std::weak_ptr<ChatState> screen, void (ChatState::*receive)(const Re
 
 } // namespace
 
-std::shared_ptr<ChatState> ChatState::make()
+std::shared_ptr<ChatState> ChatState::make(std::shared_ptr<const RepliedMessage> message)
 {
-    return makeMainOwned<ChatState>();
+    return makeMainOwned<ChatState>(std::move(message));
 }
 
-ChatState::ChatState()
-    : m_messageId(ReplyEmailManager::shared().messageId())
-    , m_userDefaultsKey(SettingsKeys::chatHistory(m_messageId))
+ChatState::ChatState(std::shared_ptr<const RepliedMessage> message)
+    : m_repliedMessage(std::move(message))
+    , m_userDefaultsKey(SettingsKeys::chatHistory(m_repliedMessage->messageId()))
 {
 }
 
@@ -78,7 +76,7 @@ void ChatState::append(Message message)
 
 void ChatState::loadMessages()
 {
-    const auto stored = UserDefaults::standard().data(m_userDefaultsKey);
+    const auto stored = m_repliedMessage->data(m_userDefaultsKey);
     if (!stored) {
         return;
     }
@@ -111,7 +109,7 @@ void ChatState::saveMessages()
         print("Failed to save messages: " + encoded.error().description);
         return;
     }
-    UserDefaults::standard().setData(m_userDefaultsKey, std::move(encoded).value());
+    m_repliedMessage->setData(m_userDefaultsKey, std::move(encoded).value());
 }
 
 void ChatState::sendMessage()
@@ -137,7 +135,7 @@ void ChatState::startChat()
         return;
     }
     const ChatStartBody body{UserDetailsManager::shared().email(),
-                             MessageContent::ofMessage(m_messageId).text.value_or("Compose session")};
+                             m_repliedMessage->content().value_or("Compose session")};
     HandleApiRequests::sendChatStart(*url, accessToken(), body, onMain(weak_from_this(), &ChatState::receiveStart));
 }
 

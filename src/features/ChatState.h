@@ -14,15 +14,17 @@
 namespace quillmate
 {
 
-/// One chat screen's conversation about the message that was being replied to when the screen was made, and the
-/// requests that drive it. Kept in the settings store after every change. Main thread only.
+class RepliedMessage;
+
+/// One chat screen's conversation about its panel's message, and the requests that drive it. Kept in the settings store
+/// after every change. Main thread only.
 class ChatState : public QObject, public std::enable_shared_from_this<ChatState>
 {
     Q_OBJECT
 
 public:
-    static std::shared_ptr<ChatState> make();
-    ChatState();
+    static std::shared_ptr<ChatState> make(std::shared_ptr<const RepliedMessage> message);
+    explicit ChatState(std::shared_ptr<const RepliedMessage> message);
 
     [[nodiscard]] const std::vector<Message>& messages() const { return m_history.messages(); }
     [[nodiscard]] const std::string& newMessageText() const { return m_newMessageText; }
@@ -60,7 +62,7 @@ private:
     void handleChatFailure();
     [[nodiscard]] const Message* newestOfUser() const;
 
-    const std::optional<std::string> m_messageId;
+    const std::shared_ptr<const RepliedMessage> m_repliedMessage;
     const std::string m_userDefaultsKey;
     const SignInPeriod m_period;
     MessageHistory m_history;

@@ -1,14 +1,12 @@
 #include "features/SummarizeStateManager.h"
 
-#include "features/MessageContent.h"
+#include "features/RepliedMessage.h"
 #include "platform/foundation/schedule/DispatchQueue.h"
 #include "platform/foundation/schedule/MainOwned.h"
-#include "platform/foundation/settings/UserDefaults.h"
 #include "platform/foundation/text/print.h"
 #include "service/HandleApiRequests.h"
 #include "state/APIManager.h"
 #include "state/AuthManager.h"
-#include "state/ReplyEmailManager.h"
 #include "state/SettingsKeys.h"
 #include "state/SummarizeManager.h"
 
@@ -32,16 +30,15 @@ void recordResponse(const std::string& messageId, const std::optional<Summarized
 
 } // namespace
 
-std::shared_ptr<SummarizeStateManager> SummarizeStateManager::make()
+std::shared_ptr<SummarizeStateManager> SummarizeStateManager::make(std::shared_ptr<const RepliedMessage> message)
 {
-    return makeMainOwned<SummarizeStateManager>();
+    return makeMainOwned<SummarizeStateManager>(std::move(message));
 }
 
-SummarizeStateManager::SummarizeStateManager()
-    : m_messageId(ReplyEmailManager::shared().messageId())
-    , m_summarizeResponseKey(SettingsKeys::summarizeResponse(m_messageId))
+SummarizeStateManager::SummarizeStateManager(std::shared_ptr<const RepliedMessage> message)
+    : m_message(std::move(message))
+    , m_summarizeResponseKey(SettingsKeys::summarizeResponse(m_message->messageId()))
 {
-    updateSection();
 }
 
 void SummarizeStateManager::setSummarizeLoading(bool loading)
@@ -61,12 +58,18 @@ void SummarizeStateManager::setSummarizeResponse(std::optional<std::string> resp
     updateSection();
 }
 
+void SummarizeStateManager::setFailed(bool failed)
+{
+    m_hasFailed = failed;
+    updateSection();
+}
+
 void SummarizeStateManager::updateSection()
 {
     Section section = Section::Nothing;
     if (m_summarizeResponse) {
         section = Section::Result;
-    } else if (SummarizeManager::shared().requestFailed) {
+    } else if (m_hasFailed) {
         section = Section::FallbackEditor;
     } else if (m_isSummarizeLoading) {
         section = Section::Spinner;
@@ -78,24 +81,12 @@ void SummarizeStateManager::updateSection()
 
 void SummarizeStateManager::loadStoredSummary()
 {
-    setSummarizeResponse(UserDefaults::standard().string(m_summarizeResponseKey));
+    setSummarizeResponse(m_message->string(m_summarizeResponseKey));
 }
 
-std::string SummarizeStateManager::contentToSummarize() const
-{
-    MessageContent content = MessageContent::ofMessage(m_messageId);
-    if (content.text) {
-        return std::move(*content.text);
-    }
-    return content.isCurrent ? SummarizeManager::shared().fallbackSummarizeContent.get() : std::string();
-}
-
-void SummarizeStateManager::requestSummary(HandleApiRequests::SummaryCompletion completion) const
+void SummarizeStateManager::requestSummary(SharedText content, HandleApiRequests::SummaryCompletion completion) const
 {
     const auto accessToken = AuthManager::shared().accessToken.get();
-    SummarizeRequestBody body{contentToSummarize(), UserDetailsManager::shared().email()};
-    storeFallbackContent(m_messageId, body.content);
-
     const auto url = URL::parseAbsolute(currentApiURL() + "/summarize");
     if (!url) {
         completion(std::nullopt);
@@ -106,9 +97,9 @@ void SummarizeStateManager::requestSummary(HandleApiRequests::SummaryCompletion 
         completion(std::nullopt);
         return;
     }
-    const std::string sentId = m_messageId.value_or("");
+    const std::string sentId = m_message->messageId().value_or("");
     HandleApiRequests::sendSummarizeRequest(
-        *url, *accessToken, std::move(body), sentId,
+        *url, *accessToken, std::move(content), sentId,
         [sentId, completion = std::move(completion)](std::optional<SummarizedResponse> record) {
             recordResponse(sentId, record);
             completion(std::move(record));
@@ -120,7 +111,16 @@ void SummarizeStateManager::summarize()
     if (m_summarizeResponse || m_isSummarizeLoading) {
         return;
     }
-    requestSummary([weak = weak_from_this()](std::optional<SummarizedResponse> record) {
+    if (!m_message->hasContent()) {
+        setFailed(true);
+        return;
+    }
+    setFailed(false);
+    // What the person has pasted for it is theirs, and stays.
+    if (m_message->fallbackContent().value_or("").empty()) {
+        m_message->storeFallbackContent(*m_message->content());
+    }
+    requestSummary(*m_message->content(), [weak = weak_from_this()](std::optional<SummarizedResponse> record) {
         DispatchQueue::main().async([weak, record = std::move(record)] {
             if (const auto manager = weak.lock()) {
                 manager->receiveAutomatic(record);
@@ -134,25 +134,38 @@ void SummarizeStateManager::receiveAutomatic(const std::optional<SummarizedRespo
 {
     if (record && !m_period.isOver()) {
         setSummarizeResponse(record->response);
-        UserDefaults& defaults = UserDefaults::standard();
-        defaults.setBoolean(SettingsKeys::summarizeFlag(m_messageId), true);
-        defaults.setString(m_summarizeResponseKey, record->response);
-        loadStoredSummary();
+        m_message->setBoolean(SettingsKeys::summarizeFlag(m_message->messageId()), true);
+        if (m_message->messageId()) { // Else the key is that of all messages without an id.
+            m_message->setString(m_summarizeResponseKey, record->response);
+            loadStoredSummary();
+        }
     }
+    m_hasFailed = !record && !m_period.isTokenGone();
     setSummarizeLoading(false);
 }
 
 void SummarizeStateManager::summarizeFallback()
 {
+    if (m_isSummarizeLoading) {
+        return;
+    }
+    SharedText content = m_message->fallbackContent().value_or("");
+    if (content.empty() && m_message->hasContent()) {
+        content = *m_message->content();
+    }
+    if (content.empty()) {
+        Q_EMIT fallbackFailed(QStringLiteral("Message content is empty."));
+        return;
+    }
     setSummarizeLoading(true);
-    requestSummary([self = shared_from_this()](std::optional<SummarizedResponse> record) {
+    requestSummary(std::move(content), [self = shared_from_this()](std::optional<SummarizedResponse> record) {
         DispatchQueue::main().async([self, record = std::move(record)] { self->receiveFallback(record); });
     });
 }
 
 void SummarizeStateManager::receiveFallback(const std::optional<SummarizedResponse>& record)
 {
-    if (m_period.isOver()) {
+    if (m_period.isTokenGone()) {
         setSummarizeLoading(false);
         return;
     }
@@ -162,6 +175,7 @@ void SummarizeStateManager::receiveFallback(const std::optional<SummarizedRespon
         setSummarizeResponse(record->response);
     } else {
         print("Failed to summarize.");
+        Q_EMIT fallbackFailed(QStringLiteral("Failed to summarize."));
     }
     setSummarizeLoading(false);
 }

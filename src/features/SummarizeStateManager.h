@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/SharedText.h"
 #include "service/HandleApiRequests.h"
 #include "state/SignInPeriod.h"
 #include "state/SummarizedResponse.h"
@@ -13,6 +14,8 @@
 namespace quillmate
 {
 
+class RepliedMessage;
+
 /// The summary of one panel as its views show it, and the requests that drive it. Main thread only.
 class SummarizeStateManager : public QObject, public std::enable_shared_from_this<SummarizeStateManager>
 {
@@ -22,9 +25,8 @@ public:
     /// What the summary section shows.
     enum class Section { Nothing, Result, FallbackEditor, Spinner };
 
-    /// Fixes the key of the stored summary by the message that is being replied to now.
-    static std::shared_ptr<SummarizeStateManager> make();
-    SummarizeStateManager();
+    static std::shared_ptr<SummarizeStateManager> make(std::shared_ptr<const RepliedMessage> message);
+    explicit SummarizeStateManager(std::shared_ptr<const RepliedMessage> message);
 
     /// A summary request is under way.
     [[nodiscard]] bool isSummarizeLoading() const { return m_isSummarizeLoading; }
@@ -32,37 +34,40 @@ public:
     /// The summary shown, absent while none is known.
     [[nodiscard]] const std::optional<std::string>& summarizeResponse() const { return m_summarizeResponse; }
     void setSummarizeResponse(std::optional<std::string> response);
-    /// The message that this summary is about.
-    [[nodiscard]] const std::optional<std::string>& messageId() const { return m_messageId; }
+    /// No summary came of the last request, or there is nothing to ask with.
+    [[nodiscard]] bool hasFailed() const { return m_hasFailed; }
+    void setFailed(bool failed);
     [[nodiscard]] Section section() const { return m_section; }
 
     /// Shows the summary that is stored for this message, or none.
     void loadStoredSummary();
-    /// The automatic summary: asks for one unless there is one or one is under way, shows and stores it.
+    /// The automatic summary: asks for one unless there is one or one is under way, shows and stores it. A message
+    /// without a text is left to the editor.
     void summarize();
-    /// The summary of what the fallback editor holds: shows it, does not store it.
+    /// The summary of what the fallback editor holds, else of the message: shows it, does not store it. Nothing while
+    /// a request is under way.
     void summarizeFallback();
 
 Q_SIGNALS:
     void isSummarizeLoadingChanged();
     void summarizeResponseChanged();
     void sectionChanged();
+    /// What the person asked for came to nothing, and why.
+    void fallbackFailed(const QString& reason);
 
 private:
     void updateSection();
-    /// The message's text as long as it is the one being replied to and its text is known, else the text kept for it:
-    /// another message may be the current one by now, and neither's text goes under the other's id.
-    [[nodiscard]] std::string contentToSummarize() const;
-    /// Sends one summary request. The completion runs at most once, on any thread; never when the refresh of the user's
-    /// details that goes before the request fails. What was received stands in `SummarizeManager.responses` by then.
-    void requestSummary(HandleApiRequests::SummaryCompletion completion) const;
+    /// Sends one summary request. The completion runs exactly once, on any thread. What was received stands in
+    /// `SummarizeManager.responses` by then.
+    void requestSummary(SharedText content, HandleApiRequests::SummaryCompletion completion) const;
     void receiveAutomatic(const std::optional<SummarizedResponse>& record);
     void receiveFallback(const std::optional<SummarizedResponse>& record);
 
-    const std::optional<std::string> m_messageId;
+    const std::shared_ptr<const RepliedMessage> m_message;
     const std::string m_summarizeResponseKey;
     const SignInPeriod m_period;
     bool m_isSummarizeLoading = false;
+    bool m_hasFailed = false;
     std::optional<std::string> m_summarizeResponse;
     Section m_section = Section::Nothing;
 };

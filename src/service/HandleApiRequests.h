@@ -27,6 +27,7 @@ class HandleApiRequests
 {
 public:
     using UserDetailsCompletion = std::function<void(UserDetailsManager&)>;
+    using Failed = std::function<void()>;
     using SummaryCompletion = std::function<void(std::optional<SummarizedResponse>)>;
     using GenerateCompletion =
         std::function<void(std::optional<GeneratedResponse> record, std::optional<std::string> errorText)>;
@@ -37,18 +38,20 @@ public:
 
     HandleApiRequests() = delete;
 
-    /// Asks who the user is and stores the answer in `UserDetailsManager`. The completion runs on the main thread, and
-    /// only when the reply held both address and name.
-    static void fetchUserDetails(const std::string& url, const std::string& accessToken,
-                                 UserDetailsCompletion completion);
+    /// Asks who the user is and stores the answer in `UserDetailsManager`, unless the token is given up meanwhile. One
+    /// of the two functions runs once: the completion on the main thread, when the reply held both address and name,
+    /// else `failed`, on any. When the service refuses the token of now, the sign-in ends.
+    static void fetchUserDetails(
+        const std::string& url, const std::string& accessToken, UserDetailsCompletion completion,
+        Failed failed = [] {});
 
     /// Asks whether there is a version newer than `currentVersion`; reports through `IncommingUpdatesManager` alone.
     static void fetchLatestVersion(const std::string& url, const std::string& currentVersion);
 
-    /// Asks for a summary, after refreshing the user's details; when that refresh fails, nothing more happens. Tries up
-    /// to four times, 2.0 seconds apart, and sets `SummarizeManager.requestFailed` when it gives up. The completion
-    /// runs at most once, on the thread that decides the outcome.
-    static void sendSummarizeRequest(const URL& url, const std::string& accessToken, SummarizeRequestBody body,
+    /// Asks for a summary of the content, after refreshing the user's details, whose address goes with it. Tries up to
+    /// four times, 2.0 seconds apart; once the token is given up nothing more is sent. The completion runs exactly
+    /// once, on the thread that decides the outcome, with nothing when there is no summary.
+    static void sendSummarizeRequest(const URL& url, const std::string& accessToken, SharedText content,
                                      const std::string& messageId, SummaryCompletion completion);
 
     /// Asks for a reply, once. The completion runs exactly once, with either a record or a text that says what went
@@ -56,10 +59,10 @@ public:
     static void sendGenerateRequest(const URL& url, const std::string& accessToken, const GenerateResponseBody& body,
                                     const std::string& messageId, GenerateCompletion completion);
 
-    /// Sends a reply as training data, once. The completion runs at most once, on the network's thread, and only when
-    /// the service took it; whatever went wrong is only logged.
+    /// Sends a reply as training data, once. One of the two functions runs once, on the network's thread or before the
+    /// call returns: the completion when the service took it, else `failed`, after a line that says what went wrong.
     static void sendTrainingData(const URL& url, const std::string& accessToken, const TrainingDataBody& body,
-                                 TrainingCompletion completion);
+                                 TrainingCompletion completion, Failed failed);
 
     // The chat's two requests, sent once. The completion runs at most once: on the network's thread, or before the call
     // returns when the body cannot be encoded; never for a success that comes without a body.

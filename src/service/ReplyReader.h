@@ -36,7 +36,7 @@ struct ReplyFailure {
     ReplyStage stage = ReplyStage::Transport;
     /// What the request's table says of it; may be empty.
     std::string text;
-    /// At the stage of the status.
+    /// At the stage of the status; of a GET that asks for it, at any stage. 0 when there was none.
     int statusCode = 0;
     /// At the stage of the transport.
     std::optional<URLError> error = std::nullopt;

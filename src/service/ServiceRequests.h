@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/SharedText.h"
 #include "service/ReplyReader.h"
 #include "service/RequestBuilder.h"
 
@@ -19,6 +20,7 @@ struct UserDetails {
     bool operator==(const UserDetails&) const = default;
 };
 [[nodiscard]] BuiltRequest buildUserDetailsRequest(const std::string& url, std::string_view accessToken);
+/// Whatever the status is; a failure at any stage tells it.
 [[nodiscard]] Reading<UserDetails> readUserDetails(const ServiceReply& reply);
 
 /// The version that the service offers and where it can be downloaded, each absent when the reply has none.
@@ -33,7 +35,7 @@ struct LatestVersion {
 
 struct SummarizeRequestBody {
     /// Text of the replied-to message, or what the user pasted in its place.
-    std::string content;
+    SharedText content;
     /// The signed-in user's address, here and in the other bodies.
     std::string email;
 };
@@ -43,7 +45,7 @@ struct SummarizeRequestBody {
 struct GenerateResponseBody {
     /// Id of the replied-to message, empty when unknown.
     std::string messageId;
-    std::string content;
+    SharedText content;
     std::string email;
 };
 [[nodiscard]] BuiltRequest buildRequest(const URL& url, std::string_view accessToken, const GenerateResponseBody& body);
@@ -53,7 +55,7 @@ struct GenerateResponseBody {
 struct TrainingDataBody {
     std::string email;
     /// Text of the replied-to message, empty when unknown.
-    std::string question;
+    SharedText question;
     /// The reply that is shown.
     std::string answer;
 
@@ -65,7 +67,7 @@ struct TrainingDataBody {
 struct ChatStartBody {
     std::string email;
     /// Text of the replied-to message; goes last on the wire.
-    std::string emailContent;
+    SharedText emailContent;
 
     [[nodiscard]] BodyMembers members() const;
 };

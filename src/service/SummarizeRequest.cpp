@@ -2,7 +2,9 @@
 #include "service/HandleApiRequests.h"
 #include "service/RequestSender.h"
 #include "state/APIManager.h"
-#include "state/SummarizeManager.h"
+#include "state/SignInPeriod.h"
+
+#include <utility>
 
 namespace quillmate
 {
@@ -24,6 +26,7 @@ struct SharedParts {
     SummarizeRequestBody body;
     std::string messageId;
     HandleApiRequests::SummaryCompletion completion;
+    SignInPeriod period = {};
 };
 
 /// One summary request on its way through its attempts; attempt 0 is the first send.
@@ -39,6 +42,10 @@ public:
     /// Main thread.
     void send() const
     {
+        if (m_shared->period.isTokenGone()) {
+            m_shared->completion(std::nullopt);
+            return;
+        }
         auto request = buildRequest(m_shared->url, m_shared->accessToken, m_shared->body);
         if (!request) {
             print(request.error());
@@ -66,9 +73,12 @@ private:
 
     void retry() const
     {
+        if (m_shared->period.isTokenGone()) {
+            m_shared->completion(std::nullopt);
+            return;
+        }
         if (m_attempt >= mostRetries) {
             print("Max retry attempts reached. Request failed.");
-            SummarizeManager::shared().requestFailed = true;
             m_shared->completion(std::nullopt);
             return;
         }
@@ -97,13 +107,18 @@ Reading<std::string> readSummary(const ServiceReply& reply)
     return readText(reply, summaryTable, "response");
 }
 
-void HandleApiRequests::sendSummarizeRequest(const URL& url, const std::string& accessToken, SummarizeRequestBody body,
+void HandleApiRequests::sendSummarizeRequest(const URL& url, const std::string& accessToken, SharedText content,
                                              const std::string& messageId, SummaryCompletion completion)
 {
-    const auto shared = std::make_shared<const SharedParts>(
-        SharedParts{url, accessToken, std::move(body), messageId, std::move(completion)});
-    fetchUserDetails(currentApiURL() + "/me", accessToken,
-                     [shared](UserDetailsManager&) { SummarizeAttempt(shared, 0).send(); });
+    const auto shared = std::make_shared<SharedParts>(
+        SharedParts{url, accessToken, {std::move(content), {}}, messageId, std::move(completion)});
+    fetchUserDetails(
+        currentApiURL() + "/me", accessToken,
+        [shared](const UserDetailsManager& user) {
+            shared->body.email = user.email();
+            SummarizeAttempt(shared, 0).send();
+        },
+        [shared] { shared->completion(std::nullopt); });
 }
 
 } // namespace quillmate

@@ -32,19 +32,23 @@ Reading<std::string> readTraining(const ServiceReply& reply)
 }
 
 void HandleApiRequests::sendTrainingData(const URL& url, const std::string& accessToken, const TrainingDataBody& body,
-                                         TrainingCompletion completion)
+                                         TrainingCompletion completion, Failed failed)
 {
     auto request = buildRequest(url, accessToken, body);
     print("TRAINIG DATA BODY", describe(request, body.members()));
     if (!request) {
         print(request.error());
+        failed();
         return;
     }
-    sendRequest(std::move(request).value(), readTraining, [completion = std::move(completion)](const auto& success) {
-        if (success) {
-            completion(success.value());
-        }
-    });
+    sendRequest(std::move(request).value(), readTraining,
+                [completion = std::move(completion), failed = std::move(failed)](const auto& success) {
+                    if (success) {
+                        completion(success.value());
+                    } else {
+                        failed();
+                    }
+                });
 }
 
 } // namespace quillmate

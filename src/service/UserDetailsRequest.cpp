@@ -1,11 +1,15 @@
 #include "platform/foundation/schedule/DispatchQueue.h"
 #include "service/HandleApiRequests.h"
 #include "service/RequestSender.h"
+#include "state/AuthManager.h"
+#include "state/SignInPeriod.h"
 
 namespace quillmate
 {
 namespace
 {
+
+constexpr int unauthorized = 401; // RFC 9110, 15.5.2
 
 constexpr ReplyTable userDetailsTable{.method = ReplyTable::Method::Get,
                                       .transport = "Error: ",
@@ -31,30 +35,48 @@ BuiltRequest buildUserDetailsRequest(const std::string& url, std::string_view ac
 
 Reading<UserDetails> readUserDetails(const ServiceReply& reply)
 {
-    return readReply<UserDetails>(reply, userDetailsTable, detailsIn);
+    auto reading = readReply<UserDetails>(reply, userDetailsTable, detailsIn);
+    if (!reading.result && reply.response) {
+        ReplyFailure failure = reading.result.error();
+        failure.statusCode = reply.response->statusCode;
+        reading.result = Failure(std::move(failure));
+    }
+    return reading;
 }
 
 void HandleApiRequests::fetchUserDetails(const std::string& url, const std::string& accessToken,
-                                         UserDetailsCompletion completion)
+                                         UserDetailsCompletion completion, Failed failed)
 {
     auto request = buildUserDetailsRequest(url, accessToken);
     if (!request) {
         print(request.error());
+        failed();
         return;
     }
     print("URL:", url);
     print("ACCESS TOKEN:", accessToken);
-    sendRequest(std::move(request).value(), readUserDetails, [completion = std::move(completion)](auto details) {
-        if (!details) {
-            return;
-        }
-        DispatchQueue::main().async([details = std::move(details).value(), completion] {
-            UserDetailsManager& manager = UserDetailsManager::shared();
-            manager.setEmail(details.email);
-            manager.name.set(details.name);
-            completion(manager);
-        });
-    });
+    sendRequest(std::move(request).value(), readUserDetails,
+                [accessToken, period = SignInPeriod(), completion = std::move(completion),
+                 failed = std::move(failed)](auto details) {
+                    if (!details) {
+                        if (details.error().statusCode == unauthorized) {
+                            DispatchQueue::main().async(
+                                [accessToken] { AuthManager::shared().endSignIn(accessToken); });
+                        }
+                        failed();
+                        return;
+                    }
+                    DispatchQueue::main().async([details = std::move(details).value(), period, completion, failed] {
+                        if (period.isTokenGone()) {
+                            failed();
+                            return;
+                        }
+                        UserDetailsManager& manager = UserDetailsManager::shared();
+                        manager.setEmail(details.email);
+                        manager.name.set(details.name);
+                        completion(manager);
+                    });
+                });
 }
 
 } // namespace quillmate

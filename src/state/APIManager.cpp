@@ -82,8 +82,7 @@ void APIManager::selectApiEndpoint(const std::string& key)
     UserDefaults::standard().setString(SettingsKeys::selectedApiEndpoint, key);
     NotificationCenter::defaultCenter().post(quillmate::apiEndpointChanged);
     NotificationCenter::defaultCenter().post(userDidLogout);
-    AuthManager::shared().accessToken.set(std::nullopt);
-    AuthManager::shared().countTokenGivenUp();
+    AuthManager::shared().giveUpToken();
 }
 
 const std::string& currentApiURL()

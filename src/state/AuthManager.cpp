@@ -5,6 +5,7 @@
 #include "platform/foundation/settings/UserDefaults.h"
 #include "platform/foundation/text/print.h"
 #include "state/Notifications.h"
+#include "state/UserDetailsManager.h"
 
 namespace quillmate
 {
@@ -18,12 +19,27 @@ AuthManager& AuthManager::shared()
 void AuthManager::logout()
 {
     ++m_logouts;
-    countTokenGivenUp();
-    accessToken.set(std::nullopt);
+    giveUpToken();
     clearSettingsStore();
     URLCache::shared().removeAllCachedResponses();
     print("URLSession cache cleared");
     NotificationCenter::defaultCenter().post(userDidLogout);
+}
+
+void AuthManager::endSignIn(const std::string& refusedToken)
+{
+    if (accessToken.get() == refusedToken) {
+        giveUpToken();
+        NotificationCenter::defaultCenter().post(userDidLogout);
+    }
+}
+
+void AuthManager::giveUpToken()
+{
+    ++m_tokensGivenUp;
+    accessToken.set(std::nullopt);
+    UserDetailsManager::shared().setEmail("");
+    UserDetailsManager::shared().name.set(std::nullopt);
 }
 
 void clearSettingsStore()

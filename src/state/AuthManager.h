@@ -18,15 +18,19 @@ public:
     /// The bearer token of the signed-in user; present means signed in. Never stored.
     Synchronized<std::optional<std::string>> accessToken;
 
-    /// Signs out: forgets the token, empties the settings store and the URL cache, posts "UserDidLogout" on the calling
-    /// thread.
+    /// Signs out: forgets the token and its user, empties the settings store and the URL cache, posts "UserDidLogout".
+    /// Main thread.
     void logout();
+    /// The service refuses a token: when it is the one of now, it is forgotten, and "UserDidLogout" posted. What is
+    /// stored stays. Main thread.
+    void endSignIn(const std::string& refusedToken);
+    /// The token, and what is known of its user, are no more. Main thread.
+    void giveUpToken();
 
     /// How often `logout` has run in this process.
     [[nodiscard]] unsigned logouts() const { return m_logouts; }
-    /// How often a user's time has ended, by `logout` or by another environment.
+    /// How often a user's time has ended: by `logout`, by another environment, by the service's refusal.
     [[nodiscard]] unsigned tokensGivenUp() const { return m_tokensGivenUp; }
-    void countTokenGivenUp() { ++m_tokensGivenUp; }
 
 private:
     AuthManager() = default;

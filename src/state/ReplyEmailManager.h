@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/SharedText.h"
 #include "state/Synchronized.h"
 
 #include <optional>
@@ -17,15 +18,15 @@ struct ReplyEmail {
     /// The arrival date, as the header has it.
     std::optional<std::string> date;
     /// The raw source after its first blank line, trimmed.
-    std::optional<std::string> content;
+    std::optional<SharedText> content;
     /// As the header has it, angle brackets included.
     std::optional<std::string> messageId;
 
     bool operator==(const ReplyEmail&) const = default;
 };
 
-/// The shared record of the message being replied to, filled each time a compose session begins. Any thread. It is
-/// guarded as a whole, so that nobody sees the text of one message with the id of another.
+/// The shared record of the message being replied to, filled each time a compose session begins; a panel keeps to its
+/// own session's record. Any thread, guarded as a whole.
 class ReplyEmailManager
 {
 public:
@@ -36,15 +37,6 @@ public:
     }
 
     [[nodiscard]] ReplyEmail record() const { return m_record.get(); }
-    [[nodiscard]] std::optional<std::string> messageId()
-    {
-        return m_record.with([](const ReplyEmail& record) { return record.messageId; });
-    }
-    /// Whether there is a message being replied to, as far as the panel's layout goes.
-    [[nodiscard]] bool hasSubject()
-    {
-        return m_record.with([](const ReplyEmail& record) { return record.subject.has_value(); });
-    }
     /// Changes any of the fields in one step.
     template<typename Change>
     void update(Change change)

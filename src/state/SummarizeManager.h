@@ -3,7 +3,6 @@
 #include "state/SummarizedResponse.h"
 #include "state/Synchronized.h"
 
-#include <atomic>
 #include <map>
 #include <string>
 
@@ -22,10 +21,6 @@ public:
 
     /// Every summary received, by the id of the message it was asked for (empty when that had none).
     Synchronized<std::map<std::string, SummarizedResponse>> responses;
-    /// A summary request has given up. Stays true for the rest of the process.
-    std::atomic<bool> requestFailed = false;
-    /// The message text that the user pasted by hand.
-    Synchronized<std::string> fallbackSummarizeContent;
 
 private:
     SummarizeManager() = default;

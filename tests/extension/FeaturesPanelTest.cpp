@@ -1,12 +1,10 @@
+#include "extension/ComposeSessionHandler.h"
 #include "extension/PanelFixture.h"
-#include "features/MessageContent.h"
 #include "platform/foundation/schedule/MainSchedule.h"
 #include "platform/foundation/settings/UserDefaults.h"
 #include "state/APIManager.h"
 #include "state/AuthManager.h"
 #include "state/IncommingUpdatesManager.h"
-#include "state/ReplyEmailManager.h"
-#include "state/SummarizeManager.h"
 #include "support/TestProgram.h"
 #include "views/ViewTestApplication.h"
 
@@ -22,6 +20,8 @@ class FeaturesPanelTest : public QObject
 private Q_SLOTS:
     void initTestCase() { std::ignore = currentApiURL(); } // The first use is told of, once.
     void init();
+    void ofItsOwnSession_data();
+    void ofItsOwnSession();
     void firstReplyAndAnotherPanel();
     void environmentChange();
     void updateFound();
@@ -53,6 +53,11 @@ const std::string summarize = "POST /api/v1/summarize";
 const std::string generate = "POST /api/v1/response";
 const std::string chatStart = "POST /api/v1/chat/start";
 const std::string chatSend = "POST /api/v1/chat/send";
+std::string keptFor(const std::string& id)
+{
+    return "Optional(\"" + id + "\") fallbackContent";
+}
+
 const std::string started = R"({"response":{"assistantId":"a","threadId":"t"}})";
 
 } // namespace
@@ -95,6 +100,68 @@ QString FeaturesPanelTest::text(const char* item) const
 {
     const auto* found = m_fixture.item(item);
     return found ? found->property("text").toString() : QString();
+}
+
+void FeaturesPanelTest::ofItsOwnSession_data()
+{
+    QTest::addColumn<QStringList>("begun");   // the ids; empty for a message without one, "-" for no message
+    QTest::addColumn<int>("shown");           // which of them
+    QTest::addColumn<QString>("storedUnder"); // empty for nowhere
+    QTest::newRow("the first of two") << QStringList{"m1", "m2"} << 0 << "summarizeResponse m1";
+    QTest::newRow("the second of two") << QStringList{"m1", "m2"} << 1 << "summarizeResponse m2";
+    QTest::newRow("without ids") << QStringList{"", ""} << 0 << "";
+    QTest::newRow("new mail after a reply") << QStringList{"m1", "-"} << 1 << "";
+    QTest::newRow("a reply before new mail") << QStringList{"m1", "-"} << 0 << "summarizeResponse m1";
+}
+
+void FeaturesPanelTest::ofItsOwnSession()
+{
+    QFETCH(const QStringList, begun);
+    QFETCH(const int, shown);
+    QFETCH(const QString, storedUnder);
+    const ManualTime time;
+    ComposeSessionHandler handler;
+    std::vector<MEComposeSession> sessions;
+    for (int i = 0; i < begun.size(); ++i) {
+        std::shared_ptr<MEMessage> message;
+        if (begun[i] != "-") {
+            message = std::make_shared<MEMessage>();
+            message->rawData = "A: b\n\nContent " + std::to_string(i);
+            message->subject = "Plans";
+            message->headers = MEMessage::Headers{{"message-id", {begun[i].toStdString()}}};
+        }
+        sessions.emplace_back("s" + std::to_string(i), MEComposeContext(message));
+        handler.mailComposeSessionDidBegin(sessions.back());
+    }
+    const auto controller = std::dynamic_pointer_cast<ComposeSessionViewController>(
+        handler.viewControllerForSession(sessions[static_cast<std::size_t>(shown)]));
+    m_fixture.show(controller);
+    QVERIFY(m_fixture.item("loginButton"));
+    // The sign-in, long after the other window began.
+    AuthManager::shared().accessToken.set("token");
+    controller->showSessionView();
+    m_fixture.click("generateButton");
+    const bool hasMessage = begun[shown] != "-";
+    if (hasMessage) {
+        QTRY_COMPARE(text("summaryText"), QStringLiteral("Short."));
+        QTRY_COMPARE(text("replyText"), QStringLiteral("Dear Ana"));
+    } else {
+        QTRY_COMPARE(m_fixture.item("toast")->property("message").toString(),
+                     QStringLiteral("Message content is empty."));
+        QVERIFY(!m_fixture.item("summarySection"));
+    }
+    const std::string own = R"("content":"Content )" + std::to_string(shown) + '"';
+    for (const std::string& line : {summarize, generate}) {
+        QCOMPARE(countOf(line), hasMessage ? 1L : 0L);
+    }
+    for (const ReceivedRequest& request : m_fixture.server().requests()) {
+        QVERIFY(request.body.empty() || request.body.find(own) != std::string::npos);
+    }
+    QStringList summaries;
+    for (const auto& [key, value] : UserDefaults::standard().dictionaryRepresentation()) {
+        summaries.append(QString::fromStdString(key));
+    }
+    QCOMPARE(summaries.filter("summarizeResponse").join(','), storedUnder);
 }
 
 void FeaturesPanelTest::firstReplyAndAnotherPanel()
@@ -167,7 +234,7 @@ void FeaturesPanelTest::fallbackEditor()
     QTRY_COMPARE(ManualTime::pendingDelays().size(), std::size_t(2));
     // The panel goes on speaking of its own message.
     PanelFixture::replyTo("m2", "Another content");
-    storeFallbackContent("m2", "kept for m2");
+    UserDefaults::standard().setString(keptFor("m2"), "kept for m2");
     for (int attempt = 1; attempt <= 3; ++attempt) {
         QTRY_COMPARE(ManualTime::pendingDelays().size(), std::size_t(2));
         ManualTime::advance(2.0);
@@ -176,18 +243,20 @@ void FeaturesPanelTest::fallbackEditor()
     QCOMPARE(text("fallbackInput"), QStringLiteral("The content")); // what was sent last
     // Every change is kept.
     m_fixture.item("fallbackInput")->setProperty("text", QStringLiteral("Pasted for m1"));
-    QCOMPARE(loadFallbackContent("m1"), std::optional<std::string>("Pasted for m1"));
-    QCOMPARE(loadFallbackContent("m2"), std::optional<std::string>("kept for m2"));
-    QCOMPARE(SummarizeManager::shared().fallbackSummarizeContent.get(), std::string("Pasted for m1"));
+    QCOMPARE(UserDefaults::standard().string(keptFor("m1")), std::optional<std::string>("Pasted for m1"));
+    QCOMPARE(UserDefaults::standard().string(keptFor("m2")), std::optional<std::string>("kept for m2"));
     answerSummaries({200, R"({"response":"Short."})"});
-    m_fixture.click("summarizeButton");
+    {
+        const auto held = m_fixture.server().hold();
+        m_fixture.click("summarizeButton");
+        QVERIFY(m_fixture.item("fallbackLoading"));
+    }
     QTRY_COMPARE(text("summaryText"), QStringLiteral("Short."));
     QVERIFY(m_fixture.server().requests().back().body.find("\"content\":\"Pasted for m1\"") != std::string::npos);
     // The next panel has the editor again, with the text that was typed.
-    PanelFixture::replyTo("m1", "");
-    ReplyEmailManager::shared().update([](ReplyEmail& record) { record.content.reset(); });
+    PanelFixture::replyTo("m1", std::nullopt);
     m_fixture.show();
-    QTRY_VERIFY(m_fixture.item("fallbackInput"));
+    QVERIFY(m_fixture.item("fallbackInput"));
     QCOMPARE(text("fallbackInput"), QStringLiteral("Pasted for m1"));
 }
 
@@ -195,23 +264,22 @@ void FeaturesPanelTest::messageTooLongToShow()
 {
     const ManualTime time;
     const std::string content(3'000'000, 'x');
-    storeFallbackContent("m1", content);
-    ReplyEmailManager::shared().update([](ReplyEmail& record) { record.content.reset(); });
-    SummarizeManager::shared().requestFailed = true;
-    SummarizeManager::shared().fallbackSummarizeContent.set(content);
+    UserDefaults::standard().setString(keptFor("m1"), content);
+    PanelFixture::replyTo("m1", std::nullopt);
     AuthManager::shared().accessToken.set("token");
     answerSummaries({200, "{}"});
     m_fixture.show();
     auto* input = m_fixture.item("fallbackInput");
     QVERIFY(input);
     QCOMPARE(input->property("text").toString(), QString());
-    QVERIFY(input->property("placeholderText").toString().contains(QStringLiteral("3.0 MB")));
+    QVERIFY(text("fallbackHint").contains(QStringLiteral("3.0 MB")));
     // It is kept and sent all the same.
     m_fixture.click("summarizeButton");
     constexpr int megabytesTake = 30'000; // The sanitizers' checks of them included.
     QTRY_VERIFY_WITH_TIMEOUT(m_fixture.log().lines().contains(QStringLiteral("Failed to summarize.")), megabytesTake);
     QVERIFY(m_fixture.server().requests().back().body.size() > content.size());
-    QVERIFY(loadFallbackContent("m1") == content);
+    QVERIFY(UserDefaults::standard().string(keptFor("m1")) == content);
+    QCOMPARE(m_fixture.item("toast")->property("message").toString(), QStringLiteral("Failed to summarize."));
 }
 
 void FeaturesPanelTest::lookingChangesNothing()
@@ -219,16 +287,13 @@ void FeaturesPanelTest::lookingChangesNothing()
     // The control shows these three otherwise than it got them.
     const ManualTime time;
     const std::string content = "a\r\nb\u00a0c\u2028d";
-    PanelFixture::replyTo("m1", content.c_str());
-    storeFallbackContent("m1", content);
-    SummarizeManager::shared().requestFailed = true;
-    SummarizeManager::shared().fallbackSummarizeContent.set("of another message");
+    PanelFixture::replyTo("m1", std::nullopt);
+    UserDefaults::standard().setString(keptFor("m1"), content);
     AuthManager::shared().accessToken.set("token");
     answerSummaries({200, "{}"});
     m_fixture.show();
     QTRY_VERIFY(text("fallbackInput").startsWith(QStringLiteral("a")));
-    QCOMPARE(loadFallbackContent("m1"), std::optional(content));
-    QCOMPARE(SummarizeManager::shared().fallbackSummarizeContent.get(), content);
+    QCOMPARE(UserDefaults::standard().string(keptFor("m1")), std::optional(content));
 }
 
 QUILLMATE_TEST(FeaturesPanelTest, quillmate::ViewTestApplication)

@@ -1,5 +1,6 @@
 #include "extension/PanelFixture.h"
 
+#include "features/CurrentMessage.h"
 #include "platform/appkit/NSWorkspace.h"
 
 #include <QTest>
@@ -31,10 +32,15 @@ void PanelFixture::reset()
 
 std::shared_ptr<ComposeSessionViewController> PanelFixture::show()
 {
-    close();
-    m_controller = ComposeSessionViewController::make();
-    ViewFixture::show(m_controller->view()->item());
+    show(ComposeSessionViewController::make(currentMessage()));
     return m_controller;
+}
+
+void PanelFixture::show(std::shared_ptr<ComposeSessionViewController> controller)
+{
+    close();
+    m_controller = std::move(controller);
+    ViewFixture::show(m_controller->view()->item());
 }
 
 void PanelFixture::close()

@@ -21,6 +21,8 @@ public:
     void reset();
     /// Makes a panel and shows it in the window, in place of the one before.
     std::shared_ptr<ComposeSessionViewController> show();
+    /// The same for a panel that is there already.
+    void show(std::shared_ptr<ComposeSessionViewController> controller);
     /// Takes the panel out of the window and lets go of it.
     void close();
     using ViewFixture::click;

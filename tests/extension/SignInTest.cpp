@@ -1,4 +1,5 @@
 #include "extension/PanelFixture.h"
+#include "features/CurrentMessage.h"
 #include "platform/foundation/schedule/MainSchedule.h"
 #include "platform/foundation/settings/UserDefaults.h"
 #include "state/APIManager.h"
@@ -172,7 +173,7 @@ void SignInTest::twoPanels()
     const ManualTime time;
     m_fixture.server().reply(create, session);
     m_fixture.server().reply(poll, granted);
-    const auto other = ComposeSessionViewController::make();
+    const auto other = ComposeSessionViewController::make(currentMessage());
     QQuickWindow otherWindow;
     other->view()->item()->setParentItem(otherWindow.contentItem());
     login();

@@ -1,5 +1,6 @@
 #include "features/ChatErrorMessage.h"
 #include "features/ChatState.h"
+#include "features/CurrentMessage.h"
 #include "features/FeatureFixture.h"
 #include "platform/foundation/settings/UserDefaults.h"
 #include "state/APIManager.h"
@@ -117,7 +118,7 @@ void ChatFlowTest::init()
 void ChatFlowTest::conversation()
 {
     answerSends(hi);
-    const auto chat = ChatState::make();
+    const auto chat = ChatState::make(currentMessage());
     QSignalSpy loading(chat.get(), &ChatState::isLoadingChanged);
     QSignalSpy appended(chat.get(), &ChatState::messagesAppended);
     chat->sendMessage();
@@ -143,7 +144,7 @@ void ChatFlowTest::conversation()
     QCOMPARE(FeatureFixture::stored(), QStringList{"reply m1=data"});
 
     // Shown again by another screen, which opens a chat of its own.
-    const auto later = ChatState::make();
+    const auto later = ChatState::make(currentMessage());
     later->loadMessages();
     QCOMPARE(shown(later), QStringLiteral("[one] Hi. [  ] Hi., chat - -"));
     QVERIFY(later->messages() == chat->messages());
@@ -168,7 +169,7 @@ void ChatFlowTest::whatIsSent()
         answerSends(hi);
         FeatureFixture::replyTo(messageId, content);
         AuthManager::shared().accessToken.set(token);
-        const auto chat = ChatState::make();
+        const auto chat = ChatState::make(currentMessage());
         say(chat, "one");
         QTRY_COMPARE(shown(chat), QStringLiteral("[one] Hi., chat a1 t1"));
         const std::string sentToken = token.value_or("");
@@ -195,7 +196,7 @@ void ChatFlowTest::failures()
         m_fixture.server().reply("POST /api/v1/chat/start", started);
         answerSends(send);
         answerSends(hi);
-        const auto chat = ChatState::make();
+        const auto chat = ChatState::make(currentMessage());
         const bool isStarted = start.body == started.body;
         say(chat, "one");
         QTRY_COMPARE(shown(chat), "[one], chat " + QString(isStarted ? "a1 t1" : "- -") + wentWrong);
@@ -205,7 +206,7 @@ void ChatFlowTest::failures()
 
         // The error is the whole process's; any chat's answer clears it. The screen's own message stays its own.
         FeatureFixture::replyTo("m2", "Another content");
-        const auto other = ChatState::make();
+        const auto other = ChatState::make(currentMessage());
         QCOMPARE(shown(other), ", chat - -" + wentWrong);
         say(other, "two");
         QTRY_COMPARE(shown(other), QStringLiteral("[two] Hi., chat a1 t1"));
@@ -213,7 +214,7 @@ void ChatFlowTest::failures()
         say(chat, "three");
         QTRY_COMPARE(shown(chat), QStringLiteral("[one] [three] Hi., chat a1 t1"));
         QCOMPARE(m_fixture.sent().mid(before),
-                 isStarted ? QStringList{sends("three")} : (QStringList{starts("Compose session"), sends("three")}));
+                 isStarted ? QStringList{sends("three")} : (QStringList{starts(), sends("three")}));
     }
 }
 
@@ -221,13 +222,15 @@ void ChatFlowTest::textsThatCannotBeSent()
 {
     // The content: the start fails within the call, and is acted on after it.
     FeatureFixture::replyTo("m1", "caf\xe9");
-    const auto chat = ChatState::make();
+    auto chat = ChatState::make(currentMessage());
     say(chat, "one");
     QCOMPARE(shown(chat), QStringLiteral("[one], chat - -, loading"));
     QTRY_COMPARE(shown(chat), "[one], chat - -" + wentWrong);
     QCOMPARE(m_fixture.log().take().last(), QStringLiteral("Error from start chat is: invalidData"));
     // The message: what is stored stays as it was.
     FeatureFixture::replyTo("m1", "The content");
+    chat = ChatState::make(currentMessage());
+    chat->loadMessages();
     say(chat, "caf\xe9");
     QTRY_COMPARE(chat->assistantId(), Text("a1"));
     QTRY_VERIFY(!chat->isLoading());
@@ -240,7 +243,7 @@ void ChatFlowTest::textsThatCannotBeSent()
 void ChatFlowTest::unreadableStore()
 {
     UserDefaults::standard().setData("reply m1", "[{}]");
-    const auto chat = ChatState::make();
+    const auto chat = ChatState::make(currentMessage());
     chat->loadMessages();
     QCOMPARE(m_fixture.log().lines().size(), 1);
     QVERIFY(m_fixture.log().lines().front().startsWith(QLatin1String("Failed to load messages: ")));
@@ -253,7 +256,7 @@ void ChatFlowTest::unreadableStore()
 void ChatFlowTest::failureWithoutAMessageOfTheUser()
 {
     answerSends(TestReply{500});
-    const auto chat = ChatState::make();
+    const auto chat = ChatState::make(currentMessage());
     say(chat, "one");
     QTRY_COMPARE(m_fixture.server().requests().size(), std::size_t(2));
     QTRY_VERIFY(!chat->isLoading());
@@ -274,7 +277,7 @@ void ChatFlowTest::messageWhileAChatIsBeingStarted()
         m_fixture.server().reply("POST /api/v1/chat/start", reply);
     }
     answerSends(hi);
-    const auto chat = ChatState::make();
+    const auto chat = ChatState::make(currentMessage());
     say(chat, "one");
     say(chat, "two");
     QTRY_COMPARE(chat->messages().size(), std::size_t(4));
@@ -294,7 +297,7 @@ void ChatFlowTest::requestsWithoutAnAnswer()
 {
     answerSends(silence);
     answerSends(hi);
-    const auto chat = ChatState::make();
+    const auto chat = ChatState::make(currentMessage());
     say(chat, "one");
     QTRY_COMPARE(m_fixture.server().requests().size(), std::size_t(2));
     QCOMPARE(shown(chat), QStringLiteral("[one], chat a1 t1, loading"));
@@ -320,7 +323,7 @@ void ChatFlowTest::endOfTheUserMeanwhile()
           Row{started, hi, true, false}, Row{started, {500}, true, false}}) {
         m_fixture.reset();
         m_fixture.server().reply("POST /api/v1/chat/start", start);
-        const auto chat = ChatState::make();
+        const auto chat = ChatState::make(currentMessage());
         if (isOpen) {
             answerSends(hi);
             say(chat, "one");
@@ -348,7 +351,7 @@ void ChatFlowTest::endOfTheUserMeanwhile()
 void ChatFlowTest::screenGoneMeanwhile()
 {
     answerSends(hi);
-    auto chat = ChatState::make();
+    auto chat = ChatState::make(currentMessage());
     say(chat, "one");
     const std::weak_ptr<ChatState> weak = chat;
     const QString stored = storedFormOf(chat);
@@ -357,7 +360,7 @@ void ChatFlowTest::screenGoneMeanwhile()
     QTRY_COMPARE(m_fixture.server().requests().size(), std::size_t(1));
     // The next screen's answer comes after the dropped one.
     FeatureFixture::replyTo("m2", "Another content");
-    const auto next = ChatState::make();
+    const auto next = ChatState::make(currentMessage());
     say(next, "two");
     QTRY_COMPARE(shown(next), QStringLiteral("[two] Hi., chat a1 t1"));
     QCOMPARE(m_fixture.sent(), (QStringList{starts(), starts("Another content"), sends("two")}));
@@ -367,8 +370,8 @@ void ChatFlowTest::screenGoneMeanwhile()
 void ChatFlowTest::twoScreensOfOneMessage()
 {
     answerSends(hi);
-    const auto one = ChatState::make();
-    const auto other = ChatState::make();
+    const auto one = ChatState::make(currentMessage());
+    const auto other = ChatState::make(currentMessage());
     QSignalSpy replaced(one.get(), &ChatState::messagesReplaced);
     QSignalSpy changed(one.get(), &ChatState::messagesChanged);
     one->loadMessages(); // nothing stored

@@ -1,4 +1,5 @@
 #include "features/ButtonStateManager.h"
+#include "features/CurrentMessage.h"
 #include "features/FeatureFixture.h"
 #include "platform/foundation/settings/UserDefaults.h"
 #include "state/AuthManager.h"
@@ -57,20 +58,15 @@ QString shown(const Manager& manager)
              manager->showToast() ? QString::fromStdString(manager->toastMessage()) : QStringLiteral("-"));
 }
 
-void begin(const Known& known)
+std::shared_ptr<const RepliedMessage> begin(const Known& known)
 {
     FeatureFixture::replyTo(known.messageId, known.content);
     AuthManager::shared().accessToken.set(known.token);
+    auto message = currentMessage();
     if (known.pasted) {
-        UserDefaults::standard().setString(known.messageId ? "Optional(\"m1\") fallbackContent" : "nil fallbackContent",
-                                           *known.pasted);
+        message->storeFallbackContent(*known.pasted);
     }
-}
-
-void pressGenerate(const Manager& manager)
-{
-    manager->setGenerateResponseLoading(true);
-    manager->requestReply();
+    return message;
 }
 
 /// The request that asks for a reply.
@@ -103,7 +99,7 @@ void ReplyFlowTest::sections()
             UserDefaults::standard().setString(key, "stored");
         }
         UserDefaults::standard().setBoolean(flag, true);
-        const auto manager = ButtonStateManager::make();
+        const auto manager = ButtonStateManager::make(currentMessage());
         QCOMPARE(shown(manager), QStringLiteral("introduction, reply: -, toast: -"));
         manager->loadStoredResponses();
         QCOMPARE(shown(manager), QString(seen) + ", toast: -");
@@ -153,11 +149,12 @@ void ReplyFlowTest::generate()
     QFETCH(const QStringList, sent);
     QFETCH(const QString, seen);
     QFETCH(const QStringList, written);
-    begin(known);
+    const auto message = begin(known);
     const QStringList before = FeatureFixture::stored();
     m_fixture.server().reply("POST /api/v1/response", reply);
-    const auto manager = ButtonStateManager::make();
-    pressGenerate(manager);
+    const auto manager = ButtonStateManager::make(message);
+    manager->generate();
+    manager->generate(); // One is under way.
     // Nothing comes of it within the call.
     QCOMPARE(shown(manager), QStringLiteral("introduction, loading, reply: -, toast: -"));
     QTRY_VERIFY(!manager->isGenerateResponseLoading());
@@ -169,10 +166,14 @@ void ReplyFlowTest::generate()
     QCOMPARE(FeatureFixture::stored(), stored);
     QVERIFY(ManualTime::pendingDelays().empty()); // no second try
     // A panel that is opened later shows what was stored.
-    const auto later = ButtonStateManager::make();
+    const auto later = ButtonStateManager::make(message);
     later->loadStoredResponses();
     QCOMPARE(later->section(), manager->section());
     QCOMPARE(later->generateResponse(), manager->generateResponse());
+    // Another message without an id has nothing of it.
+    const auto other = ButtonStateManager::make(std::make_shared<const RepliedMessage>(ReplyEmail()));
+    other->loadStoredResponses();
+    QCOMPARE(shown(other), QStringLiteral("introduction, reply: -, toast: -"));
 }
 
 void ReplyFlowTest::failedRegenerationKeepsTheReply()
@@ -180,13 +181,13 @@ void ReplyFlowTest::failedRegenerationKeepsTheReply()
     m_fixture.server().reply("POST /api/v1/response", yes);
     m_fixture.server().reply("POST /api/v1/response", TestReply{502});
     m_fixture.server().reply("POST /api/v1/response", R"({"response":"No."})");
-    const auto manager = ButtonStateManager::make();
+    const auto manager = ButtonStateManager::make(currentMessage());
     QSignalSpy sections(manager.get(), &ButtonStateManager::sectionChanged);
     QSignalSpy replies(manager.get(), &ButtonStateManager::generateResponseChanged);
     for (const char* seen : {"Yes., toast: Response generated successfully.", "Yes., toast: Server error: 502",
                              "No., toast: Response generated successfully."}) {
         manager->setShowToast(false);
-        pressGenerate(manager);
+        manager->generate();
         QTRY_VERIFY(!manager->isGenerateResponseLoading());
         QCOMPARE(shown(manager), QStringLiteral("reply section, reply: ") + seen);
     }
@@ -200,23 +201,19 @@ void ReplyFlowTest::anotherComposeSessionBegins()
 {
     m_fixture.server().reply("POST /api/v1/response", yes);
     m_fixture.server().reply("POST /api/v1/create-training-data", R"({"success":"Thanks."})");
-    const auto manager = ButtonStateManager::make();
-    pressGenerate(manager);
+    const auto manager = ButtonStateManager::make(currentMessage());
+    manager->generate();
     FeatureFixture::replyTo("m2", "Another content");
     QTRY_COMPARE(shown(manager), generated);
     QCOMPARE(FeatureFixture::stored(), (QStringList{"generateResponse m1=Yes.", "m1_generateResponse=true"}));
-
-    // The other message's text is not this one's: without one of its own there is none.
-    pressGenerate(manager);
-    QTRY_COMPARE(shown(manager), QStringLiteral("reply section, reply: Yes., toast: Message content is empty."));
-    UserDefaults::standard().setString("Optional(\"m1\") fallbackContent", "pasted");
-    pressGenerate(manager);
-    QTRY_COMPARE(shown(manager), generated);
+    // Nor does what is asked now speak of it.
     manager->setShowToast(false);
+    manager->generate();
+    QTRY_COMPARE(shown(manager), generated);
     manager->submitTrainingData();
-    QTRY_VERIFY(manager->showToast());
-    QCOMPARE(m_fixture.sent().mid(0, 2), (QStringList{asks("m1", "The content"), asks("m1", "pasted")}));
-    QVERIFY(m_fixture.sent().at(2).contains(QStringLiteral(R"("question":"pasted","answer":"Yes.")")));
+    QTRY_COMPARE(manager->toastMessage(), std::string("Success: Thanks."));
+    QCOMPARE(m_fixture.sent().mid(0, 2), QStringList(2, asks("m1", "The content")));
+    QVERIFY(m_fixture.sent().at(2).contains(QStringLiteral(R"("question":"The content","answer":"Yes.")")));
 }
 
 void ReplyFlowTest::signOutMeanwhile()
@@ -225,11 +222,11 @@ void ReplyFlowTest::signOutMeanwhile()
         m_fixture.reset();
         m_fixture.server().reply("POST /api/v1/response", reply);
         m_fixture.server().reply("POST /api/v1/create-training-data", R"({"success":"Thanks."})");
-        const auto manager = ButtonStateManager::make();
+        const auto manager = ButtonStateManager::make(currentMessage());
         {
             const auto held = m_fixture.server().hold(); // No answer comes before.
             manager->submitTrainingData();
-            pressGenerate(manager);
+            manager->generate();
             AuthManager::shared().logout();
         }
         AuthManager::shared().accessToken.set("another user's");
@@ -245,8 +242,8 @@ void ReplyFlowTest::managerGoneMeanwhile()
 {
     m_fixture.server().reply("POST /api/v1/response", yes);
     m_fixture.server().reply("POST /api/v1/create-training-data", R"({"success":"Thanks."})");
-    auto manager = ButtonStateManager::make();
-    pressGenerate(manager);
+    auto manager = ButtonStateManager::make(currentMessage());
+    manager->generate();
     manager->submitTrainingData();
     const std::weak_ptr<ButtonStateManager> weak = manager;
     manager.reset();
@@ -254,8 +251,8 @@ void ReplyFlowTest::managerGoneMeanwhile()
     QTRY_COMPARE(m_fixture.server().requests().size(), std::size_t(2));
     // The next panel's reply comes after the dropped one.
     FeatureFixture::replyTo("m2", "Another content");
-    const auto next = ButtonStateManager::make();
-    pressGenerate(next);
+    const auto next = ButtonStateManager::make(currentMessage());
+    next->generate();
     QTRY_COMPARE(shown(next), generated);
     QCOMPARE(FeatureFixture::stored(), (QStringList{"generateResponse m2=Yes.", "m2_generateResponse=true"}));
 }
@@ -268,7 +265,7 @@ void ReplyFlowTest::training()
         TestReply answer;
         const char* sent;    // question and answer
         const char* printed; // beside the body's line, its beginning; empty for nothing
-        const char* toast;   // "-" for none
+        const char* toast;
     };
     const Text none;
     const TestReply thanks{200, R"({"success":"Thanks."})"};
@@ -282,16 +279,17 @@ void ReplyFlowTest::training()
           Row{{none}, "Yes.", thanks, ordinary, noId, "Success: Thanks."},
           Row{{""}, "Yes.", thanks, ordinary, noId, "Success: Thanks."},
           Row{{}, "Yes.", {200, R"({"success":""})"}, ordinary, "", "Failed to submit training data."},
-          Row{{}, "Yes.", {500}, ordinary, "Server error: 500", "-"},
-          Row{{"m1", "caf\xe9"}, "Yes.", thanks, "", "Failed to encode JSON: ", "-"}}) {
+          Row{{}, "Yes.", {500}, ordinary, "Server error: 500", "Failed to submit training data."},
+          Row{{"m1", "caf\xe9"}, "Yes.", thanks, "", "Failed to encode JSON: ", "Failed to submit training data."}}) {
         m_fixture.reset();
-        begin(known);
+        const auto message = begin(known);
         m_fixture.server().reply("POST /api/v1/create-training-data", answer);
-        const auto manager = ButtonStateManager::make();
+        const auto manager = ButtonStateManager::make(message);
         manager->setGenerateResponse(reply);
         manager->submitTrainingData();
+        manager->submitTrainingData(); // One is under way.
         QVERIFY(!manager->showToast() && !manager->isGenerateResponseLoading());
-        QTRY_COMPARE(manager->showToast(), *toast != '-');
+        QTRY_VERIFY(manager->showToast());
         QTRY_COMPARE(m_fixture.log().lines().size(), *printed == '\0' ? 1 : 2);
         QCOMPARE(m_fixture.log().lines().filter("TRAINIG DATA BODY {\"email\":\"e@a.example\",\"question\":\"").size(),
                  1);

@@ -1,5 +1,5 @@
+#include "features/CurrentMessage.h"
 #include "features/FeatureFixture.h"
-#include "features/MessageContent.h"
 #include "features/SummarizeStateManager.h"
 #include "state/AuthManager.h"
 #include "state/SummarizeManager.h"
@@ -22,6 +22,8 @@ private Q_SLOTS:
     void storedOneIsEnough();
     void givesUpAndIsPasted();
     void userDetailsFail();
+    void addressOfTheRefresh();
+    void pastedText();
     void anotherSessionBegins();
     void signOutMeanwhile();
     void panelGoneMeanwhile();
@@ -76,9 +78,6 @@ void SummaryFlowTest::init()
 {
     m_fixture.reset();
     m_fixture.server().reply("GET /api/v1/me", R"({"email":"e@a.example","name":"A"})");
-    SummarizeManager::shared().requestFailed = false;
-    SummarizeManager::shared().responses.set({});
-    SummarizeManager::shared().fallbackSummarizeContent.set("");
 }
 
 void SummaryFlowTest::automatic()
@@ -109,29 +108,23 @@ void SummaryFlowTest::automatic()
               good,
               once,
               "result Short., /: Short.",
-              {"_summarize=true", "nil fallbackContent=The content", "summarizeResponse compose=Short."}},
-          Row{"m1",
-              no,
-              "token",
-              good,
-              {asks("pasted")},
-              "result Short., m1/m1: Short.",
-              {"Optional(\"m1\") fallbackContent=pasted", "m1_summarize=true", "summarizeResponse m1=Short."}},
-          Row{"m1", "The content", "token", none, once, "nothing", {kept}},
-          Row{"m1", "The content", no, good, {}, "nothing, m1/m1: old", {kept}}}) {
+              {"_summarize=true", "nil fallbackContent=The content"}},
+          Row{"m1", no, "token", good, {}, "editor, m1/m1: old", {}},
+          Row{"m1", "", "token", good, {}, "editor, m1/m1: old", {}},
+          Row{"m1", "The content", "token", none, once, "editor", {kept}},
+          Row{"m1", "The content", no, good, {}, "editor, m1/m1: old", {kept}}}) {
         init();
         FeatureFixture::replyTo(messageId, content);
         AuthManager::shared().accessToken.set(token);
-        SummarizeManager::shared().fallbackSummarizeContent.set("pasted");
         if (messageId) {
             SummarizeManager::shared().responses.set({{"m1", {"m1", "old"}}});
         }
         answer(reply);
-        const auto manager = SummarizeStateManager::make();
+        const auto manager = SummarizeStateManager::make(currentMessage());
         QCOMPARE(manager->section(), SummarizeStateManager::Section::Nothing);
         manager->summarize();
         manager->summarize(); // One is under way.
-        QCOMPARE(manager->section(), SummarizeStateManager::Section::Spinner);
+        QCOMPARE(manager->isSummarizeLoading(), !content.value_or("").empty());
         QTRY_VERIFY(!manager->isSummarizeLoading());
         QCOMPARE(shown(manager), QString(seen));
         QCOMPARE(asked(), sent);
@@ -143,20 +136,18 @@ void SummaryFlowTest::automatic()
 void SummaryFlowTest::storedOneIsEnough()
 {
     answer(good);
-    const auto first = SummarizeStateManager::make();
+    const auto first = SummarizeStateManager::make(currentMessage());
     first->summarize();
     QTRY_VERIFY(!first->isSummarizeLoading());
     first->summarize();
-    SummarizeManager::shared().requestFailed = true; // Nobody asks for the editor while there is a summary.
-    const auto second = SummarizeStateManager::make();
-    QCOMPARE(second->section(), SummarizeStateManager::Section::FallbackEditor);
+    const auto second = SummarizeStateManager::make(currentMessage());
     second->loadStoredSummary();
     second->summarize();
     QCOMPARE(shown(second), QStringLiteral("result Short., m1/m1: Short."));
     QVERIFY(!second->isSummarizeLoading());
     QCOMPARE(asked().size(), 1);
     FeatureFixture::replyTo("m2", "Another content");
-    const auto other = SummarizeStateManager::make();
+    const auto other = SummarizeStateManager::make(currentMessage());
     other->loadStoredSummary();
     QCOMPARE(other->summarizeResponse(), Text());
 }
@@ -164,24 +155,35 @@ void SummaryFlowTest::storedOneIsEnough()
 void SummaryFlowTest::givesUpAndIsPasted()
 {
     answer(TestReply{500});
-    const auto manager = SummarizeStateManager::make();
+    const auto manager = SummarizeStateManager::make(currentMessage());
     manager->summarize();
     passRetries(3);
     QTRY_VERIFY(!manager->isSummarizeLoading());
     QCOMPARE(shown(manager), QStringLiteral("editor"));
+    QCOMPARE(FeatureFixture::stored(), QStringList{"Optional(\"m1\") fallbackContent=The content"});
+    // What is pasted goes in the place of the message, and stays; a new request begins without the editor.
+    currentMessage()->storeFallbackContent("pasted");
     const QStringList kept = FeatureFixture::stored();
-    QCOMPARE(kept, QStringList{"Optional(\"m1\") fallbackContent=The content"});
+    manager->summarize();
+    QCOMPARE(shown(manager), QStringLiteral("spinner"));
+    passRetries(3);
+    QTRY_VERIFY(!manager->isSummarizeLoading());
 
     m_fixture.server().reset();
     m_fixture.server().reply("GET /api/v1/me", R"({"email":"e@a.example","name":"A"})");
     answer(none);
     answer(good);
     m_fixture.log().take();
+    QStringList failures;
+    connect(manager.get(), &SummarizeStateManager::fallbackFailed, this,
+            [&failures](const QString& reason) { failures.append(reason); });
     manager->summarizeFallback();
+    manager->summarizeFallback(); // One is under way.
     QVERIFY(manager->isSummarizeLoading());
     QTRY_VERIFY(!manager->isSummarizeLoading());
     QCOMPARE(shown(manager), QStringLiteral("editor"));
     QCOMPARE(m_fixture.log().take().last(), QStringLiteral("Failed to summarize."));
+    QCOMPARE(failures, QStringList{"Failed to summarize."});
     manager->summarizeFallback();
     QTRY_COMPARE(shown(manager), QStringLiteral("result Short., m1/m1: Short."));
     QVERIFY(!manager->isSummarizeLoading());
@@ -189,52 +191,108 @@ void SummaryFlowTest::givesUpAndIsPasted()
         QStringLiteral(R"(Summarization successful: SummarizedResponse(messageId: "m1", response: "Short."))");
     QCOMPARE(m_fixture.log().lines().last(), told);
     QCOMPARE(FeatureFixture::stored(), kept); // shown, not stored
+    QCOMPARE(asked(), (QStringList{asks("pasted"), asks("pasted")}));
 }
 
 void SummaryFlowTest::userDetailsFail()
 {
-    m_fixture.server().reset();
-    m_fixture.server().reply("GET /api/v1/me", TestReply{401, R"({"error":"no"})"});
-    const auto manager = SummarizeStateManager::make();
+    struct Row {
+        TestReply reply;
+        const char* seen;
+        Text tokenAfter;
+        const char* refused; // Whose token.
+    };
+    const TestReply refusal{401, R"({"error":"no"})"};
+    for (const auto& [reply, seen, tokenAfter, refused] :
+         {Row{{500}, "editor", "token", "token"}, Row{refusal, "nothing", Text(), "token"},
+          Row{refusal, "editor", "a newer token", "a newer token"}}) {
+        m_fixture.reset();
+        currentMessage()->storeFallbackContent("pasted");
+        m_fixture.server().reply("GET /api/v1/me", reply);
+        const auto manager = SummarizeStateManager::make(currentMessage());
+        {
+            const auto held = m_fixture.server().hold();
+            manager->summarize();
+            AuthManager::shared().accessToken.set(refused);
+        }
+        QTRY_VERIFY(!manager->isSummarizeLoading());
+        QCOMPARE(shown(manager), QString(seen));
+        QCOMPARE(AuthManager::shared().accessToken.get(), tokenAfter);
+        QCOMPARE(FeatureFixture::stored(), QStringList{"Optional(\"m1\") fallbackContent=pasted"});
+        QCOMPARE(asked(), QStringList());
+    }
+}
+
+void SummaryFlowTest::addressOfTheRefresh()
+{
+    answer(good);
+    UserDetailsManager::shared().setEmail("");
+    const auto manager = SummarizeStateManager::make(currentMessage());
     manager->summarize();
-    QTRY_COMPARE(m_fixture.log().lines().last(), QStringLiteral("Email or name not found in response"));
-    MainSchedule::shared().drain();
-    QCOMPARE(shown(manager), QStringLiteral("spinner")); // goes on spinning
+    QTRY_COMPARE(asked(), QStringList{asks("The content")});
+}
+
+void SummaryFlowTest::pastedText()
+{
+    struct Row {
+        Text content;
+        Text kept;
+        QStringList sent;
+    };
+    for (const auto& [content, kept, sent] :
+         {Row{"The content", "pasted", {asks("pasted")}}, Row{"The content", "", {asks("The content")}},
+          Row{"The content", Text(), {asks("The content")}}, Row{Text(), "pasted", {asks("pasted")}},
+          Row{"", Text(), {}}}) {
+        for (const Text& messageId : {Text("m1"), Text()}) {
+            init();
+            answer(good);
+            // Of another message without an id.
+            RepliedMessage(ReplyEmail()).storeFallbackContent("somebody else's");
+            FeatureFixture::replyTo(messageId, content);
+            const auto message = currentMessage();
+            if (kept) {
+                message->storeFallbackContent(*kept);
+            }
+            const auto manager = SummarizeStateManager::make(message);
+            manager->summarizeFallback();
+            QCOMPARE(manager->isSummarizeLoading(), !sent.empty());
+            QTRY_VERIFY(!manager->isSummarizeLoading());
+            QCOMPARE(asked(), sent);
+            QCOMPARE(message->fallbackContent(), kept);
+            AuthManager::shared().logout();
+            QCOMPARE(message->fallbackContent(), Text());
+        }
+    }
 }
 
 void SummaryFlowTest::anotherSessionBegins()
 {
     answer(TestReply{500});
     answer(good);
-    const auto manager = SummarizeStateManager::make();
+    const auto manager = SummarizeStateManager::make(currentMessage());
     manager->summarize();
     QTRY_COMPARE(ManualTime::pendingDelays().size(), std::size_t(1));
     FeatureFixture::replyTo("m2", "Another content");
     passRetries(1);
     QTRY_COMPARE(shown(manager), QStringLiteral("result Short., m1/m1: Short."));
-    // What is pasted in the panel of one message is not sent for the other.
-    storeFallbackContent("m1", "pasted for m1");
-    SummarizeManager::shared().fallbackSummarizeContent.set("pasted for m2");
-    manager->summarizeFallback();
-    QTRY_VERIFY(!manager->isSummarizeLoading());
-    QCOMPARE(asked(), (QStringList{asks("The content"), asks("The content"), asks("pasted for m1")}));
-    QCOMPARE(FeatureFixture::stored(), (QStringList{"Optional(\"m1\") fallbackContent=pasted for m1",
-                                                    "m1_summarize=true", "summarizeResponse m1=Short."}));
+    QCOMPARE(asked(), (QStringList{asks("The content"), asks("The content")}));
 }
 
 void SummaryFlowTest::signOutMeanwhile()
 {
     answer(TestReply{500});
     answer(good);
-    const auto manager = SummarizeStateManager::make();
+    const auto manager = SummarizeStateManager::make(currentMessage());
     manager->summarize();
     QTRY_COMPARE(ManualTime::pendingDelays().size(), std::size_t(1));
-    const auto fallback = SummarizeStateManager::make();
+    const auto fallback = SummarizeStateManager::make(currentMessage());
     fallback->summarizeFallback();
     AuthManager::shared().logout();
     m_fixture.log().take();
+    const auto askedBefore = asked().size();
     passRetries(1);
     QTRY_VERIFY(!manager->isSummarizeLoading() && !fallback->isSummarizeLoading());
+    QVERIFY(asked().size() <= askedBefore); // Neither the retry nor what waited for the details.
     QCOMPARE(manager->summarizeResponse(), Text());
     QCOMPARE(fallback->summarizeResponse(), Text());
     QCOMPARE(FeatureFixture::stored(), QStringList());
@@ -245,7 +303,7 @@ void SummaryFlowTest::panelGoneMeanwhile()
 {
     answer(TestReply{500});
     answer(good);
-    auto manager = SummarizeStateManager::make();
+    auto manager = SummarizeStateManager::make(currentMessage());
     manager->summarize();
     QTRY_COMPARE(ManualTime::pendingDelays().size(), std::size_t(1));
     const std::weak_ptr<SummarizeStateManager> weak = manager;
@@ -257,7 +315,7 @@ void SummaryFlowTest::panelGoneMeanwhile()
     MainSchedule::shared().drain();
     QCOMPARE(FeatureFixture::stored(), QStringList{"Optional(\"m1\") fallbackContent=The content"});
     // The editor's request keeps its panel's state until it is done.
-    manager = SummarizeStateManager::make();
+    manager = SummarizeStateManager::make(currentMessage());
     manager->summarizeFallback();
     const std::weak_ptr<SummarizeStateManager> kept = manager;
     manager.reset();

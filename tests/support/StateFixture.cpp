@@ -25,19 +25,14 @@ void StateFixture::reset()
     m_server.dropConnections();
     MainSchedule::shared().clear();
     m_server.reset();
-    AuthManager::shared().accessToken.set(std::nullopt);
-    UserDetailsManager::shared().setEmail("");
-    UserDetailsManager::shared().name.set(std::nullopt);
+    AuthManager::shared().logout();
     ReplyEmailManager::shared().update([](ReplyEmail& record) { record = {}; });
-    SummarizeManager::shared().requestFailed = false;
     SummarizeManager::shared().responses.set({});
-    SummarizeManager::shared().fallbackSummarizeContent.set("");
     StartChatManager::shared().assistantId.set(std::nullopt);
     StartChatManager::shared().threadId.set(std::nullopt);
     IncommingUpdatesManager::shared().setIncommingUpdatesAvailable(false);
     IncommingUpdatesManager::shared().updateUrl.set(std::nullopt);
     IncommingUpdatesManager::shared().newVersion.set(std::nullopt);
-    clearSettingsStore();
     m_log.take();
 }
 

@@ -1,5 +1,6 @@
 #include "features/ChatErrorMessage.h"
 #include "features/MessageHistory.h"
+#include "features/RepliedMessage.h"
 #include "platform/foundation/schedule/MainOwned.h"
 #include "platform/foundation/settings/UserDefaults.h"
 #include "support/TestProgram.h"
@@ -18,7 +19,7 @@ using namespace quillmate;
 namespace
 {
 
-const std::string key = "reply compose";
+const std::string key = "reply m1";
 
 void store(const std::vector<std::string>& conversation)
 {
@@ -63,7 +64,9 @@ private:
     {
         m_fixture.close(); // Which keeps what was said there.
         store(conversation);
-        m_state = makeMainOwned<ChatViewState>();
+        ReplyEmail record;
+        record.messageId = "m1";
+        m_state = makeMainOwned<ChatViewState>(std::make_shared<const RepliedMessage>(std::move(record)));
         m_fixture.window().resize(size);
         m_fixture.show(hostedViewOf(QStringLiteral("ChatView"), m_state));
         QTest::qWait(0); // A turn of the loop, in which the list lays itself out.

@@ -1,3 +1,4 @@
+#include "features/CurrentMessage.h"
 #include "platform/foundation/settings/UserDefaults.h"
 #include "state/AuthManager.h"
 #include "support/TestProgram.h"
@@ -20,7 +21,7 @@ private:
 
     void show()
     {
-        m_fixture.show(LoginViewState::makeView([this] { ++m_taps; }));
+        m_fixture.show(LoginViewState::makeView(*currentMessage(), [this] { ++m_taps; }));
         QCOMPARE(m_fixture.log().take(), QStringList{shownLine});
     }
     /// The chosen segments of the menu's picker.

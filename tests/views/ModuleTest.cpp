@@ -1,3 +1,4 @@
+#include "features/CurrentMessage.h"
 #include "platform/appkit/ViewEngine.h"
 #include "support/TestProgram.h"
 #include "views/ViewFixture.h"
@@ -53,8 +54,8 @@ private:
     }
 
     ViewFixture m_fixture;
-    LoginViewState m_login{[] {}};
-    SessionTabsViewState m_tabs{nullptr};
+    LoginViewState m_login{*currentMessage(), [] {}};
+    SessionTabsViewState m_tabs{currentMessage(), nullptr};
 
 private Q_SLOTS:
     void init() { m_fixture.reset(); }

@@ -1,7 +1,6 @@
+#include "features/CurrentMessage.h"
 #include "platform/foundation/settings/UserDefaults.h"
 #include "state/AuthManager.h"
-#include "state/ReplyEmailManager.h"
-#include "state/SummarizeManager.h"
 #include "support/TestProgram.h"
 #include "views/ViewFixture.h"
 #include "views/ViewTestApplication.h"
@@ -22,7 +21,7 @@ private:
     const QString quick = QStringLiteral("Quick response");
     const QString custom = QStringLiteral("Custom interactive response");
 
-    void show() { m_fixture.show(SessionTabsViewState::makeView(nullptr)); }
+    void show() { m_fixture.show(SessionTabsViewState::makeView(currentMessage(), nullptr)); }
 
     ViewFixture m_fixture;
 
@@ -50,8 +49,8 @@ private Q_SLOTS:
             record.subject = message ? std::optional<std::string>("") : std::nullopt;
         });
         for (const char* screen : {"content", "sessionModalView"}) {
-            m_fixture.show(screen == QByteArray("content") ? LoginViewState::makeView([] {})
-                                                           : SessionTabsViewState::makeView(nullptr));
+            m_fixture.show(screen == QByteArray("content") ? LoginViewState::makeView(*currentMessage(), [] {})
+                                                           : SessionTabsViewState::makeView(currentMessage(), nullptr));
             m_fixture.shown()->setSize(window);
             const QPointF corner((window.width() - content.width()) / 2.0, (window.height() - content.height()) / 2.0);
             QCOMPARE(m_fixture.placeOf(screen), QRectF(corner, content));
@@ -102,10 +101,11 @@ private Q_SLOTS:
 
     void fallbackEditor()
     {
-        ViewFixture::replyTo("m1", "The content");
-        SummarizeManager::shared().requestFailed = true;
+        ViewFixture::replyTo("m1", std::nullopt);
         UserDefaults::standard().setString("Optional(\"m1\") fallbackContent", "<i>sent</i>");
-        show();
+        AuthManager::shared().accessToken.set("token");
+        show(); // Nothing to summarise: the editor comes at once.
+        AuthManager::shared().accessToken.set(std::nullopt);
         QVERIFY(m_fixture.accessible(QAccessible::EditableText, QStringLiteral("Email content")));
         for (const char* line : {"Email content cannot be loaded!", "Please copy the content and send it manually"}) {
             QVERIFY2(m_fixture.accessible(QAccessible::StaticText, QString::fromLatin1(line)), line);

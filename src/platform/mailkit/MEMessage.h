@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/SharedText.h"
+
 #include <map>
 #include <memory>
 #include <optional>
@@ -22,7 +24,7 @@ struct MEMessage {
     using Headers = std::map<std::string, std::vector<std::string>>;
 
     /// The whole message source, bare line feeds, any bytes; absent when the host does not have it at hand.
-    std::optional<std::string> rawData;
+    std::optional<SharedText> rawData;
     /// Decoded subject, UTF-8, empty when the message has none.
     std::string subject;
     MEEmailAddress fromAddress;

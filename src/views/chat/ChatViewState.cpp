@@ -1,6 +1,7 @@
 #include "views/chat/ChatViewState.h"
 
 #include "features/ChatErrorMessage.h"
+#include "features/RepliedMessage.h"
 #include "platform/foundation/schedule/MainOwned.h"
 #include "views/HostedViewOf.h"
 #include "views/widgets/Clipboard.h"
@@ -11,8 +12,8 @@
 namespace quillmate
 {
 
-ChatViewState::ChatViewState()
-    : m_chat(ChatState::make())
+ChatViewState::ChatViewState(std::shared_ptr<const RepliedMessage> message)
+    : m_chat(ChatState::make(std::move(message)))
     , m_messages(m_chat)
 {
     const ChatState* source = m_chat.get();
@@ -32,7 +33,7 @@ ChatViewState::~ChatViewState()
 
 HostedView ChatViewState::makeContentView()
 {
-    return hostedViewOf(QStringLiteral("ChatContentView"), makeMainOwned<ChatViewState>());
+    return hostedViewOf(QStringLiteral("ChatContentView"), makeMainOwned<ChatViewState>(RepliedMessage::none()));
 }
 
 QString ChatViewState::chatErrorMessage()

@@ -12,6 +12,7 @@ namespace quillmate
 {
 
 struct HostedView;
+class RepliedMessage;
 
 /// The chat screen's state. Main thread only.
 class ChatViewState : public QObject
@@ -27,7 +28,8 @@ class ChatViewState : public QObject
     Q_PROPERTY(int errorRow READ errorRow NOTIFY errorChanged)
 
 public:
-    ChatViewState();
+    /// The chat about a message.
+    explicit ChatViewState(std::shared_ptr<const RepliedMessage> message);
     ~ChatViewState() override;
 
     /// The stand-alone chat with a new state.

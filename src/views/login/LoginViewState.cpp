@@ -10,15 +10,16 @@
 namespace quillmate
 {
 
-LoginViewState::LoginViewState(std::function<void()> onLoginButtonTap)
+LoginViewState::LoginViewState(const RepliedMessage& message, std::function<void()> onLoginButtonTap)
     : m_onLoginButtonTap(std::move(onLoginButtonTap))
-    , m_customHeight(panelHeight())
+    , m_customHeight(panelHeight(message))
 {
 }
 
-HostedView LoginViewState::makeView(std::function<void()> onLoginButtonTap)
+HostedView LoginViewState::makeView(const RepliedMessage& message, std::function<void()> onLoginButtonTap)
 {
-    return hostedViewOf(QStringLiteral("LoginView"), makeMainOwned<LoginViewState>(std::move(onLoginButtonTap)));
+    return hostedViewOf(QStringLiteral("LoginView"),
+                        makeMainOwned<LoginViewState>(message, std::move(onLoginButtonTap)));
 }
 
 void LoginViewState::appeared()

@@ -12,6 +12,7 @@ namespace quillmate
 {
 
 struct HostedView;
+class RepliedMessage;
 
 /// The sign-in screen's state. Main thread only.
 class LoginViewState : public QObject
@@ -24,10 +25,10 @@ class LoginViewState : public QObject
     Q_PROPERTY(int customHeight READ customHeight CONSTANT)
 
 public:
-    explicit LoginViewState(std::function<void()> onLoginButtonTap);
+    LoginViewState(const RepliedMessage& message, std::function<void()> onLoginButtonTap);
 
-    /// The screen with a new state; pressing its button runs `onLoginButtonTap`.
-    static HostedView makeView(std::function<void()> onLoginButtonTap);
+    /// The screen of a message's panel with a new state; pressing its button runs `onLoginButtonTap`.
+    static HostedView makeView(const RepliedMessage& message, std::function<void()> onLoginButtonTap);
 
     [[nodiscard]] DeveloperMenuState* developerMenu() { return &m_developerMenu; }
     [[nodiscard]] int customHeight() const { return m_customHeight; }

@@ -71,8 +71,6 @@ ColumnLayout {
                 id: input
 
                 objectName: "fallbackInput"
-                placeholderText: editor.viewState.textareaHint
-                placeholderTextColor: Theme.secondary
                 textFormat: TextEdit.PlainText
                 wrapMode: TextEdit.Wrap
                 selectByMouse: true
@@ -82,10 +80,31 @@ ColumnLayout {
                 font.pixelSize: Theme.body
                 background: null
                 Accessible.name: "Email content"
+                Accessible.description: hint.text
                 KeyNavigation.priority: KeyNavigation.BeforeItem
                 KeyNavigation.tab: summarizeButton
                 onTextChanged: if (!editor.loading) editor.viewState.textareaInput = text
+
+                // The control's own placeholder knows one line only.
+                Text {
+                    id: hint
+
+                    x: input.leftPadding
+                    y: input.topPadding
+                    width: input.width - input.leftPadding - input.rightPadding
+                    objectName: "fallbackHint"
+                    visible: input.length === 0 && input.preeditText === ""
+                    text: editor.viewState.textareaHint
+                    color: Theme.secondary
+                    font: input.font
+                    wrapMode: Text.Wrap
+                }
             }
+        }
+        LoadingOverlay {
+            anchors.fill: parent
+            objectName: "fallbackLoading"
+            shown: editor.viewState.isSummarizing
         }
     }
     SessionButton {

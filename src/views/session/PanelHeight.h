@@ -1,14 +1,14 @@
 #pragma once
 
-#include "state/ReplyEmailManager.h"
+#include "features/RepliedMessage.h"
 
 namespace quillmate
 {
 
 /// The least height of the panel and of the sign-in screen, in points: more when there is a message to summarise.
-inline int panelHeight()
+inline int panelHeight(const RepliedMessage& message)
 {
-    return ReplyEmailManager::shared().hasSubject() ? 550 : 400;
+    return message.hasSubject() ? 550 : 400;
 }
 
 } // namespace quillmate

@@ -29,10 +29,8 @@ ReplySectionState::ReplySectionState(std::shared_ptr<ButtonStateManager> manager
         m_toast = ShownText::of(m_manager->toastMessage());
         Q_EMIT toastMessageChanged();
     });
-    connect(source, &ButtonStateManager::showToastChanged, this, [this] {
-        hideToastLater();
-        Q_EMIT showToastChanged();
-    });
+    connect(source, &ButtonStateManager::showToastChanged, this, &ReplySectionState::showToastChanged);
+    connect(source, &ButtonStateManager::announced, this, &ReplySectionState::hideToastLater);
 }
 
 void ReplySectionState::takeReply()
@@ -43,13 +41,10 @@ void ReplySectionState::takeReply()
 
 void ReplySectionState::hideToastLater()
 {
-    if (!m_manager->showToast()) {
-        return;
-    }
-    // Once per appearance: what is announced while a toast stands goes with it.
-    DispatchQueue::main().asyncAfter(toastSeconds, [weak = std::weak_ptr(m_manager)] {
-        if (const auto manager = weak.lock()) {
-            manager->setShowToast(false);
+    // A newer toast stands its own time.
+    DispatchQueue::main().asyncAfter(toastSeconds, [self = QPointer<ReplySectionState>(this), toast = ++m_toasts] {
+        if (self && self->m_toasts == toast) {
+            self->m_manager->setShowToast(false);
         }
     });
 }
@@ -63,8 +58,7 @@ void ReplySectionState::setShowTooltip(bool show)
 
 void ReplySectionState::generateClicked()
 {
-    m_manager->setGenerateResponseLoading(true);
-    m_manager->requestReply();
+    m_manager->generate();
 }
 
 void ReplySectionState::submitClicked()

@@ -61,6 +61,7 @@ private:
     ShownText m_reply;
     ShownText m_toast;
     bool m_showTooltip = false;
+    unsigned m_toasts = 0; // Announced so far.
 };
 
 } // namespace quillmate

@@ -1,10 +1,8 @@
 #include "views/session/SessionModalViewState.h"
 
-#include "features/MessageContent.h"
+#include "features/RepliedMessage.h"
 #include "platform/foundation/text/print.h"
 #include "state/AuthManager.h"
-#include "state/ReplyEmailManager.h"
-#include "state/SummarizeManager.h"
 #include "views/widgets/Clipboard.h"
 
 #include <utility>
@@ -19,17 +17,23 @@ constexpr std::size_t longestShown = 256UL * 1024;
 
 } // namespace
 
-SessionModalViewState::SessionModalViewState(std::shared_ptr<ButtonStateManager> buttonStateManager,
+SessionModalViewState::SessionModalViewState(std::shared_ptr<const RepliedMessage> message,
+                                             std::shared_ptr<ButtonStateManager> buttonStateManager,
                                              std::shared_ptr<SummarizeStateManager> summarizeStateManager,
                                              DeveloperMenuState& developerMenu, QObject* parent)
     : QObject(parent)
+    , m_message(message)
     , m_summarizeStateManager(std::move(summarizeStateManager))
     , m_developerMenu(developerMenu)
-    , m_hasSummarySection(ReplyEmailManager::shared().hasSubject())
-    , m_reply(std::move(buttonStateManager))
+    , m_reply(buttonStateManager)
+    , m_chat(std::move(message))
 {
     takeSummary();
-    take(SummarizeManager::shared().fallbackSummarizeContent.get());
+    connect(m_summarizeStateManager.get(), &SummarizeStateManager::isSummarizeLoadingChanged, this,
+            &SessionModalViewState::isSummarizingChanged);
+    connect(
+        m_summarizeStateManager.get(), &SummarizeStateManager::fallbackFailed, this,
+        [manager = std::move(buttonStateManager)](const QString& reason) { manager->announce(reason.toStdString()); });
     connect(m_summarizeStateManager.get(), &SummarizeStateManager::sectionChanged, this,
             &SessionModalViewState::summaryChanged);
     connect(m_summarizeStateManager.get(), &SummarizeStateManager::summarizeResponseChanged, this,
@@ -64,25 +68,26 @@ void SessionModalViewState::setTextareaInput(const QString& text)
     }
     m_textareaInput = text;
     m_hiddenBytes = 0;
-    const std::string content = text.toStdString();
-    SummarizeManager::shared().fallbackSummarizeContent.set(content);
-    storeFallbackContent(m_summarizeStateManager->messageId(), content);
+    m_message->storeFallbackContent(text.toStdString());
     Q_EMIT textareaInputChanged();
+}
+
+bool SessionModalViewState::hasSummarySection() const
+{
+    return m_message->hasSubject();
 }
 
 void SessionModalViewState::summarySectionAppeared()
 {
     const bool signedIn = AuthManager::shared().accessToken.with([](const auto& token) { return token.has_value(); });
-    if (m_hasSummarySection && signedIn) {
+    if (hasSummarySection() && signedIn) {
         m_summarizeStateManager->summarize();
     }
 }
 
 void SessionModalViewState::fallbackEditorAppeared()
 {
-    const std::string content = loadFallbackContent(m_summarizeStateManager->messageId()).value_or("");
-    SummarizeManager::shared().fallbackSummarizeContent.set(content);
-    take(content);
+    take(m_message->fallbackContent().value_or(""));
     Q_EMIT textareaInputChanged();
 }
 
@@ -96,7 +101,10 @@ void SessionModalViewState::take(const std::string& content)
 QString SessionModalViewState::textareaHint() const
 {
     if (m_hiddenBytes == 0) {
-        return {};
+        return m_message->hasContent()
+                   ? QStringLiteral(
+                         "\"Summarize\" sends the original message; what you paste here is sent in its place.")
+                   : QStringLiteral("Paste the text of the message here; \"Summarize\" sends it.");
     }
     return QStringLiteral(
                "This message is too long to be shown here (%1 MB). \"Summarize\" sends it as it is; what you paste "

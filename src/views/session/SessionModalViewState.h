@@ -13,6 +13,8 @@
 namespace quillmate
 {
 
+class RepliedMessage;
+
 /// The panel body's state. Main thread only.
 class SessionModalViewState : public QObject
 {
@@ -23,6 +25,8 @@ class SessionModalViewState : public QObject
     Q_PROPERTY(QString summaryText READ summaryText NOTIFY summaryTextChanged)
     /// Says so when only a part of the summary is shown.
     Q_PROPERTY(QString summaryNote READ summaryNote NOTIFY summaryTextChanged)
+    /// A summary that the person asked for is under way.
+    Q_PROPERTY(bool isSummarizing READ isSummarizing NOTIFY isSummarizingChanged)
     Q_PROPERTY(quillmate::DeveloperMenuState* developerMenu READ developerMenu CONSTANT)
     Q_PROPERTY(quillmate::ReplySectionState* reply READ reply CONSTANT)
     Q_PROPERTY(quillmate::ChatViewState* chat READ chat CONSTANT)
@@ -30,7 +34,7 @@ class SessionModalViewState : public QObject
     Q_PROPERTY(bool hasSummarySection READ hasSummarySection CONSTANT)
     /// What the fallback editor shows.
     Q_PROPERTY(QString textareaInput READ textareaInput WRITE setTextareaInput NOTIFY textareaInputChanged)
-    /// Stands in the empty editor; says so when the kept text is too long to be shown.
+    /// Stands in the empty editor: what "Summarize" sends.
     Q_PROPERTY(QString textareaHint READ textareaHint NOTIFY textareaInputChanged)
 
 public:
@@ -38,17 +42,19 @@ public:
     enum class Summary { Nothing, Result, FallbackEditor, Spinner };
     Q_ENUM(Summary)
 
-    SessionModalViewState(std::shared_ptr<ButtonStateManager> buttonStateManager,
+    SessionModalViewState(std::shared_ptr<const RepliedMessage> message,
+                          std::shared_ptr<ButtonStateManager> buttonStateManager,
                           std::shared_ptr<SummarizeStateManager> summarizeStateManager,
                           DeveloperMenuState& developerMenu, QObject* parent);
 
     [[nodiscard]] Summary summary() const;
     [[nodiscard]] QString summaryText() const { return m_summary.text; }
     [[nodiscard]] QString summaryNote() const { return m_summary.note; }
+    [[nodiscard]] bool isSummarizing() const { return m_summarizeStateManager->isSummarizeLoading(); }
     [[nodiscard]] DeveloperMenuState* developerMenu() const { return &m_developerMenu; }
     [[nodiscard]] ReplySectionState* reply() { return &m_reply; }
     [[nodiscard]] ChatViewState* chat() { return &m_chat; }
-    [[nodiscard]] bool hasSummarySection() const { return m_hasSummarySection; }
+    [[nodiscard]] bool hasSummarySection() const;
     [[nodiscard]] QString textareaInput() const { return m_textareaInput; }
     [[nodiscard]] QString textareaHint() const;
     /// An edit: keeps the text for this message.
@@ -64,6 +70,7 @@ public:
 Q_SIGNALS:
     void summaryChanged();
     void summaryTextChanged();
+    void isSummarizingChanged();
     void textareaInputChanged();
 
 private:
@@ -71,9 +78,9 @@ private:
     void take(const std::string& content);
     void takeSummary();
 
-    std::shared_ptr<SummarizeStateManager> m_summarizeStateManager;
+    const std::shared_ptr<const RepliedMessage> m_message;
+    const std::shared_ptr<SummarizeStateManager> m_summarizeStateManager;
     DeveloperMenuState& m_developerMenu;
-    const bool m_hasSummarySection;
     ReplySectionState m_reply;
     ChatViewState m_chat;
     ShownText m_summary;

@@ -15,20 +15,23 @@
 namespace quillmate
 {
 
-SessionTabsViewState::SessionTabsViewState(std::shared_ptr<void> coordinator)
+SessionTabsViewState::SessionTabsViewState(const std::shared_ptr<const RepliedMessage>& message,
+                                           std::shared_ptr<void> coordinator)
     : m_coordinator(std::move(coordinator))
-    , m_customHeight(panelHeight())
-    , m_buttonStateManager(ButtonStateManager::make())
-    , m_summarizeStateManager(SummarizeStateManager::make())
-    , m_modal(m_buttonStateManager, m_summarizeStateManager, m_developerMenu, nullptr)
+    , m_customHeight(panelHeight(*message))
+    , m_buttonStateManager(ButtonStateManager::make(message))
+    , m_summarizeStateManager(SummarizeStateManager::make(message))
+    , m_modal(message, m_buttonStateManager, m_summarizeStateManager, m_developerMenu, nullptr)
 {
     connect(&IncommingUpdatesManager::shared(), &IncommingUpdatesManager::incommingUpdatesAvailableChanged, this,
             &SessionTabsViewState::incommingUpdatesAvailableChanged);
 }
 
-HostedView SessionTabsViewState::makeView(std::shared_ptr<void> coordinator)
+HostedView SessionTabsViewState::makeView(const std::shared_ptr<const RepliedMessage>& message,
+                                          std::shared_ptr<void> coordinator)
 {
-    return hostedViewOf(QStringLiteral("SessionTabsView"), makeMainOwned<SessionTabsViewState>(std::move(coordinator)));
+    return hostedViewOf(QStringLiteral("SessionTabsView"),
+                        makeMainOwned<SessionTabsViewState>(message, std::move(coordinator)));
 }
 
 void SessionTabsViewState::appeared()

@@ -12,6 +12,7 @@ namespace quillmate
 {
 
 struct HostedView;
+class RepliedMessage;
 
 /// The session panel's state: owns what its parts share. Main thread only.
 class SessionTabsViewState : public QObject
@@ -26,11 +27,11 @@ class SessionTabsViewState : public QObject
     Q_PROPERTY(bool incommingUpdatesAvailable READ incommingUpdatesAvailable NOTIFY incommingUpdatesAvailableChanged)
 
 public:
-    /// `coordinator` is kept as long as the panel.
-    explicit SessionTabsViewState(std::shared_ptr<void> coordinator);
+    /// The panel about a message. `coordinator` is kept as long as the panel.
+    SessionTabsViewState(const std::shared_ptr<const RepliedMessage>& message, std::shared_ptr<void> coordinator);
 
     /// The panel with a new state.
-    static HostedView makeView(std::shared_ptr<void> coordinator);
+    static HostedView makeView(const std::shared_ptr<const RepliedMessage>& message, std::shared_ptr<void> coordinator);
 
     [[nodiscard]] SessionModalViewState* modal() { return &m_modal; }
     [[nodiscard]] int customHeight() const { return m_customHeight; }

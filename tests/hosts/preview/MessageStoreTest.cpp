@@ -30,7 +30,7 @@ QStringList subjects(const MessageEntries& entries)
 QByteArray loaded(const MessageEntry& entry)
 {
     const auto document = loadMessage(entry.location);
-    return document ? QByteArray::fromStdString(*document.value().message->rawData) : QByteArray("(failed)");
+    return document ? QByteArray::fromStdString(document.value().message->rawData->copy()) : QByteArray("(failed)");
 }
 
 } // namespace

@@ -1,0 +1,84 @@
+#include "features/RepliedMessage.h"
+
+#include "platform/foundation/settings/UserDefaults.h"
+#include "state/SettingsKeys.h"
+
+#include <utility>
+
+namespace quillmate
+{
+
+std::optional<std::string> RepliedMessage::fallbackContent() const
+{
+    return string(SettingsKeys::fallbackContent(messageId()));
+}
+
+void RepliedMessage::storeFallbackContent(const SharedText& text) const
+{
+    setString(SettingsKeys::fallbackContent(messageId()), text.copy());
+}
+
+std::optional<SettingsValue> RepliedMessage::own(const std::string& key) const
+{
+    const std::lock_guard lock(m_mutex);
+    const auto found = m_period.isOver() ? m_own.end() : m_own.find(key);
+    return found == m_own.end() ? std::nullopt : std::optional(found->second);
+}
+
+void RepliedMessage::keepOwn(const std::string& key, SettingsValue value) const
+{
+    if (m_hasKeysAlone) {
+        return;
+    }
+    const std::lock_guard lock(m_mutex);
+    if (m_period.isOver()) {
+        m_own.clear();
+        m_period = SignInPeriod();
+    }
+    m_own.insert_or_assign(key, std::move(value));
+}
+
+std::optional<std::string> RepliedMessage::string(const std::string& key) const
+{
+    if (m_hasKeysAlone) {
+        return UserDefaults::standard().string(key);
+    }
+    const auto value = own(key);
+    const auto* text = value ? std::get_if<std::string>(&*value) : nullptr;
+    return text ? std::optional(*text) : std::nullopt;
+}
+
+bool RepliedMessage::boolean(const std::string& key) const
+{
+    return m_hasKeysAlone ? UserDefaults::standard().boolean(key) : own(key) == std::optional(SettingsValue(true));
+}
+
+std::optional<std::string> RepliedMessage::data(const std::string& key) const
+{
+    if (m_hasKeysAlone) {
+        return UserDefaults::standard().data(key);
+    }
+    const auto value = own(key);
+    const auto* data = value ? std::get_if<SettingsData>(&*value) : nullptr;
+    return data ? std::optional(data->bytes) : std::nullopt;
+}
+
+void RepliedMessage::setString(const std::string& key, std::string text) const
+{
+    keepOwn(key, text);
+    UserDefaults::standard().setString(key, std::move(text));
+}
+
+void RepliedMessage::setBoolean(const std::string& key, bool value) const
+{
+    keepOwn(key, value);
+    UserDefaults::standard().setBoolean(key, value);
+}
+
+void RepliedMessage::setData(const std::string& key, std::string bytes) const
+{
+    keepOwn(key, SettingsData{bytes});
+    UserDefaults::standard().setData(key, std::move(bytes));
+}
+
+} // namespace quillmate
