@@ -9,6 +9,8 @@
 #include "state/APIManager.h"
 #include "state/AuthManager.h"
 
+#include <utility>
+
 namespace quillmate
 {
 namespace
@@ -16,6 +18,8 @@ namespace
 
 constexpr auto sessionPath = "/plugin-auth/session-request/";
 constexpr double secondsBetweenPolls = 2.0;
+// The second press of a double one comes before it; whoever has lost the page presses after it.
+constexpr double secondsBeforeAnotherPage = 3.0;
 
 void openLater(const std::string& page)
 {
@@ -30,6 +34,18 @@ void openLater(const std::string& page)
 
 void ComposeSessionViewController::login()
 {
+    if (AuthManager::shared().accessToken.get()) { // Another panel has signed in.
+        // The button that was pressed goes with its screen.
+        DispatchQueue::main().async([weak = weak_from_this()] {
+            if (const auto controller = weak.lock()) {
+                controller->updateView();
+            }
+        });
+        return;
+    }
+    if (std::exchange(m_isOpeningLoginPage, true)) {
+        return;
+    }
     APIManager& manager = APIManager::shared();
     print("CURRENT BASE API URL IN API MANAGER", manager.baseURL());
     print("URL is:", manager.baseURL());
@@ -42,37 +58,46 @@ void ComposeSessionViewController::requestSession(const std::string& url)
     auto request = buildSessionRequest(url);
     if (!request) {
         print(request.error());
+        m_isOpeningLoginPage = false;
         return;
     }
-    sendRequest(std::move(request).value(), readSession, [weak = weak_from_this()](const auto& session) {
-        if (!session || !session.value().loginURL) {
-            return;
-        }
-        openLater(*session.value().loginURL);
-        print("BASE URL IN LOGIN FUNCTION IS:", APIManager::shared().baseURL());
-        const std::string pollURL = APIManager::shared().baseURL() + sessionPath + session.value().id;
+    const auto allowLogin = [weak = weak_from_this()] {
         if (const auto controller = weak.lock()) {
-            controller->pollForToken(pollURL);
+            controller->m_isOpeningLoginPage = false;
         }
-    });
+    };
+    sendRequest(std::move(request).value(), readSession,
+                [weak = weak_from_this(), allowLogin, period = SignInPeriod()](const auto& session) {
+                    if (!session || !session.value().loginURL || period.isTokenGone()) {
+                        DispatchQueue::main().async(allowLogin);
+                        return;
+                    }
+                    DispatchQueue::main().asyncAfter(secondsBeforeAnotherPage, allowLogin);
+                    openLater(*session.value().loginURL);
+                    print("BASE URL IN LOGIN FUNCTION IS:", APIManager::shared().baseURL());
+                    const SignIn signIn{APIManager::shared().baseURL() + sessionPath + session.value().id, period};
+                    if (const auto controller = weak.lock()) {
+                        controller->pollForToken(signIn);
+                    }
+                });
 }
 
-void ComposeSessionViewController::pollForToken(const std::string& url)
+void ComposeSessionViewController::pollForToken(const SignIn& signIn)
 {
-    auto request = buildSessionRequest(url);
+    auto request = buildSessionRequest(signIn.pollURL);
     if (!request) {
         print(request.error());
         return;
     }
     sendRequest(std::move(request).value(), readPoll,
-                [weak = weak_from_this(), url](const auto& session) { receivePoll(weak, url, session); });
+                [weak = weak_from_this(), signIn](const auto& session) { receivePoll(weak, signIn, session); });
 }
 
 void ComposeSessionViewController::receivePoll(const std::weak_ptr<ComposeSessionViewController>& weak,
-                                               const std::string& url,
+                                               const SignIn& signIn,
                                                const Result<SessionResponse, ReplyFailure>& session)
 {
-    if (!session && session.error().stage == ReplyStage::Parsing) {
+    if (signIn.period.isTokenGone() || (!session && session.error().stage == ReplyStage::Parsing)) {
         return;
     }
     if (!session || !session.value().accessToken) {
@@ -80,33 +105,46 @@ void ComposeSessionViewController::receivePoll(const std::weak_ptr<ComposeSessio
             print("Access token is null. Continuing request...");
         }
         if (const auto controller = weak.lock()) {
-            controller->schedulePoll(url);
+            controller->schedulePoll(signIn);
         }
         return;
     }
-    const std::string& token = *session.value().accessToken;
-    print("Access token received: " + token);
-    AuthManager::shared().accessToken.set(token);
-    if (const auto controller = weak.lock()) {
-        controller->m_isLoggedIn = true;
-    }
-    DispatchQueue::main().async([weak] {
-        if (const auto controller = weak.lock()) {
-            if (controller->isLoggedIn()) {
-                controller->showSessionView();
-            } else {
-                controller->showLoginView();
-            }
+    print("Access token received: " + *session.value().accessToken);
+    // On the main thread, where nobody logs out or chooses another environment between the look and the step.
+    DispatchQueue::main().async([weak, signIn, token = *session.value().accessToken] {
+        const auto controller = weak.lock();
+        if (signIn.period.isTokenGone() || (controller && controller->hasEnded(signIn))) {
+            return;
+        }
+        AuthManager::shared().accessToken.set(token);
+        if (controller) {
+            controller->m_isLoggedIn = true;
+            controller->enterSession(token);
         }
     });
 }
 
-void ComposeSessionViewController::schedulePoll(const std::string& url)
+bool ComposeSessionViewController::hasEnded(const SignIn& signIn)
+{
+    if (signIn.period.isTokenGone()) {
+        return true;
+    }
+    const auto accessToken = AuthManager::shared().accessToken.get();
+    if (accessToken && !m_loginHosts.empty()) {
+        enterSession(*accessToken);
+    }
+    return accessToken.has_value();
+}
+
+void ComposeSessionViewController::schedulePoll(const SignIn& signIn)
 {
     // The wait keeps the panel: the next poll is always sent, and its reply finds out whether the panel is still
     // wanted.
-    DispatchQueue::main().asyncAfter(secondsBetweenPolls,
-                                     [self = shared_from_this(), url] { self->pollForToken(url); });
+    DispatchQueue::main().asyncAfter(secondsBetweenPolls, [self = shared_from_this(), signIn] {
+        if (!self->hasEnded(signIn)) {
+            self->pollForToken(signIn);
+        }
+    });
 }
 
 } // namespace quillmate

@@ -55,13 +55,17 @@ void ComposeSessionViewController::viewDidLoad()
 
 void ComposeSessionViewController::updateView()
 {
-    const auto accessToken = AuthManager::shared().accessToken.get();
-    if (!accessToken) {
+    if (const auto accessToken = AuthManager::shared().accessToken.get()) {
+        enterSession(*accessToken);
+    } else {
         showLoginView();
-        return;
     }
+}
+
+void ComposeSessionViewController::enterSession(const std::string& accessToken)
+{
     showSessionView();
-    HandleApiRequests::fetchUserDetails(currentApiURL() + "/me", *accessToken, [](UserDetailsManager&) {});
+    HandleApiRequests::fetchUserDetails(currentApiURL() + "/me", accessToken, [](UserDetailsManager&) {});
 }
 
 void ComposeSessionViewController::triggerUpdateCheck()
@@ -90,6 +94,7 @@ void ComposeSessionViewController::showLoginView()
                 controller->login();
             }
         }));
+    const bool hadKeyboard = view()->hasKeyboard();
     // What lies below stays, but the keyboard and a screen reader have no business there.
     for (const auto& covered : view()->subviews()) {
         covered->setHidden(true);
@@ -98,6 +103,9 @@ void ComposeSessionViewController::showLoginView()
     host->view()->pinEdgesToSuperview();
     // Not a child controller, so nobody else would keep it.
     m_loginHosts.push_back(host);
+    if (hadKeyboard) {
+        host->view()->takeKeyboard();
+    }
 }
 
 void ComposeSessionViewController::showSessionView()

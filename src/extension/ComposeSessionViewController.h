@@ -2,6 +2,7 @@
 
 #include "base/Result.h"
 #include "platform/appkit/MEExtensionViewController.h"
+#include "state/SignInPeriod.h"
 
 #include <atomic>
 #include <memory>
@@ -37,8 +38,10 @@ public:
     void handleLogout();
     void buttonClicked();
 
-    /// Starts a sign-in: asks for a session, opens its page in the browser, polls until a token arrives. Each call is a
-    /// sign-in of its own. A sign-in ends when its panel is gone as a reply arrives.
+    /// Starts a sign-in: asks for a session, opens its page in the browser, polls until a token arrives. It ends as
+    /// well when a token has come another way, which is as good, when somebody logs out or chooses another environment,
+    /// and when its panel is gone as a reply arrives. Calls that follow each other as a double press does are one.
+    /// While the process holds a token, the session panel is shown at once.
     void login();
     /// Lays the sign-in screen over what is shown.
     void showLoginView();
@@ -47,15 +50,26 @@ public:
 
 private:
     void updateView();
+    /// The session panel, and who the user is.
+    void enterSession(const std::string& accessToken);
     void requestSession(const std::string& url);
-    void pollForToken(const std::string& url);
-    void schedulePoll(const std::string& url);
+
+    /// A sign-in on its way.
+    struct SignIn {
+        std::string pollURL;
+        SignInPeriod period;
+    };
+    void pollForToken(const SignIn& signIn);
+    void schedulePoll(const SignIn& signIn);
+    /// Whether the sign-in has ended by now; shows the session panel when that was for a token. Main thread.
+    bool hasEnded(const SignIn& signIn);
     // On the network's thread, when the panel may be gone.
-    static void receivePoll(const std::weak_ptr<ComposeSessionViewController>& weak, const std::string& url,
+    static void receivePoll(const std::weak_ptr<ComposeSessionViewController>& weak, const SignIn& signIn,
                             const Result<SessionResponse, ReplyFailure>& session);
 
     const std::shared_ptr<const RepliedMessage> m_message;
     std::atomic<bool> m_isLoggedIn = false;
+    bool m_isOpeningLoginPage = false;
     std::shared_ptr<Timer> m_updateTimer;
     std::vector<std::shared_ptr<NSViewController>> m_loginHosts; // Of the sign-in screens that lie over each other.
 };

@@ -105,7 +105,7 @@ struct SessionResponse {
 /// The reply to the request for a new session: an object with a string "id" and, each a string, null or missing,
 /// "access_token", "refresh_token" and "login_url".
 [[nodiscard]] Reading<SessionResponse> readSession(const ServiceReply& reply);
-/// The reply to a poll, which is of the same form.
+/// The reply to a poll, which is of the same form; an empty one is none.
 [[nodiscard]] Reading<SessionResponse> readPoll(const ServiceReply& reply);
 
 } // namespace quillmate

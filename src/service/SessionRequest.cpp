@@ -56,14 +56,21 @@ Result<SessionResponse, std::string> decode(std::string_view bytes)
     return session;
 }
 
+/// Whether an empty body is one that cannot be read, or none at all.
+enum class EmptyBody { IsUnreadable, IsNone };
+
 /// As a whole: whatever is wrong with the body is a failure to parse it.
-Reading<SessionResponse> readAs(const ServiceReply& reply, const ReplyTable& table)
+Reading<SessionResponse> readAs(const ServiceReply& reply, const ReplyTable& table, EmptyBody empty)
 {
     using Read = Result<SessionResponse, ReplyFailure>;
     std::vector<std::string> lines;
     const auto body = readBody(reply, table, lines);
     if (!body) {
         return {Read::failure(body.error()), std::move(lines)};
+    }
+    if (empty == EmptyBody::IsNone && body.value()->empty()) {
+        ReplyFailure failure = failAt(ReplyStage::Body, table, lines);
+        return {Read::failure(std::move(failure)), std::move(lines)};
     }
     auto session = decode(*body.value());
     if (!session) {
@@ -83,12 +90,12 @@ BuiltRequest buildSessionRequest(const std::string& url)
 
 Reading<SessionResponse> readSession(const ServiceReply& reply)
 {
-    return readAs(reply, sessionTableWith("Error parsing JSON response: "));
+    return readAs(reply, sessionTableWith("Error parsing JSON response: "), EmptyBody::IsUnreadable);
 }
 
 Reading<SessionResponse> readPoll(const ServiceReply& reply)
 {
-    return readAs(reply, sessionTableWith("Error parsing access token JSON response: "));
+    return readAs(reply, sessionTableWith("Error parsing access token JSON response: "), EmptyBody::IsNone);
 }
 
 } // namespace quillmate

@@ -127,6 +127,7 @@ void PanelTest::logOutAndInAgain()
     // The sign-in screen lies over the panel, which can no longer be reached.
     QVERIFY(m_fixture.item("loginButton"));
     QVERIFY(!m_fixture.item("sessionModalView"));
+    QVERIFY(m_fixture.item("loginButton")->property("visualFocus").toBool());
 
     m_fixture.server().reply("GET /plugin-auth/session-request/",
                              R"({"id":"s1","login_url":"https://other.example/l"})");

@@ -1,12 +1,16 @@
 #include "extension/PanelFixture.h"
 #include "features/CurrentMessage.h"
+#include "platform/foundation/net/URLSession.h"
 #include "platform/foundation/schedule/MainSchedule.h"
 #include "platform/foundation/settings/UserDefaults.h"
 #include "state/APIManager.h"
 #include "state/AuthManager.h"
+#include "state/UserDetailsManager.h"
 #include "support/TestProgram.h"
 #include "views/ViewTestApplication.h"
 
+#include <algorithm>
+#include <atomic>
 #include <cmath>
 
 using namespace quillmate;
@@ -21,11 +25,20 @@ private Q_SLOTS:
     void comesToNothing_data();
     void comesToNothing();
     void closedPanelStopsPolling();
+    void pressedAgain();
+    void endsEarly_data();
+    void endsEarly();
     void twoPanels();
     void anotherEnvironment();
 
 private:
     void login();
+    /// The next poll goes out in exactly 2.0 seconds.
+    static bool isPollWaiting()
+    {
+        const auto delays = ManualTime::pendingDelays();
+        return std::any_of(delays.begin(), delays.end(), [](double delay) { return std::abs(delay - 2.0) < 1e-6; });
+    }
     static void advanceToNextPoll();
 
     PanelFixture m_fixture;
@@ -54,8 +67,7 @@ void SignInTest::login()
 
 void SignInTest::advanceToNextPoll()
 {
-    QTRY_COMPARE(ManualTime::pendingDelays().size(), std::size_t(2)); // the poll's, and the update check's
-    QVERIFY(std::abs(ManualTime::pendingDelays().front() - 2.0) < 1e-6);
+    QTRY_VERIFY(isPollWaiting());
     ManualTime::advance(2.0);
 }
 
@@ -64,6 +76,7 @@ void SignInTest::wholeFlow()
     const ManualTime time;
     m_fixture.server().reply(create, session);
     m_fixture.server().reply(poll, waiting);
+    m_fixture.server().reply(poll, "");
     m_fixture.server().reply(poll, TestReply{503, session});
     m_fixture.server().reply(poll, TestReply{200, waiting, {}, TestReply::Manner::CutInBody});
     m_fixture.server().reply(poll, granted);
@@ -72,26 +85,33 @@ void SignInTest::wholeFlow()
     QCOMPARE(m_fixture.opened(), std::vector<std::string>{"https://other.example/login/s1"});
     advanceToNextPoll();
     advanceToNextPoll();
+    advanceToNextPoll();
     QTRY_VERIFY(m_fixture.item("sessionModalView"));
     QVERIFY(!m_fixture.item("loginButton"));
-    // The keyboard was on the button, and stays in the panel.
+    // The keyboard was on the button, and is on the selected tab.
     const auto* focused = m_fixture.window().activeFocusItem();
-    QVERIFY(focused && m_fixture.item("sessionModalView")->isAncestorOf(focused));
+    QVERIFY(focused);
+    QCOMPARE(focused->property("text").toString(), QStringLiteral("Quick response"));
+    QVERIFY(focused->property("visualFocus").toBool());
     QCOMPARE(AuthManager::shared().accessToken.get(), std::optional<std::string>("the token"));
 
     QStringList lines = m_fixture.log().take();
-    QVERIFY(lines.at(12).startsWith(QLatin1String("Error making GET request: URLError.networkConnectionLost")));
-    lines.removeAt(12);
+    QVERIFY(lines.at(13).startsWith(QLatin1String("Error making GET request: URLError.networkConnectionLost")));
+    lines.removeAt(13);
     const QString origin = QString::fromStdString(std::string(serviceEnvironments().back().baseURL));
-    QCOMPARE(lines.mid(0, 13),
+    QCOMPARE(lines.mid(0, 14),
              (QStringList{fallback, "CURRENT BASE API URL IN API MANAGER " + origin, fallback, "URL is: " + origin,
                           fallback, "CURRENT BASE API URL IN API MANAGER " + origin, fallback, fallback,
-                          "BASE URL IN LOGIN FUNCTION IS: " + origin, fallback, stillWaiting, stillWaiting,
-                          "Access token received: the token"}));
-    const auto requests = m_fixture.server().requests();
-    QVERIFY(!requests.front().headers.contains("authorization"));
-    // The panel's first act asks for the version; no details are asked for here.
-    QTRY_COMPARE(m_fixture.server().lines().back(), "GET /api/v1" + PanelFixture::versionCheck());
+                          "BASE URL IN LOGIN FUNCTION IS: " + origin, fallback, stillWaiting, "No data received",
+                          stillWaiting, "Access token received: the token"}));
+    QVERIFY(!m_fixture.server().requests().front().headers.contains("authorization"));
+    // The panel's first acts ask for the version and for who the user is, once.
+    QTRY_COMPARE(UserDetailsManager::shared().email(), std::string("a@b.example"));
+    QTRY_COMPARE(m_fixture.server().requests().size(), std::size_t(8));
+    auto requested = m_fixture.server().lines();
+    std::sort(requested.begin(), requested.end());
+    QCOMPARE(requested[0], "GET /api/v1" + PanelFixture::versionCheck());
+    QCOMPARE(requested[1], std::string("GET /api/v1/me"));
 }
 
 void SignInTest::comesToNothing_data()
@@ -130,14 +150,16 @@ void SignInTest::comesToNothing()
     if (line.isEmpty()) {
         // Nothing tells that it is over; a second sign-in that fails loudly comes after it.
         QTRY_COMPARE(m_fixture.server().requests().size(), std::size_t(1));
-        m_fixture.click("loginButton");
+        QTRY_VERIFY((m_fixture.click("loginButton"), m_fixture.server().requests().size() == 2));
         QTRY_VERIFY(m_fixture.log().lines().last().startsWith(QLatin1String("Error parsing JSON response: ")));
     } else {
         QTRY_VERIFY(!m_fixture.log().lines().filter(line).isEmpty());
     }
     MainSchedule::shared().drain();
     QCOMPARE(m_fixture.opened().size(), static_cast<std::size_t>(pages));
-    QCOMPARE(m_fixture.server().requests().size(), static_cast<std::size_t>(line.isEmpty() ? 2 : requests));
+    const auto lines = m_fixture.server().lines();
+    QCOMPARE(static_cast<int>(lines.size() - std::count(lines.begin(), lines.end(), create)), requests - 1);
+    ManualTime::advance(3.0);                                     // Until a press opens a page again.
     QCOMPARE(ManualTime::pendingDelays().size(), std::size_t(1)); // the update check alone
     QVERIFY(m_fixture.item("loginButton"));
     QVERIFY(!AuthManager::shared().accessToken.get());
@@ -153,7 +175,7 @@ void SignInTest::closedPanelStopsPolling()
         panel = m_fixture.show();
         m_fixture.click("loginButton");
     }
-    QTRY_COMPARE(ManualTime::pendingDelays().size(), std::size_t(2));
+    QTRY_VERIFY(isPollWaiting());
     m_fixture.close();
     // The poll that waits keeps the panel; it is sent, and its reply finds nobody.
     QVERIFY(!panel.expired());
@@ -163,9 +185,83 @@ void SignInTest::closedPanelStopsPolling()
         QVERIFY(panel.expired());
     }
     QTRY_COMPARE(m_fixture.log().lines().filter(stillWaiting).size(), 2);
-    QCOMPARE(ManualTime::pendingDelays().size(), std::size_t(0));
+    QVERIFY(!isPollWaiting());
     ManualTime::advance(3600.0);
     QCOMPARE(m_fixture.server().requests().size(), std::size_t(3)); // the session, and two polls
+}
+
+void SignInTest::pressedAgain()
+{
+    const ManualTime time;
+    m_fixture.server().reply(create, session);
+    m_fixture.server().reply(poll, waiting);
+    login();
+    m_fixture.click("loginButton");
+    QTRY_COMPARE(m_fixture.opened().size(), std::size_t(1));
+    m_fixture.click("loginButton");
+    QTRY_VERIFY(isPollWaiting());
+    QCOMPARE(m_fixture.opened().size(), std::size_t(1));
+    QCOMPARE(m_fixture.server().requests().size(), std::size_t(2));
+    // Whoever has closed the page gets another one.
+    ManualTime::advance(3.0);
+    m_fixture.click("loginButton");
+    QTRY_COMPARE(m_fixture.opened().size(), std::size_t(2));
+    // Another panel has signed in meanwhile.
+    AuthManager::shared().accessToken.set("token");
+    m_fixture.click("loginButton");
+    MainSchedule::shared().drain();
+    QVERIFY(m_fixture.item("sessionModalView"));
+    const auto lines = m_fixture.server().lines();
+    QCOMPARE(std::count(lines.begin(), lines.end(), create), 2);
+}
+
+void SignInTest::endsEarly_data()
+{
+    QTest::addColumn<QString>("event");
+    QTest::addColumn<bool>("showsPanel");
+    QTest::newRow("log-out") << "log-out" << false;
+    QTest::newRow("another environment as the token comes") << "environment" << false;
+    QTest::newRow("a token of another panel") << "token" << true;
+}
+
+void SignInTest::endsEarly()
+{
+    QFETCH(const QString, event);
+    QFETCH(const bool, showsPanel);
+    const ManualTime time;
+    m_fixture.server().reply(create, session);
+    m_fixture.server().reply(poll, waiting);
+    m_fixture.server().reply(poll, granted);
+    login();
+    QTRY_VERIFY(isPollWaiting());
+    if (event == "environment") {
+        const auto held = m_fixture.server().hold();
+        ManualTime::advance(2.0);
+        APIManager::selectApiEndpoint("staging");
+    } else if (event == "log-out") {
+        AuthManager::shared().logout();
+    } else {
+        AuthManager::shared().accessToken.set("another panel's");
+    }
+    const auto polls = [this] {
+        const auto lines = m_fixture.server().lines();
+        return std::count(lines.begin(), lines.end(), poll);
+    };
+    ManualTime::advance(2.0);
+    // What is asked last is answered last.
+    QTRY_COMPARE(polls(), event == "environment" ? 2 : 1);
+    m_fixture.server().reply("GET /last", "{}");
+    std::atomic<bool> answered = false;
+    URLSession::shared()
+        .dataTask(URLRequest{URL::parseAbsolute("https://other.example/last").value()},
+                  [&answered](const auto&, const auto&, const auto&) { answered = true; })
+        ->resume();
+    QTRY_VERIFY(answered);
+    MainSchedule::shared().drain();
+    QCOMPARE(polls(), event == "environment" ? 2 : 1);
+    QCOMPARE(m_fixture.item("sessionModalView") != nullptr, showsPanel);
+    QCOMPARE(AuthManager::shared().accessToken.get().has_value(), showsPanel);
+    QVERIFY(!isPollWaiting());
 }
 
 void SignInTest::twoPanels()

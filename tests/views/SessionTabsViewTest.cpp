@@ -143,6 +143,25 @@ private Q_SLOTS:
         QCOMPARE(m_fixture.takeKeys(), 1);
     }
 
+    void keysGoToWhatIsShown()
+    {
+        show();
+        QQuickWindow other;
+        QTest::keyClick(&other, Qt::Key_D, toggle); // Another panel's window has the keyboard.
+        QVERIFY(!m_fixture.item("developerMenu"));
+        m_fixture.press(Qt::Key_D, toggle);
+        QVERIFY(m_fixture.item("developerMenu"));
+        // A tab that is left keeps no keyboard.
+        m_fixture.choose(QAccessible::PageTab, custom, "mouse");
+        auto* input = m_fixture.item("chatInput");
+        QVERIFY(input);
+        input->forceActiveFocus();
+        m_fixture.item("panelTabs")->setProperty("currentIndex", 0);
+        QVERIFY(!input->hasActiveFocus());
+        m_fixture.press(Qt::Key_X);
+        QCOMPARE(input->property("text").toString(), QString());
+    }
+
     void tabs_data() { ViewFixture::addManners({"mouse", "Space", "Return", "arrows", "accessible action"}); }
 
     void tabs()

@@ -65,7 +65,8 @@ public:
         if (event->type() != QEvent::KeyPress || !qobject_cast<QWindow*>(receiver)) {
             return false;
         }
-        const NSEvent key = eventOf(static_cast<const QKeyEvent&>(*event));
+        NSEvent key = eventOf(static_cast<const QKeyEvent&>(*event));
+        key.window = receiver;
         const auto asked = monitors(); // A handler may add or remove monitors.
         return std::any_of(asked.rbegin(), asked.rend(),
                            [&key](const auto& monitor) { return monitor->ask(key) == NSEvent::Verdict::Swallow; });

@@ -6,6 +6,8 @@
 #include <optional>
 #include <string>
 
+class QObject;
+
 namespace quillmate
 {
 
@@ -22,6 +24,8 @@ public:
     static constexpr std::uint64_t keyDownMask = 1024;
 
     std::uint32_t modifierFlags = 0;
+    /// The window that has the keyboard.
+    const QObject* window = nullptr;
     /// What the key would type without modifiers other than Shift; absent for a key that types nothing.
     std::optional<std::string> charactersIgnoringModifiers;
 

@@ -63,6 +63,7 @@ void NSView::removeFromSuperview()
 void NSView::setHidden(bool hidden)
 {
     m_item->setVisible(!hidden);
+    m_item->setEnabled(!hidden); // An item that is out of sight would keep the keyboard.
 }
 
 bool NSView::hasKeyboard() const
@@ -78,9 +79,12 @@ bool NSView::hasKeyboard() const
 
 void NSView::takeKeyboard()
 {
-    QQuickItem* first = m_item->nextItemInFocusChain(true);
-    if (first && m_item->isAncestorOf(first)) {
-        first->forceActiveFocus(Qt::OtherFocusReason);
+    auto* home = m_item->property("keyboardHome").value<QQuickItem*>();
+    if (!home) {
+        home = m_item->nextItemInFocusChain(true);
+    }
+    if (home && m_item->isAncestorOf(home)) {
+        home->forceActiveFocus(Qt::TabFocusReason);
     }
 }
 

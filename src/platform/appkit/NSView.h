@@ -28,12 +28,13 @@ public:
     void removeFromSuperview();
     [[nodiscard]] const std::vector<std::shared_ptr<NSView>>& subviews() const { return m_subviews; }
 
-    /// A hidden view stays where it is; nothing of it is seen or can be reached.
+    /// A hidden view stays where it is; nothing of it is seen, can be reached or keeps the keyboard.
     void setHidden(bool hidden);
 
     /// Whether the keyboard is on something within, or will be once the window is active again.
     [[nodiscard]] bool hasKeyboard() const;
-    /// Puts the keyboard on the first control within, without showing where it is until the user types.
+    /// Puts the keyboard where the view has its home for it, its item's property "keyboardHome", and shows where that
+    /// is; without one on the first control within.
     void takeKeyboard();
 
     /// Keeps the four edges equal to those of the view it was added to.

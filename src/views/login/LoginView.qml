@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Layouts
+import QtQuick.Window
 import Quillmate.Views
 
 // What the panel shows while nobody is signed in.
@@ -7,10 +8,16 @@ Item {
     id: screen
 
     required property LoginViewState viewState
+    readonly property Item keyboardHome: loginButton
 
     implicitWidth: Theme.panelMinimumWidth
     implicitHeight: viewState.customHeight
 
+    Binding {
+        target: screen.viewState.developerMenu
+        property: "window"
+        value: screen.Window.window
+    }
     // Lies over whatever the panel showed before.
     Rectangle {
         anchors.fill: parent
@@ -78,6 +85,8 @@ Item {
                     horizontalAlignment: Text.AlignHCenter
                 }
                 CustomButton {
+                    id: loginButton
+
                     Layout.alignment: Qt.AlignHCenter
                     Layout.preferredWidth: 200
                     Layout.preferredHeight: Math.max(40, Math.round(26 * Theme.textScale))

@@ -80,7 +80,7 @@ void DeveloperMenuState::installKeyMonitor()
     }
     m_eventMonitor = NSEvent::addLocalMonitorForEvents(
         NSEvent::keyDownMask, [self = QPointer<DeveloperMenuState>(this)](const NSEvent& event) {
-            if (!self || !isToggle(event)) {
+            if (!self || event.window != self->m_window || !isToggle(event)) {
                 return NSEvent::Verdict::PassOn;
             }
             self->setShown(!self->isShown());

@@ -6,6 +6,7 @@
 #include <string>
 
 #include <QObject>
+#include <QPointer>
 #include <QVariantList>
 #include <qqmlregistration.h>
 
@@ -22,6 +23,8 @@ class DeveloperMenuState : public QObject
     Q_PROPERTY(bool shown READ isShown NOTIFY shownChanged)
     Q_PROPERTY(QString selectedApiEndpoint READ selectedApiEndpoint WRITE setSelectedApiEndpoint NOTIFY
                    selectedApiEndpointChanged)
+    /// The window that the screen is in; the key of another window's screen is not this one's.
+    Q_PROPERTY(QObject* window MEMBER m_window NOTIFY windowChanged)
     /// The environments to choose from, each a map of "key" and "name".
     Q_PROPERTY(QVariantList environments READ environments CONSTANT)
     /// The extension's version, empty when the bundle does not tell it.
@@ -46,9 +49,11 @@ public:
 
 Q_SIGNALS:
     void shownChanged();
+    void windowChanged();
     void selectedApiEndpointChanged();
 
 private:
+    QPointer<QObject> m_window;
     bool m_shown = false;
     QString m_selectedApiEndpoint;
     std::shared_ptr<NSEvent::Monitor> m_eventMonitor;

@@ -9,6 +9,7 @@ ColumnLayout {
 
     required property SessionModalViewState viewState
     property alias currentIndex: bar.currentIndex
+    readonly property Item selectedTab: bar.currentItem
 
     // The least height at which both tabs can be used.
     readonly property real minimumHeight: bar.implicitHeight + spacing + area.chrome + Math.max(quickResponse.minimumHeight, customInteractiveResponse.minimumHeight)
@@ -76,6 +77,7 @@ ColumnLayout {
                 readonly property real minimumHeight: Math.max(200, reply.minimumHeight + 2 * Theme.smallPadding)
 
                 objectName: "quickResponse"
+                enabled: StackLayout.isCurrentItem // An item that is out of sight would keep the keyboard.
 
                 ReplySection {
                     id: reply
@@ -92,6 +94,7 @@ ColumnLayout {
                 readonly property real minimumHeight: prompt.implicitHeight + 2 * Theme.smallPadding + 10 + chat.minimumHeight
 
                 objectName: "customInteractiveResponse"
+                enabled: StackLayout.isCurrentItem
 
                 Text {
                     id: prompt

@@ -7,6 +7,7 @@ PanelScroll {
     id: panel
 
     required property SessionModalViewState viewState
+    readonly property Item keyboardHome: tabs.selectedTab
 
     contentMinimumHeight: {
         let height = header.implicitHeight + tabs.minimumHeight + 2 * Theme.padding + body.spacing;

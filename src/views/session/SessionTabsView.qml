@@ -1,4 +1,5 @@
 import QtQuick
+import QtQuick.Window
 import Quillmate.Views
 
 // What a signed-in user sees beside the compose window.
@@ -7,6 +8,7 @@ Item {
 
     required property SessionTabsViewState viewState
 
+    readonly property Item keyboardHome: panel.keyboardHome
     readonly property bool updateAnnounced: viewState.incommingUpdatesAvailable
 
     implicitWidth: Theme.panelMinimumWidth
@@ -15,6 +17,11 @@ Item {
     // Components bound to their context would let the linter follow these names, but this Qt's Loader refuses such ones.
     // qmllint disable unqualified
 
+    Binding {
+        target: root.viewState.modal.developerMenu
+        property: "window"
+        value: root.Window.window
+    }
     BackgroundView {
         anchors.fill: parent
     }
