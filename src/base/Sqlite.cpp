@@ -105,11 +105,11 @@ bool SqliteStatement::step()
     return result == SQLITE_ROW;
 }
 
-std::string SqliteStatement::textAt(int column) const
+std::string_view SqliteStatement::bytesAt(int column) const
 {
     const auto* bytes = static_cast<const char*>(sqlite3_column_blob(m_statement, column));
     const int size = sqlite3_column_bytes(m_statement, column);
-    return bytes == nullptr ? std::string() : std::string(bytes, static_cast<std::size_t>(size));
+    return bytes == nullptr ? std::string_view() : std::string_view(bytes, static_cast<std::size_t>(size));
 }
 
 std::int64_t SqliteStatement::numberAt(int column) const

@@ -74,7 +74,9 @@ public:
 
     /// True when there is a row to read.
     bool step();
-    [[nodiscard]] std::string textAt(int column) const;
+    [[nodiscard]] std::string textAt(int column) const { return std::string(bytesAt(column)); }
+    /// The same without a copy, up to the next step.
+    [[nodiscard]] std::string_view bytesAt(int column) const;
     [[nodiscard]] std::int64_t numberAt(int column) const;
 
 private:

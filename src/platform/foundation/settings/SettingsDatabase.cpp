@@ -17,8 +17,9 @@ namespace
 enum class StoredKind { Text = 0, Boolean = 1, Data = 2 };
 
 // Keys and values are blobs, so that every byte of them counts and none ends them early. The checkpoints belong to a
-// thread of their own.
+// thread of their own. A page that is written twice in one step goes to the log once, when the step ends.
 constexpr auto setUp = "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL; PRAGMA wal_autocheckpoint=0;"
+                       "PRAGMA cache_spill=OFF;"
                        "CREATE TABLE IF NOT EXISTS settings("
                        "key BLOB PRIMARY KEY NOT NULL, kind INTEGER NOT NULL, value BLOB NOT NULL)";
 // Another process holds the file for the microseconds of one write; past this it is stuck.
@@ -84,6 +85,40 @@ std::pair<StoredKind, std::string_view> stored(const SettingsValue& value)
     }
     return {StoredKind::Data, std::get<SettingsData>(value).bytes};
 }
+
+void put(SqliteConnection& connection, const std::string& key, StoredKind kind, std::string_view bytes)
+{
+    SqliteStatement(connection, "INSERT INTO settings(key, kind, value) VALUES(?, ?, ?) ON CONFLICT(key) "
+                                "DO UPDATE SET kind = excluded.kind, value = excluded.value")
+        .blob(key)
+        .number(static_cast<int>(kind))
+        .blob(bytes)
+        .step();
+}
+
+/// Holds the right to write from its beginning; undone unless it is committed.
+class WriteTransaction
+{
+public:
+    explicit WriteTransaction(const SqliteConnection& connection)
+        : m_connection(connection)
+    {
+        runSql(m_connection, "BEGIN IMMEDIATE");
+    }
+    ~WriteTransaction()
+    {
+        if (sqlite3_get_autocommit(m_connection.get()) == 0) { // Some failures have undone it already.
+            sqlite3_exec(m_connection.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+        }
+    }
+    WriteTransaction(const WriteTransaction&) = delete;
+    WriteTransaction& operator=(const WriteTransaction&) = delete;
+
+    void commit() { runSql(m_connection, "COMMIT"); }
+
+private:
+    const SqliteConnection& m_connection;
+};
 
 /// For a file: URI.
 std::string percentEncodedPath(const std::filesystem::path& file)
@@ -167,13 +202,35 @@ Result<std::map<std::string, SettingsValue>, SettingsError> SettingsDatabase::re
 Result<void, SettingsError> SettingsDatabase::write(const std::string& key, const SettingsValue& value)
 {
     const auto [kind, bytes] = stored(value);
-    return attempt([&, kind = kind, bytes = bytes] {
-        SqliteStatement(m_connection, "INSERT INTO settings(key, kind, value) VALUES(?, ?, ?) ON CONFLICT(key) "
-                                      "DO UPDATE SET kind = excluded.kind, value = excluded.value")
-            .blob(key)
-            .number(static_cast<int>(kind))
-            .blob(bytes)
-            .step();
+    return attempt([&, kind = kind, bytes = bytes] { put(m_connection, key, kind, bytes); });
+}
+
+Result<void, SettingsError> SettingsDatabase::update(const std::string& key, const SettingsChange& change)
+{
+    return attempt([&] {
+        WriteTransaction transaction(m_connection);
+        {
+            SqliteStatement statement(m_connection, "SELECT value FROM settings WHERE key = ?");
+            const auto stored = statement.blob(key).step() ? std::optional(statement.bytesAt(0)) : std::nullopt;
+            for (const auto& [changed, bytes] : change(stored)) {
+                // The pages of before are overwritten with zeros when they are given up. Given up first, they take the
+                // new bytes, where they would go to the log beside them. A value of the same size stays in its pages,
+                // of which only those that change are written.
+                if (stored && changed == key && stored->size() != bytes.size()) {
+                    put(m_connection, changed, StoredKind::Data, {});
+                }
+                put(m_connection, changed, StoredKind::Data, bytes);
+            }
+        }
+        transaction.commit();
+    });
+}
+
+Result<std::size_t, SettingsError> SettingsDatabase::size(const std::string& key)
+{
+    return attempt([&] {
+        SqliteStatement statement(m_connection, "SELECT length(value) FROM settings WHERE key = ?");
+        return statement.blob(key).step() ? static_cast<std::size_t>(statement.numberAt(0)) : 0;
     });
 }
 

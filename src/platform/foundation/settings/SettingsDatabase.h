@@ -4,12 +4,15 @@
 #include "base/Sqlite.h"
 
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <variant>
+#include <vector>
 
 namespace quillmate
 {
@@ -22,6 +25,12 @@ struct SettingsData {
 
 /// What a settings key can hold: a text, a Boolean or data.
 using SettingsValue = std::variant<std::string, bool, SettingsData>;
+
+/// Data to be stored under keys; the bytes must live until they are.
+using SettingsChanges = std::vector<std::pair<std::string, std::string_view>>;
+/// Makes of the bytes that a key holds, absent when it holds none, what is to be stored. It may be asked more than
+/// once, about other bytes, and must not use the settings itself.
+using SettingsChange = std::function<SettingsChanges(std::optional<std::string_view> stored)>;
 
 /// Why the settings' database could not do something.
 struct SettingsError {
@@ -47,6 +56,10 @@ public:
     Result<std::optional<SettingsValue>, SettingsError> read(const std::string& key);
     Result<std::map<std::string, SettingsValue>, SettingsError> readAll();
     Result<void, SettingsError> write(const std::string& key, const SettingsValue& value);
+    /// Stores what `change` makes of what the key holds. No other process writes in between.
+    Result<void, SettingsError> update(const std::string& key, const SettingsChange& change);
+    /// How many bytes the key holds, without reading them.
+    Result<std::size_t, SettingsError> size(const std::string& key);
     Result<void, SettingsError> remove(const std::string& key);
     /// Looks at every page.
     Result<void, SettingsError> check();

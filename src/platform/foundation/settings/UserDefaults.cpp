@@ -39,6 +39,15 @@ auto openLocked(const std::filesystem::path& file)
     return SettingsDatabase::open(file);
 }
 
+std::string_view bytesOf(const SettingsValue& value)
+{
+    if (const auto* text = std::get_if<std::string>(&value)) {
+        return *text;
+    }
+    const auto* data = std::get_if<SettingsData>(&value);
+    return data ? std::string_view(data->bytes) : std::string_view();
+}
+
 bool soundDatabaseAt(const std::filesystem::path& file)
 {
     const auto opened = SettingsDatabase::open(file);
@@ -131,43 +140,89 @@ bool UserDefaults::withDatabase(const std::function<Result<void, SettingsError>(
     return false;
 }
 
-std::optional<SettingsValue> UserDefaults::value(const std::string& key)
+template<typename Value, typename Read>
+Value UserDefaults::read(Read read)
 {
-    const std::lock_guard lock(m_mutex);
-    if (const auto unstored = m_unstored.find(key); unstored != m_unstored.end()) {
-        return unstored->second;
-    }
-    std::optional<SettingsValue> found;
+    Value found{};
     withDatabase([&](SettingsDatabase& database) -> Result<void, SettingsError> {
-        auto read = database.read(key);
-        if (!read) {
-            return Failure(read.error());
+        auto result = read(database);
+        if (!result) {
+            return Failure(result.error());
         }
-        found = std::move(read).value();
+        found = std::move(result).value();
         return {};
     });
     return found;
 }
 
-void UserDefaults::store(const std::string& key, std::optional<SettingsValue> value)
+std::optional<SettingsValue> UserDefaults::find(const std::string& key)
+{
+    if (const auto unstored = m_unstored.find(key); unstored != m_unstored.end()) {
+        return unstored->second;
+    }
+    return read<std::optional<SettingsValue>>([&key](SettingsDatabase& database) { return database.read(key); });
+}
+
+std::optional<SettingsValue> UserDefaults::value(const std::string& key)
 {
     const std::lock_guard lock(m_mutex);
+    return find(key);
+}
+
+bool UserDefaults::write(const std::function<Result<void, SettingsError>(SettingsDatabase&)>& operation)
+{
     if (m_database && m_database->isReadOnly()) {
         m_database.reset(); // Perhaps it can be written by now.
     }
-    const bool stored = withDatabase(
-        [&](SettingsDatabase& database) { return value ? database.write(key, *value) : database.remove(key); });
-    if (!stored) {
-        m_unstored.insert_or_assign(key, std::move(value));
-        return;
-    }
-    m_unstored.erase(key);
+    return withDatabase(operation);
+}
+
+void UserDefaults::written()
+{
     storeOutstanding();
     {
         const std::lock_guard reportLock(m_reportMutex);
         m_reported = false;
     }
     m_checkpointer.written();
+}
+
+void UserDefaults::store(const std::string& key, std::optional<SettingsValue> value)
+{
+    const std::lock_guard lock(m_mutex);
+    if (!write(
+            [&](SettingsDatabase& database) { return value ? database.write(key, *value) : database.remove(key); })) {
+        m_unstored.insert_or_assign(key, std::move(value));
+        return;
+    }
+    m_unstored.erase(key);
+    written();
+}
+
+void UserDefaults::update(const std::string& key, const SettingsChange& change)
+{
+    const std::lock_guard lock(m_mutex);
+    if (const auto unstored = m_unstored.find(key); unstored != m_unstored.end() && unstored->second) {
+        change(bytesOf(*unstored->second)); // What this process alone knows of; the answer comes with the next one.
+    }
+    if (write([&](SettingsDatabase& database) { return database.update(key, change); })) {
+        m_unstored.erase(key);
+        written();
+        return;
+    }
+    const auto known = find(key);
+    for (const auto& [changed, bytes] : change(known ? std::optional(bytesOf(*known)) : std::nullopt)) {
+        m_unstored.insert_or_assign(changed, SettingsData{std::string(bytes)});
+    }
+}
+
+std::size_t UserDefaults::size(const std::string& key)
+{
+    const std::lock_guard lock(m_mutex);
+    if (const auto unstored = m_unstored.find(key); unstored != m_unstored.end()) {
+        return unstored->second ? bytesOf(*unstored->second).size() : 0;
+    }
+    return read<std::size_t>([&key](SettingsDatabase& database) { return database.size(key); });
 }
 
 void UserDefaults::storeOutstanding()
@@ -225,15 +280,8 @@ void UserDefaults::removeObject(const std::string& key)
 std::map<std::string, SettingsValue> UserDefaults::dictionaryRepresentation()
 {
     const std::lock_guard lock(m_mutex);
-    std::map<std::string, SettingsValue> values;
-    withDatabase([&](SettingsDatabase& database) -> Result<void, SettingsError> {
-        auto read = database.readAll();
-        if (!read) {
-            return Failure(read.error());
-        }
-        values = std::move(read).value();
-        return {};
-    });
+    auto values =
+        read<std::map<std::string, SettingsValue>>([](SettingsDatabase& database) { return database.readAll(); });
     for (const auto& [key, unstored] : m_unstored) {
         if (unstored) {
             values.insert_or_assign(key, *unstored);

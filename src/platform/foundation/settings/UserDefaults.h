@@ -42,6 +42,11 @@ public:
     void setBoolean(const std::string& key, bool value);
     void setData(const std::string& key, std::string bytes);
     void removeObject(const std::string& key);
+    /// Stores as data what `change` makes of what the key holds, of whatever type; no other thread or process writes in
+    /// between.
+    void update(const std::string& key, const SettingsChange& change);
+    /// How many bytes the key holds, which are not read for it.
+    [[nodiscard]] std::size_t size(const std::string& key);
 
     [[nodiscard]] std::map<std::string, SettingsValue> dictionaryRepresentation();
     /// Asks for everything written so far to be brought to the disk now, without waiting for it.
@@ -49,6 +54,15 @@ public:
 
 private:
     [[nodiscard]] std::optional<SettingsValue> value(const std::string& key);
+    /// The same for who holds the lock.
+    [[nodiscard]] std::optional<SettingsValue> find(const std::string& key);
+    /// What the reading of the database gives, or an empty value.
+    template<typename Value, typename Read>
+    [[nodiscard]] Value read(Read read);
+    /// As `withDatabase`, after another attempt at opening it for writing.
+    bool write(const std::function<Result<void, SettingsError>(SettingsDatabase&)>& operation);
+    /// A write has worked: what could not be stored before is tried again.
+    void written();
     void store(const std::string& key, std::optional<SettingsValue> value);
     /// Runs the operation on the database, once more on a fresh one after damage. False when it did not work.
     bool withDatabase(const std::function<Result<void, SettingsError>(SettingsDatabase&)>& operation);

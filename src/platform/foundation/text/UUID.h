@@ -22,6 +22,7 @@ public:
     [[nodiscard]] std::string uuidString() const;
 
     bool operator==(const UUID&) const = default;
+    bool operator<(const UUID& other) const { return m_value < other.m_value; }
 
     /// All zeros.
     UUID() = default;
