@@ -2,6 +2,7 @@
 
 #include "platform/foundation/NotificationCenter.h"
 #include "platform/foundation/net/URLCache.h"
+#include "platform/foundation/schedule/DispatchQueue.h"
 #include "platform/foundation/settings/UserDefaults.h"
 #include "platform/foundation/text/print.h"
 #include "state/Notifications.h"
@@ -18,12 +19,30 @@ AuthManager& AuthManager::shared()
 
 void AuthManager::logout()
 {
-    ++m_logouts;
     giveUpToken();
     clearSettingsStore();
     URLCache::shared().removeAllCachedResponses();
     print("URLSession cache cleared");
     NotificationCenter::defaultCenter().post(userDidLogout);
+}
+
+std::int64_t AuthManager::logouts()
+{
+    const std::int64_t now = UserDefaults::standard().timesEmptied();
+    const std::int64_t before = m_logoutsSeen.exchange(now);
+    if (before >= 0 && before < now) {
+        DispatchQueue::main().async([now] { shared().loggedOutElsewhere(now); });
+    }
+    return now;
+}
+
+void AuthManager::loggedOutElsewhere(std::int64_t logouts)
+{
+    if (logouts > m_ownLogout) {
+        giveUpToken();
+        URLCache::shared().removeAllCachedResponses();
+        NotificationCenter::defaultCenter().post(userDidLogout);
+    }
 }
 
 void AuthManager::endSignIn(const std::string& refusedToken)
@@ -44,11 +63,10 @@ void AuthManager::giveUpToken()
 
 void clearSettingsStore()
 {
-    UserDefaults& defaults = UserDefaults::standard();
-    for (const auto& [key, value] : defaults.dictionaryRepresentation()) {
-        defaults.removeObject(key);
-    }
-    defaults.synchronize();
+    UserDefaults::standard().removeAll();
+    AuthManager& manager = AuthManager::shared();
+    manager.m_ownLogout = UserDefaults::standard().timesEmptied();
+    manager.m_logoutsSeen = manager.m_ownLogout;
     print("UserDefaults cleared");
 }
 

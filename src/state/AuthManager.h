@@ -3,6 +3,7 @@
 #include "state/Synchronized.h"
 
 #include <atomic>
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -27,19 +28,25 @@ public:
     /// The token, and what is known of its user, are no more. Main thread.
     void giveUpToken();
 
-    /// How often `logout` has run in this process.
-    [[nodiscard]] unsigned logouts() const { return m_logouts; }
+    /// How often somebody has logged out, in this process or another one with the same settings. Another's log-out that
+    /// is found out so ends the sign-in here.
+    [[nodiscard]] std::int64_t logouts();
     /// How often a user's time has ended: by `logout`, by another environment, by the service's refusal.
     [[nodiscard]] unsigned tokensGivenUp() const { return m_tokensGivenUp; }
 
 private:
     AuthManager() = default;
 
-    std::atomic<unsigned> m_logouts = 0;
+    /// The settings have been emptied: is that known here?
+    void loggedOutElsewhere(std::int64_t logouts);
+    friend void clearSettingsStore();
+
+    std::atomic<std::int64_t> m_logoutsSeen = -1; // None looked for yet.
+    std::int64_t m_ownLogout = -1;                // The last by this process. Main thread.
     std::atomic<unsigned> m_tokensGivenUp = 0;
 };
 
-/// Removes every key of the settings store.
+/// Removes every key of the settings store. Main thread.
 void clearSettingsStore();
 
 } // namespace quillmate

@@ -5,7 +5,7 @@
 namespace quillmate
 {
 
-/// The time up to the next sign-out. Any thread.
+/// The time up to the next sign-out, in this process or another one. Any thread.
 class SignInPeriod
 {
 public:
@@ -21,10 +21,12 @@ public:
     [[nodiscard]] bool isOver() const { return AuthManager::shared().logouts() != m_logouts; }
     /// The token of before is gone, after a change of environment as well: nothing more may be sent in the name of
     /// whoever signs in next.
-    [[nodiscard]] bool isTokenGone() const { return AuthManager::shared().tokensGivenUp() != m_tokens; }
+    [[nodiscard]] bool isTokenGone() const { return isOver() || AuthManager::shared().tokensGivenUp() != m_tokens; }
+    /// How often somebody had logged out by then; for a write that must not bring back what a log-out has removed.
+    [[nodiscard]] std::int64_t logouts() const { return m_logouts; }
 
 private:
-    unsigned m_logouts;
+    std::int64_t m_logouts;
     unsigned m_tokens;
 };
 

@@ -15,8 +15,10 @@ namespace quillmate
 class SettingsCheckpointer
 {
 public:
-    /// `failed` is told, on this thread, why a checkpoint did not work.
-    SettingsCheckpointer(std::filesystem::path file, std::function<void(const std::string&)> failed);
+    /// `failed` is told, on this thread, why a checkpoint did not work. `tryAgain` is asked, on this thread, to do what
+    /// could not be done before, and says whether it is done.
+    SettingsCheckpointer(std::filesystem::path file, std::function<void(const std::string&)> failed,
+                         std::function<bool()> tryAgain);
     /// Finishes what is outstanding.
     ~SettingsCheckpointer();
     SettingsCheckpointer(const SettingsCheckpointer&) = delete;
@@ -26,16 +28,20 @@ public:
     void written();
     /// Asks for a checkpoint now, without waiting for it. Any thread.
     void hurry();
+    /// Asks `tryAgain` twice a second until it has done it, and at the end once more. Any thread.
+    void keepTrying();
 
 private:
     void run();
 
     std::filesystem::path m_file;
     std::function<void(const std::string&)> m_failed;
+    std::function<bool()> m_tryAgain;
     std::mutex m_mutex;
     std::condition_variable m_changed;
     bool m_dirty = false;
     bool m_hurry = false;
+    bool m_outstanding = false;
     bool m_stop = false;
     std::thread m_thread; // Last: it uses the members above.
 };

@@ -2,6 +2,7 @@
 
 #include "base/PrivateFiles.h"
 
+#include <algorithm>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <tuple>
@@ -21,7 +22,8 @@ enum class StoredKind { Text = 0, Boolean = 1, Data = 2 };
 constexpr auto setUp = "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL; PRAGMA wal_autocheckpoint=0;"
                        "PRAGMA cache_spill=OFF;"
                        "CREATE TABLE IF NOT EXISTS settings("
-                       "key BLOB PRIMARY KEY NOT NULL, kind INTEGER NOT NULL, value BLOB NOT NULL)";
+                       "key BLOB PRIMARY KEY NOT NULL, kind INTEGER NOT NULL, value BLOB NOT NULL);"
+                       "CREATE TABLE IF NOT EXISTS emptied(id INTEGER PRIMARY KEY CHECK(id = 0), times INTEGER NOT NULL)";
 // Another process holds the file for the microseconds of one write; past this it is stuck.
 constexpr int busyMilliseconds = 2000;
 
@@ -120,6 +122,17 @@ private:
     const SqliteConnection& m_connection;
 };
 
+std::int64_t timesEmptiedIn(SqliteConnection& connection)
+{
+    SqliteStatement statement(connection, "SELECT times FROM emptied");
+    return statement.step() ? statement.numberAt(0) : 0;
+}
+
+void putTimesEmptied(SqliteConnection& connection, std::int64_t times)
+{
+    SqliteStatement(connection, "INSERT OR REPLACE INTO emptied(id, times) VALUES(0, ?)").number(times).step();
+}
+
 /// For a file: URI.
 std::string percentEncodedPath(const std::filesystem::path& file)
 {
@@ -199,17 +212,25 @@ Result<std::map<std::string, SettingsValue>, SettingsError> SettingsDatabase::re
     });
 }
 
-Result<void, SettingsError> SettingsDatabase::write(const std::string& key, const SettingsValue& value)
+Result<void, SettingsError> SettingsDatabase::write(const std::string& key, const SettingsValue& value,
+                                                    std::optional<std::int64_t> during)
 {
     const auto [kind, bytes] = stored(value);
-    return attempt([&, kind = kind, bytes = bytes] { put(m_connection, key, kind, bytes); });
+    return attempt([&, kind = kind, bytes = bytes] {
+        WriteTransaction transaction(m_connection);
+        if (!during || timesEmptiedIn(m_connection) == *during) {
+            put(m_connection, key, kind, bytes);
+        }
+        transaction.commit();
+    });
 }
 
-Result<void, SettingsError> SettingsDatabase::update(const std::string& key, const SettingsChange& change)
+Result<void, SettingsError> SettingsDatabase::update(const std::string& key, const SettingsChange& change,
+                                                     std::optional<std::int64_t> during)
 {
     return attempt([&] {
         WriteTransaction transaction(m_connection);
-        {
+        if (!during || timesEmptiedIn(m_connection) == *during) {
             SqliteStatement statement(m_connection, "SELECT value FROM settings WHERE key = ?");
             const auto stored = statement.blob(key).step() ? std::optional(statement.bytesAt(0)) : std::nullopt;
             for (const auto& [changed, bytes] : change(stored)) {
@@ -237,6 +258,35 @@ Result<std::size_t, SettingsError> SettingsDatabase::size(const std::string& key
 Result<void, SettingsError> SettingsDatabase::remove(const std::string& key)
 {
     return attempt([&] { SqliteStatement(m_connection, "DELETE FROM settings WHERE key = ?").blob(key).step(); });
+}
+
+Result<std::int64_t, SettingsError> SettingsDatabase::timesEmptied()
+{
+    return attempt([&] { return timesEmptiedIn(m_connection); });
+}
+
+Result<void, SettingsError> SettingsDatabase::setTimesEmptied(std::int64_t times)
+{
+    return attempt([&] { putTimesEmptied(m_connection, times); });
+}
+
+Result<void, SettingsError> SettingsDatabase::empty(std::int64_t times)
+{
+    sqlite3_busy_timeout(m_connection.get(), 0);
+    auto done = attempt([&] {
+        WriteTransaction transaction(m_connection);
+        const std::int64_t before = timesEmptiedIn(m_connection);
+        SqliteStatement(m_connection, "DELETE FROM settings").step();
+        putTimesEmptied(m_connection, std::max(before + 1, times));
+        transaction.commit();
+    });
+    if (done) {
+        // The pages that held the values, then the log that still does. Whoever reads just now keeps them a while: the
+        // next checkpoint overwrites them.
+        std::ignore = attempt([&] { runSql(m_connection, "VACUUM; PRAGMA wal_checkpoint(TRUNCATE)"); });
+    }
+    sqlite3_busy_timeout(m_connection.get(), busyMilliseconds);
+    return done;
 }
 
 Result<void, SettingsError> SettingsDatabase::check()

@@ -3,6 +3,7 @@
 #include "base/Result.h"
 #include "base/Sqlite.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -55,12 +56,23 @@ public:
     [[nodiscard]] bool isReadOnly() const { return m_readOnly; }
     Result<std::optional<SettingsValue>, SettingsError> read(const std::string& key);
     Result<std::map<std::string, SettingsValue>, SettingsError> readAll();
-    Result<void, SettingsError> write(const std::string& key, const SettingsValue& value);
+    // A write that says how often the database has been emptied when it was decided on does nothing when it has been
+    // emptied since.
+    Result<void, SettingsError> write(const std::string& key, const SettingsValue& value,
+                                      std::optional<std::int64_t> during = {});
     /// Stores what `change` makes of what the key holds. No other process writes in between.
-    Result<void, SettingsError> update(const std::string& key, const SettingsChange& change);
+    Result<void, SettingsError> update(const std::string& key, const SettingsChange& change,
+                                       std::optional<std::int64_t> during = {});
     /// How many bytes the key holds, without reading them.
     Result<std::size_t, SettingsError> size(const std::string& key);
     Result<void, SettingsError> remove(const std::string& key);
+    /// How often the database has been emptied, by any process.
+    Result<std::int64_t, SettingsError> timesEmptied();
+    /// The same number for a database that takes the place of another.
+    Result<void, SettingsError> setTimesEmptied(std::int64_t times);
+    /// Removes every key and counts it, at least up to `times`, all or nothing, and leaves nothing of the values in the
+    /// files. Waits for no other process.
+    Result<void, SettingsError> empty(std::int64_t times);
     /// Looks at every page.
     Result<void, SettingsError> check();
 

@@ -4,6 +4,7 @@
 #include "base/PrivateFiles.h"
 #include "platform/foundation/text/print.h"
 
+#include <algorithm>
 #include <array>
 #include <ctime>
 #include <system_error>
@@ -16,6 +17,7 @@ namespace
 {
 
 constexpr auto lockName = "settings.lock";
+constexpr auto damagedSuffix = ".damaged-";
 
 std::filesystem::path freeNameBeside(const std::filesystem::path& file)
 {
@@ -23,7 +25,7 @@ std::filesystem::path freeNameBeside(const std::filesystem::path& file)
     const std::time_t now = std::time(nullptr);
     std::tm utc{};
     std::strftime(stamp.data(), stamp.size(), "%Y%m%dT%H%M%SZ", ::gmtime_r(&now, &utc));
-    const std::string base = file.string() + ".damaged-" + stamp.data();
+    const std::string base = file.string() + damagedSuffix + stamp.data();
     std::filesystem::path name = base;
     for (int i = 2; std::filesystem::exists(name); ++i) {
         name = base + "-" + std::to_string(i);
@@ -64,7 +66,12 @@ UserDefaults& UserDefaults::standard()
 
 UserDefaults::UserDefaults(std::filesystem::path file)
     : m_file(std::move(file))
-    , m_checkpointer(m_file, [this](const std::string& text) { reportOnce(text); })
+    , m_checkpointer(
+          m_file, [this](const std::string& text) { reportOnce(text); },
+          [this] {
+              const std::lock_guard lock(m_mutex);
+              return finishEmptying();
+          })
 {
 }
 
@@ -94,6 +101,11 @@ bool UserDefaults::openDatabase()
         return false;
     }
     m_database = std::move(opened).value();
+    if (const auto times = m_database->timesEmptied(); times && times.value() >= m_timesEmptied) {
+        noteTimesEmptied(times.value());
+    } else {
+        std::ignore = m_database->setTimesEmptied(m_timesEmptied); // It stands in a damaged one's place.
+    }
     return true;
 }
 
@@ -144,6 +156,9 @@ template<typename Value, typename Read>
 Value UserDefaults::read(Read read)
 {
     Value found{};
+    if (m_isEmptying) {
+        return found;
+    }
     withDatabase([&](SettingsDatabase& database) -> Result<void, SettingsError> {
         auto result = read(database);
         if (!result) {
@@ -174,7 +189,7 @@ bool UserDefaults::write(const std::function<Result<void, SettingsError>(Setting
     if (m_database && m_database->isReadOnly()) {
         m_database.reset(); // Perhaps it can be written by now.
     }
-    return withDatabase(operation);
+    return finishEmptying() && withDatabase(operation);
 }
 
 void UserDefaults::written()
@@ -187,11 +202,15 @@ void UserDefaults::written()
     m_checkpointer.written();
 }
 
-void UserDefaults::store(const std::string& key, std::optional<SettingsValue> value)
+void UserDefaults::store(const std::string& key, std::optional<SettingsValue> value, During during)
 {
     const std::lock_guard lock(m_mutex);
-    if (!write(
-            [&](SettingsDatabase& database) { return value ? database.write(key, *value) : database.remove(key); })) {
+    if (!write([&](SettingsDatabase& database) {
+            return value ? database.write(key, *value, during) : database.remove(key);
+        })) {
+        if (during && *during != m_timesEmptied) {
+            return;
+        }
         m_unstored.insert_or_assign(key, std::move(value));
         return;
     }
@@ -199,15 +218,18 @@ void UserDefaults::store(const std::string& key, std::optional<SettingsValue> va
     written();
 }
 
-void UserDefaults::update(const std::string& key, const SettingsChange& change)
+void UserDefaults::update(const std::string& key, const SettingsChange& change, During during)
 {
     const std::lock_guard lock(m_mutex);
     if (const auto unstored = m_unstored.find(key); unstored != m_unstored.end() && unstored->second) {
         change(bytesOf(*unstored->second)); // What this process alone knows of; the answer comes with the next one.
     }
-    if (write([&](SettingsDatabase& database) { return database.update(key, change); })) {
+    if (write([&](SettingsDatabase& database) { return database.update(key, change, during); })) {
         m_unstored.erase(key);
         written();
+        return;
+    }
+    if (during && *during != m_timesEmptied) {
         return;
     }
     const auto known = find(key);
@@ -225,8 +247,65 @@ std::size_t UserDefaults::size(const std::string& key)
     return read<std::size_t>([&key](SettingsDatabase& database) { return database.size(key); });
 }
 
+void UserDefaults::removeAll()
+{
+    const std::lock_guard lock(m_mutex);
+    m_unstored.clear();
+    ++m_timesEmptied;
+    m_isEmptying = true;
+    if (!finishEmptying()) {
+        m_checkpointer.keepTrying();
+    }
+}
+
+bool UserDefaults::finishEmptying()
+{
+    if (!m_isEmptying) {
+        return true;
+    }
+    if (!withDatabase([this](SettingsDatabase& database) { return database.empty(m_timesEmptied); })) {
+        m_database.reset(); // A fresh one may have more rights, or find more room.
+        return false;
+    }
+    m_isEmptying = false;
+    std::error_code error; // A file that stays is no worse than before, and the next time tries again.
+    const std::string damaged = m_file.filename().string() + damagedSuffix;
+    for (const auto& entry : std::filesystem::directory_iterator(m_file.parent_path(), error)) {
+        if (entry.path().filename().string().starts_with(damaged)) {
+            std::filesystem::remove(entry.path(), error);
+        }
+    }
+    return true;
+}
+
+void UserDefaults::noteTimesEmptied(std::int64_t times)
+{
+    if (std::exchange(m_timesEmptied, times) < times && !m_isEmptying) {
+        m_unstored.clear();
+    }
+}
+
+std::int64_t UserDefaults::timesEmptied()
+{
+    const std::lock_guard lock(m_mutex);
+    if (!m_isEmptying) {
+        withDatabase([this](SettingsDatabase& database) -> Result<void, SettingsError> {
+            auto times = database.timesEmptied();
+            if (!times) {
+                return Failure(times.error());
+            }
+            noteTimesEmptied(std::max(m_timesEmptied, times.value()));
+            return {};
+        });
+    }
+    return m_timesEmptied;
+}
+
 void UserDefaults::storeOutstanding()
 {
+    if (const auto times = m_database->timesEmptied()) {
+        noteTimesEmptied(std::max(m_timesEmptied, times.value()));
+    }
     while (!m_unstored.empty() && m_database) {
         const auto& [key, value] = *m_unstored.begin();
         if (!(value ? m_database->write(key, *value) : m_database->remove(key))) {
@@ -257,19 +336,19 @@ std::optional<std::string> UserDefaults::data(const std::string& key)
     return data ? std::optional(std::move(data->bytes)) : std::nullopt;
 }
 
-void UserDefaults::setString(const std::string& key, std::string text)
+void UserDefaults::setString(const std::string& key, std::string text, During during)
 {
-    store(key, SettingsValue(std::in_place_type<std::string>, std::move(text)));
+    store(key, SettingsValue(std::in_place_type<std::string>, std::move(text)), during);
 }
 
-void UserDefaults::setBoolean(const std::string& key, bool value)
+void UserDefaults::setBoolean(const std::string& key, bool value, During during)
 {
-    store(key, SettingsValue(std::in_place_type<bool>, value));
+    store(key, SettingsValue(std::in_place_type<bool>, value), during);
 }
 
-void UserDefaults::setData(const std::string& key, std::string bytes)
+void UserDefaults::setData(const std::string& key, std::string bytes, During during)
 {
-    store(key, SettingsValue(std::in_place_type<SettingsData>, SettingsData{std::move(bytes)}));
+    store(key, SettingsValue(std::in_place_type<SettingsData>, SettingsData{std::move(bytes)}), during);
 }
 
 void UserDefaults::removeObject(const std::string& key)

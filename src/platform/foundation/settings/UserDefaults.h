@@ -3,6 +3,7 @@
 #include "platform/foundation/settings/SettingsCheckpointer.h"
 #include "platform/foundation/settings/SettingsDatabase.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -38,13 +39,21 @@ public:
     /// Absent when nothing is stored or the value is no data.
     [[nodiscard]] std::optional<std::string> data(const std::string& key);
 
-    void setString(const std::string& key, std::string text);
-    void setBoolean(const std::string& key, bool value);
-    void setData(const std::string& key, std::string bytes);
+    // A write that says how often the settings had been emptied when it was decided on does nothing when they have been
+    // emptied since, by any process.
+    using During = std::optional<std::int64_t>;
+    void setString(const std::string& key, std::string text, During during = {});
+    void setBoolean(const std::string& key, bool value, During during = {});
+    void setData(const std::string& key, std::string bytes, During during = {});
     void removeObject(const std::string& key);
     /// Stores as data what `change` makes of what the key holds, of whatever type; no other thread or process writes in
     /// between.
-    void update(const std::string& key, const SettingsChange& change);
+    void update(const std::string& key, const SettingsChange& change, During during = {});
+    /// Removes every key, for this process at once, in the file in one step, which is tried again until it has happened
+    /// when another process or a full disk is in the way. Files that were moved aside as damaged go as well.
+    void removeAll();
+    /// How often the settings have been emptied, by any process. Never falls.
+    [[nodiscard]] std::int64_t timesEmptied();
     /// How many bytes the key holds, which are not read for it.
     [[nodiscard]] std::size_t size(const std::string& key);
 
@@ -63,7 +72,11 @@ private:
     bool write(const std::function<Result<void, SettingsError>(SettingsDatabase&)>& operation);
     /// A write has worked: what could not be stored before is tried again.
     void written();
-    void store(const std::string& key, std::optional<SettingsValue> value);
+    void store(const std::string& key, std::optional<SettingsValue> value, During during = {});
+    /// What `removeAll` has yet to do. True when nothing is left.
+    bool finishEmptying();
+    /// Takes note of what the file says of it; what this process could not store before is gone as well.
+    void noteTimesEmptied(std::int64_t times);
     /// Runs the operation on the database, once more on a fresh one after damage. False when it did not work.
     bool withDatabase(const std::function<Result<void, SettingsError>(SettingsDatabase&)>& operation);
     bool openDatabase();
@@ -77,6 +90,8 @@ private:
     std::unique_ptr<SettingsDatabase> m_database;
     /// What could not be stored: the value, or its absence after a removal.
     std::map<std::string, std::optional<SettingsValue>> m_unstored;
+    std::int64_t m_timesEmptied = 0;
+    bool m_isEmptying = false; // Nothing that the file holds counts any more.
     std::mutex m_reportMutex;
     bool m_reported = false;
     SettingsCheckpointer m_checkpointer;
