@@ -20,7 +20,7 @@ int main(int argc, char** argv)
             const std::string text = std::string(static_cast<std::size_t>(40 + i * 37 % 400), 't') + " and so on";
             history.append(i % 2 == 0 ? quillmate::Message::question(text) : quillmate::Message::answer(text));
         }
-        quillmate::UserDefaults::standard().setData("reply compose", history.encode().value());
+        quillmate::UserDefaults::standard().setData("reply compose", std::string(history.encode().value()));
         return 0;
     }
     quillmate::NSHostingController controller(quillmate::ChatViewState::makeContentView());

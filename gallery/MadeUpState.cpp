@@ -1,6 +1,5 @@
 #include "MadeUpState.h"
 
-#include "features/ChatErrorMessage.h"
 #include "features/MessageHistory.h"
 #include "features/RepliedMessage.h"
 #include "platform/foundation/schedule/MainOwned.h"
@@ -44,7 +43,6 @@ std::shared_ptr<const RepliedMessage> messageOf(const Scene& scene)
 void setUp(const Scene& scene)
 {
     clearSettingsStore();
-    ChatErrorMessage::shared().setChatErrorMessage(std::nullopt);
     IncommingUpdatesManager::shared().setIncommingUpdatesAvailable(scene.updateAnnounced);
     UserDefaults& defaults = UserDefaults::standard();
     if (!scene.summary.empty()) {
@@ -60,7 +58,7 @@ void setUp(const Scene& scene)
         history.append(i % 2 == 0 ? Message::question(text) : Message::answer(text));
     }
     if (const auto encoded = history.encode()) {
-        defaults.setData(SettingsKeys::chatHistory(messageId), encoded.value());
+        defaults.setData(SettingsKeys::chatHistory(messageId), std::string(encoded.value()));
     }
 }
 

@@ -2,7 +2,6 @@
 
 #include "MadeUpState.h"
 
-#include "features/ChatErrorMessage.h"
 #include "features/RepliedMessage.h"
 #include "views/chat/ChatViewState.h"
 #include "views/login/LoginViewState.h"
@@ -173,8 +172,15 @@ void addChat(std::vector<Shot>& shots)
                          },
                          openChat, size, scale});
     };
-    const auto fail = [](ChatViewState&) {
-        ChatErrorMessage::shared().setChatErrorMessage("Something went wrong, please try again");
+    const auto failWith = [](const char* sentence) {
+        return [sentence](ChatViewState& view) {
+            view.chat().loadMessages();
+            view.chat().setFailedQuestion(FailedQuestion{view.chat().messages().back().id, sentence});
+        };
+    };
+    const auto fail = failWith("Something went wrong, please try again");
+    const auto write = [](const std::string& text) {
+        return [text](ChatViewState& view) { view.chat().setNewMessageText(text); };
     };
     add("empty", withConversation({}));
     add("conversation", usualScene());
@@ -182,12 +188,16 @@ void addChat(std::vector<Shot>& shots)
         [](ChatViewState& chat) { chat.chat().setLoading(true); });
     add("failed", withConversation({"When?", "On Thursday.", "And where does she want to meet this time?"}), fail,
         narrow);
+    add("failed, large text", withConversation({"And where does she want to meet this time?"}), fail, narrow, 2);
+    add("a question of three lines", usualScene(), write("When?\nWhere?\nAnd who comes along?"));
+    add("a long question", usualScene(), write(repeated("And one more thing that I want to know. ", 12)), narrow);
+    add("a question from right to left", usualScene(), write(rightToLeft), narrow);
     add("both directions",
         withConversation({"متى الاجتماع؟", rightToLeft, "And the budget?", "By Wednesday evening."}));
     add("emoji, markup, control characters",
         withConversation({"👩‍👩‍👧‍👦 👍🏽 🇧🇷 ok?",
                           "<h1>No heading</h1> & \x01\x02 https://a.example/", "", std::string(300, 'w')}));
-    add("too long to be shown whole", withConversation({"All of it?", repeated("All of it. ", 900'000)}));
+    add("too long to be shown whole", withConversation({"All of it?", repeated("All of it. ", 80'000)}));
     add("narrow", usualScene(), {}, narrow);
     add("wide", usualScene(), {}, wide);
     add("large text", usualScene(), {}, narrow, 2);
@@ -197,6 +207,15 @@ void addChat(std::vector<Shot>& shots)
                          focusOn(root, "chatMessages");
                      }});
     shots.push_back({"Chat", "stand-alone", [] { return chatIn(usualScene()); }, {}, {400, 500}});
+    shots.push_back({"Chat",
+                     "stand-alone, sign-in wanted",
+                     [=] {
+                         return chatIn(withConversation({"When does she want to meet?"}),
+                                       failWith("The service answers only after a sign-in, and nobody can sign in "
+                                                "here. Use the chat in the panel beside a message."));
+                     },
+                     {},
+                     {400, 500}});
 }
 
 void addUpdate(std::vector<Shot>& shots)

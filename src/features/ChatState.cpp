@@ -1,9 +1,10 @@
 #include "features/ChatState.h"
 
-#include "features/ChatErrorMessage.h"
 #include "features/RepliedMessage.h"
 #include "platform/foundation/schedule/DispatchQueue.h"
 #include "platform/foundation/schedule/MainOwned.h"
+#include "platform/foundation/schedule/WorkQueue.h"
+#include "platform/foundation/settings/UserDefaults.h"
 #include "platform/foundation/text/print.h"
 #include "service/HandleApiRequests.h"
 #include "state/APIManager.h"
@@ -13,12 +14,37 @@
 #include "state/UserDetailsManager.h"
 
 #include <algorithm>
+#include <tuple>
 #include <utility>
 
 namespace quillmate
 {
 namespace
 {
+
+using StoredHistory = std::optional<Result<MessageHistory, JSONError>>;
+
+constexpr auto failureSentence = "Something went wrong, please try again";
+constexpr auto noSignInSentence = "The service answers only after a sign-in, and nobody can sign in here. "
+                                  "Use the chat in the panel beside a message.";
+
+// Up to this many bytes are read and decoded in less time than a frame takes.
+constexpr std::size_t shortHistory = 1'000'000;
+
+StoredHistory storedFor(const RepliedMessage& message, const std::string& key)
+{
+    const auto bytes = message.data(key);
+    if (!bytes) {
+        return std::nullopt;
+    }
+    auto decoded = MessageHistory::decode(*bytes);
+    if (!decoded) {
+        return decoded;
+    }
+    MessageHistory history = std::move(decoded).value();
+    std::ignore = history.encode(); // Here already, so that nobody waits for it at the next question.
+    return history;
+}
 
 std::string accessToken()
 {
@@ -67,49 +93,106 @@ void ChatState::setLoading(bool loading)
     }
 }
 
+void ChatState::setFailedQuestion(std::optional<FailedQuestion> failed)
+{
+    if (m_failed || failed) {
+        m_failed = std::move(failed);
+        Q_EMIT failedQuestionChanged();
+    }
+}
+
 void ChatState::append(Message message)
 {
     m_history.append(std::move(message));
+    m_isUnsaved = true;
     Q_EMIT messagesAppended();
     Q_EMIT messagesChanged();
 }
 
 void ChatState::loadMessages()
 {
-    const auto stored = m_repliedMessage->data(m_userDefaultsKey);
-    if (!stored) {
+    const auto receive = [](ChatState& chat, StoredHistory& stored) {
+        if (stored && !*stored) {
+            print("Failed to load messages: " + stored->error().description);
+        } else if (stored) {
+            chat.announce(chat.takeOver(std::move(*stored).value()));
+        }
+    };
+    if (!m_repliedMessage->hasKeysAlone() || UserDefaults::standard().size(m_userDefaultsKey) <= shortHistory) {
+        auto stored = storedFor(*m_repliedMessage, m_userDefaultsKey);
+        receive(*this, stored);
         return;
     }
-    // Most often it is what this screen has stored itself.
-    if (const auto own = m_history.encode(); !messages().empty() && own && own.value() == *stored) {
-        return;
-    }
-    auto decoded = MessageHistory::decode(*stored);
-    if (!decoded) {
-        print("Failed to load messages: " + decoded.error().description);
-        return;
-    }
-    const MessageHistory before = std::exchange(m_history, std::move(decoded).value());
-    if (before.messages() == messages() && before.hasSameTexts(m_history)) {
-        return; // Written in another way, but the same.
-    }
-    Q_EMIT messagesReplaced();
+    auto& mainQueue = DispatchQueue::main(); // Made before the queue that uses it, and so gone after it.
+    static WorkQueue queue;
+    queue.async([&mainQueue, receive, message = m_repliedMessage, key = m_userDefaultsKey, weak = weak_from_this()] {
+        mainQueue.async([receive, weak, stored = std::make_shared<StoredHistory>(storedFor(*message, key))] {
+            if (const auto alive = weak.lock()) {
+                receive(*alive, *stored);
+            }
+        });
+    });
+}
+
+ChatState::Difference ChatState::takeOver(MessageHistory stored)
+{
+    stored.appendUnknown(m_history);
+    const MessageHistory before = std::exchange(m_history, std::move(stored));
     if (before.messages() != messages()) {
+        return Difference::Messages;
+    }
+    return before.hasSameTexts(m_history) ? Difference::None : Difference::Texts;
+}
+
+void ChatState::announce(Difference difference)
+{
+    if (difference != Difference::None) {
+        Q_EMIT messagesReplaced();
+    }
+    if (difference == Difference::Messages) {
         Q_EMIT messagesChanged();
     }
 }
 
 void ChatState::saveMessages()
 {
-    if (m_period.isOver()) {
+    if (!m_isUnsaved || m_period.isOver()) {
         return;
     }
-    auto encoded = m_history.encode();
-    if (!encoded) {
-        print("Failed to save messages: " + encoded.error().description);
-        return;
+    auto difference = Difference::None; // Announced once the settings can be used again.
+    std::optional<MessageHistory> shared; // With what others have said about their messages, which is not shown here.
+    UserDefaults::standard().update(m_userDefaultsKey, [&](std::optional<std::string_view> stored) {
+        SettingsChanges changes;
+        std::string kept;
+        if (stored && !m_history.continues(*stored)) {
+            auto decoded = MessageHistory::decode(*stored);
+            if (decoded && m_repliedMessage->hasKeysAlone()) {
+                difference = std::max(difference, takeOver(std::move(decoded).value()));
+            } else if (decoded) {
+                shared = std::move(decoded).value();
+                shared->appendUnknown(m_history);
+            } else {
+                changes.emplace_back(SettingsKeys::unreadable(m_userDefaultsKey), *stored);
+                kept = decoded.error().description;
+            }
+        }
+        const auto encoded = (shared ? *shared : m_history).encode();
+        if (!encoded) {
+            print("Failed to save messages: " + encoded.error().description);
+            return SettingsChanges();
+        }
+        if (!changes.empty()) {
+            print("The stored messages cannot be read (" + kept + "). They are kept under \"" + changes.front().first +
+                  "\".");
+        }
+        m_isUnsaved = false;
+        changes.emplace_back(m_userDefaultsKey, encoded.value());
+        return changes;
+    });
+    if (!m_repliedMessage->hasKeysAlone() && !m_isUnsaved) {
+        m_repliedMessage->keepOwn(m_userDefaultsKey, SettingsData{std::string(m_history.encode().value())});
     }
-    m_repliedMessage->setData(m_userDefaultsKey, std::move(encoded).value());
+    announce(difference);
 }
 
 void ChatState::sendMessage()
@@ -118,10 +201,20 @@ void ChatState::sendMessage()
         return;
     }
     append(Message::question(m_newMessageText));
+    m_waiting.push_back(messages().back().id);
     setNewMessageText("");
     saveMessages();
+    sendNext();
+}
+
+void ChatState::sendNext()
+{
+    if (m_isLoading || m_waiting.empty()) {
+        return;
+    }
+    setFailedQuestion(std::nullopt);
     if (m_assistantId && m_threadId) {
-        sendLastUserMessage();
+        sendQuestion();
     } else {
         startChat();
     }
@@ -144,41 +237,31 @@ void ChatState::receiveStart(const Result<ChatStartResponse, ApiError>& result)
     setLoading(false);
     if (!result) {
         print("Error from start chat is:", result.error().description());
-        handleChatFailure();
+        handleChatFailure(result.error());
         return;
     }
     if (m_period.isTokenGone()) {
-        return; // Whoever signs in next does not send this user's message.
+        m_waiting.clear(); // Whoever signs in next does not send this user's messages.
+        return;
     }
     m_assistantId = result.value().assistantId;
     m_threadId = result.value().threadId;
     StartChatManager::shared().assistantId.set(m_assistantId);
     StartChatManager::shared().threadId.set(m_threadId);
-    sendLastUserMessage();
+    sendQuestion();
 }
 
-const Message* ChatState::newestOfUser() const
+void ChatState::sendQuestion()
 {
     const auto& list = messages();
-    const auto found = std::find_if(list.rbegin(), list.rend(), [](const Message& m) { return m.isSentByCurrentUser; });
-    return found == list.rend() ? nullptr : &*found;
-}
-
-void ChatState::sendLastUserMessage()
-{
-    if (!m_assistantId || !m_threadId) {
-        return;
-    }
-    const Message* newest = newestOfUser();
-    if (!newest || !newest->text) {
-        return;
-    }
+    const auto question =
+        std::find_if(list.rbegin(), list.rend(), [this](const Message& m) { return m.id == m_waiting.front(); });
     const auto url = URL::parseAbsolute(currentApiURL() + "/chat/send");
-    if (!url) {
+    if (question == list.rend() || !url) {
         return;
     }
     // Before anybody is told of anything, who could change the list.
-    const ChatBody body{*m_assistantId, *m_threadId, UserDetailsManager::shared().email(), *newest->text};
+    const ChatBody body{*m_assistantId, *m_threadId, UserDetailsManager::shared().email(), question->text.value_or("")};
     setLoading(true);
     HandleApiRequests::sendChatMessage(*url, accessToken(), body, onMain(weak_from_this(), &ChatState::receiveAnswer));
 }
@@ -188,27 +271,30 @@ void ChatState::receiveAnswer(const Result<std::string, ApiError>& result)
     setLoading(false);
     if (!result) {
         print("Error from chat message is:", result.error().description());
-        handleChatFailure();
+        handleChatFailure(result.error());
         return;
     }
     if (m_period.isOver()) {
+        m_waiting.clear();
         return;
     }
+    m_waiting.pop_front();
     append(Message::answer(result.value()));
-    ChatErrorMessage::shared().setChatErrorMessage(std::nullopt);
     saveMessages();
+    if (m_period.isTokenGone()) {
+        m_waiting.clear(); // As after the start.
+    }
+    sendNext();
 }
 
-void ChatState::handleChatFailure()
+void ChatState::handleChatFailure(const ApiError& error)
 {
-    if (m_period.isOver()) {
-        return; // The message it would stand under is another user's business.
+    if (m_period.isTokenGone()) {
+        m_waiting.clear(); // As after the start; the line would stand in another user's time.
+        return;
     }
-    if (newestOfUser()) {
-        ChatErrorMessage::shared().setChatErrorMessage("Something went wrong, please try again");
-    } else {
-        print("No message sent by the current user was found.");
-    }
+    const bool signInIsMissing = error.asksForSignIn() && accessToken().empty();
+    setFailedQuestion(FailedQuestion{m_waiting.front(), signInIsMissing ? noSignInSentence : failureSentence});
     saveMessages();
 }
 

@@ -4,6 +4,9 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
+#include <iterator>
+#include <set>
 #include <span>
 #include <utility>
 
@@ -50,6 +53,17 @@ Result<void, std::string> readMessage(std::span<const JSONMember> members, Messa
     return {};
 }
 
+/// A size that is reached by filling up with blanks, at most a thirty-second more. Short forms take none.
+std::size_t withRoom(std::size_t size)
+{
+    constexpr std::size_t shortForm = 1 << 16;
+    if (size < shortForm) {
+        return size;
+    }
+    const std::size_t step = std::bit_floor(size) / 32;
+    return (size + step - 1) / step * step;
+}
+
 Result<std::string, JSONError> encodeMessage(const Message& message)
 {
     JSONObject members{{std::string(idKey), message.id.uuidString()}};
@@ -88,17 +102,42 @@ bool MessageHistory::hasSameTexts(const MessageHistory& other) const
                       });
 }
 
-Result<std::string, JSONError> MessageHistory::encode()
+void MessageHistory::appendUnknown(const MessageHistory& other)
 {
+    // Most often one is the beginning of the other.
+    const auto& theirs = other.m_messages;
+    const auto [mine, first] = std::mismatch(m_messages.begin(), m_messages.end(), theirs.begin(), theirs.end());
+    std::set<UUID> known;
+    std::transform(mine, m_messages.end(), std::inserter(known, known.end()), [](const Message& m) { return m.id; });
+    std::copy_if(first, theirs.end(), std::back_inserter(m_messages),
+                 [&known](const Message& message) { return !known.contains(message.id); });
+}
+
+Result<std::string_view, JSONError> MessageHistory::encode()
+{
+    m_encoded.resize(m_length);
     for (; m_encodedCount < m_messages.size(); ++m_encodedCount) {
         auto message = encodeMessage(m_messages[m_encodedCount]);
         if (!message) {
-            return message;
+            return Failure(std::move(message).error());
         }
         m_encoded += m_encodedCount == 0 ? '[' : ',';
         m_encoded += message.value();
+        m_length = m_encoded.size();
     }
-    return m_messages.empty() ? std::string("[]") : m_encoded + ']';
+    m_encoded += m_messages.empty() ? "[]" : "]";
+    m_encoded.resize(withRoom(m_encoded.size()), ' ');
+    return std::string_view(m_encoded);
+}
+
+bool MessageHistory::continues(std::string_view stored) const
+{
+    const auto end = stored.find_last_not_of(' ');
+    if (end == std::string_view::npos || stored[end] != ']') {
+        return false;
+    }
+    const auto encoded = std::string_view(m_encoded).substr(0, m_length);
+    return encoded.starts_with(stored.substr(0, end)) && (end == m_length || encoded[end] == ',');
 }
 
 } // namespace quillmate

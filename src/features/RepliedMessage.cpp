@@ -75,10 +75,4 @@ void RepliedMessage::setBoolean(const std::string& key, bool value) const
     UserDefaults::standard().setBoolean(key, value);
 }
 
-void RepliedMessage::setData(const std::string& key, std::string bytes) const
-{
-    keepOwn(key, SettingsData{bytes});
-    UserDefaults::standard().setData(key, std::move(bytes));
-}
-
 } // namespace quillmate

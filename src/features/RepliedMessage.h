@@ -49,7 +49,11 @@ public:
     [[nodiscard]] std::optional<std::string> data(const std::string& key) const;
     void setString(const std::string& key, std::string text) const;
     void setBoolean(const std::string& key, bool value) const;
-    void setData(const std::string& key, std::string bytes) const;
+
+    /// Whether nobody else speaks of a message under the same keys.
+    [[nodiscard]] bool hasKeysAlone() const { return m_hasKeysAlone; }
+    /// Keeps what this message has stored under a key that is not its alone; else does nothing.
+    void keepOwn(const std::string& key, SettingsValue value) const;
 
 private:
     RepliedMessage(ReplyEmail record, bool isAlone)
@@ -60,7 +64,6 @@ private:
 
     /// What this message has stored under a key that is not its alone.
     [[nodiscard]] std::optional<SettingsValue> own(const std::string& key) const;
-    void keepOwn(const std::string& key, SettingsValue value) const;
 
     const ReplyEmail m_record;
     const bool m_hasKeysAlone;

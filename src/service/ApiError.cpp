@@ -3,6 +3,12 @@
 namespace quillmate
 {
 
+bool ApiError::asksForSignIn() const
+{
+    const auto* statusCode = std::get_if<int>(&m_content);
+    return statusCode && (*statusCode == 401 || *statusCode == 403);
+}
+
 std::string ApiError::description() const
 {
     if (const auto* statusCode = std::get_if<int>(&m_content)) {

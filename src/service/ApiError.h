@@ -21,6 +21,8 @@ public:
     /// The body could not be encoded, or the reply is not what it should be.
     static ApiError invalidData() { return ApiError(Content(std::in_place_index<3>)); }
 
+    /// Whether the service wants the sign-in of a user first (RFC 9110, sections 15.5.2 and 15.5.4).
+    [[nodiscard]] bool asksForSignIn() const;
     /// The case's name, with its payload in parentheses where it has one.
     [[nodiscard]] std::string description() const;
 

@@ -42,4 +42,9 @@ std::string chatHistory(const MessageId& messageId)
     return "reply " + orCompose(messageId);
 }
 
+std::string unreadable(const std::string& key)
+{
+    return key + " unreadable";
+}
+
 } // namespace quillmate::SettingsKeys

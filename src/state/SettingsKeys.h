@@ -25,5 +25,7 @@ constexpr auto selectedApiEndpoint = "selectedApiEndpoint";
 [[nodiscard]] std::string fallbackContent(const MessageId& messageId);
 /// Data: the chat history of the message.
 [[nodiscard]] std::string chatHistory(const MessageId& messageId);
+/// Data: what was stored under the key and could not be read when something else took its place.
+[[nodiscard]] std::string unreadable(const std::string& key);
 
 } // namespace quillmate::SettingsKeys

@@ -1,4 +1,4 @@
-#include "features/ChatErrorMessage.h"
+#include "base/ApplicationFolders.h"
 #include "features/ChatState.h"
 #include "features/CurrentMessage.h"
 #include "features/FeatureFixture.h"
@@ -9,6 +9,8 @@
 #include "support/TestProgram.h"
 
 #include <QCoreApplication>
+#include <QFile>
+#include <QRegularExpression>
 #include <QSignalSpy>
 
 using namespace quillmate;
@@ -27,12 +29,11 @@ private Q_SLOTS:
     void failures();
     void textsThatCannotBeSent();
     void unreadableStore();
-    void failureWithoutAMessageOfTheUser();
-    void messageWhileAChatIsBeingStarted();
-    void requestsWithoutAnAnswer();
+    void questionsWaitTheirTurn();
     void endOfTheUserMeanwhile();
     void screenGoneMeanwhile();
     void twoScreensOfOneMessage();
+    void longConversation();
 
 private:
     void answerSends(const TestReply& reply) { m_fixture.server().reply("POST /api/v1/chat/send", reply); }
@@ -47,7 +48,6 @@ using Chat = std::shared_ptr<ChatState>;
 
 const TestReply started{200, R"({"response":{"assistantId":"a1","threadId":"t1"}})"};
 const TestReply hi{200, R"({"response":"Hi."})"};
-const TestReply silence{200, "", {}, TestReply::Manner::Silence};
 const auto wentWrong = QStringLiteral(", error: Something went wrong, please try again");
 
 QString word(const Text& text)
@@ -55,18 +55,18 @@ QString word(const Text& text)
     return QString::fromStdString(text.value_or("-"));
 }
 
-/// All that a chat screen shows, on one line; the user's messages in brackets.
+/// All that a chat screen shows, on one line; the user's messages in brackets, the failed one marked.
 QString shown(const Chat& chat)
 {
     QStringList messages;
+    const auto& failed = chat->failedQuestion();
     for (const Message& message : chat->messages()) {
-        const QString text = word(message.text);
+        const QString text = word(message.text) + (failed && failed->id == message.id ? "!" : "");
         messages.append(message.isSentByCurrentUser ? "[" + text + "]" : word(message.response));
     }
-    const auto& error = ChatErrorMessage::shared().chatErrorMessage();
     return QStringLiteral("%1, chat %2 %3%4%5%6")
         .arg(messages.join(QLatin1Char(' ')), word(chat->assistantId()), word(chat->threadId()),
-             chat->isLoading() ? ", loading" : "", error ? ", error: " + QString::fromStdString(*error) : QString(),
+             chat->isLoading() ? ", loading" : "", failed ? ", error: " + word(failed->sentence) : QString(),
              chat->newMessageText().empty() ? QString() : ", input: " + word(chat->newMessageText()));
 }
 
@@ -100,6 +100,22 @@ QString storedFormOf(const Chat& chat)
                                  message.isSentByCurrentUser ? "true" : "false"));
     }
     return "[" + messages.join(QLatin1Char(',')) + "]";
+}
+
+/// By this process so far, to files and all else.
+qint64 bytesWritten()
+{
+    QFile counters(QStringLiteral("/proc/self/io"));
+    const bool opened = counters.open(QIODevice::ReadOnly);
+    static const QRegularExpression written(QStringLiteral("wchar: (\\d+)"));
+    return opened ? written.match(QString::fromLatin1(counters.readAll())).captured(1).toLongLong() : -1;
+}
+
+/// Whether the text stands in the settings' main file.
+bool fileHolds(const std::string& text)
+{
+    QFile file(QString::fromStdString(applicationDataFolder() / "settings.db"));
+    return file.open(QIODevice::ReadOnly) && file.readAll().contains(QByteArray::fromStdString(text));
 }
 
 QString storedChat(const char* key)
@@ -184,12 +200,14 @@ void ChatFlowTest::failures()
         TestReply start;
         TestReply send;
         const char* printed; // the last line, its beginning
+        bool again;
     };
     const TestReply closed{200, "", {}, TestReply::Manner::CloseAtOnce};
-    for (const auto& [start, send, printed] :
-         {Row{closed, hi, "Error from start chat is: networkError(URLError.networkConnectionLost: "},
-          Row{started, {401}, "Error from chat message is: serverError(401)"},
-          Row{started, {200, "{}"}, "Error from chat message is: invalidData"}}) {
+    for (const auto& [start, send, printed, again] :
+         {Row{closed, hi, "Error from start chat is: networkError(URLError.networkConnectionLost: ", true},
+          Row{closed, hi, "Error from start chat is: networkError(", false},
+          Row{started, {401}, "Error from chat message is: serverError(401)", true},
+          Row{started, {200, "{}"}, "Error from chat message is: invalidData", false}}) {
         init();
         m_fixture.server().reset();
         m_fixture.server().reply("POST /api/v1/chat/start", start);
@@ -199,22 +217,45 @@ void ChatFlowTest::failures()
         const auto chat = ChatState::make(currentMessage());
         const bool isStarted = start.body == started.body;
         say(chat, "one");
-        QTRY_COMPARE(shown(chat), "[one], chat " + QString(isStarted ? "a1 t1" : "- -") + wentWrong);
+        QTRY_COMPARE(shown(chat), "[one!], chat " + QString(isStarted ? "a1 t1" : "- -") + wentWrong);
         QVERIFY2(m_fixture.log().lines().last().startsWith(printed), qPrintable(m_fixture.log().lines().last()));
         QCOMPARE(storedChat("reply m1"), storedFormOf(chat));
         QVERIFY(ManualTime::pendingDelays().empty()); // no second try
 
-        // The error is the whole process's; any chat's answer clears it. The screen's own message stays its own.
+        // It is this screen's alone, also when another one gets its answer.
         FeatureFixture::replyTo("m2", "Another content");
         const auto other = ChatState::make(currentMessage());
-        QCOMPARE(shown(other), ", chat - -" + wentWrong);
         say(other, "two");
         QTRY_COMPARE(shown(other), QStringLiteral("[two] Hi., chat a1 t1"));
+        QVERIFY(chat->failedQuestion());
+
+        // Once more, or with another question behind it.
         const auto before = m_fixture.sent().size();
-        say(chat, "three");
-        QTRY_COMPARE(shown(chat), QStringLiteral("[one] [three] Hi., chat a1 t1"));
-        QCOMPARE(m_fixture.sent().mid(before),
-                 isStarted ? QStringList{sends("three")} : (QStringList{starts(), sends("three")}));
+        if (again) {
+            chat->sendAgain();
+            chat->sendAgain();
+        } else {
+            say(chat, "three");
+        }
+        QVERIFY(chat->isLoading() && !chat->failedQuestion());
+        QTRY_COMPARE(shown(chat), again ? QStringLiteral("[one] Hi., chat a1 t1")
+                                        : QStringLiteral("[one] [three] Hi. Hi., chat a1 t1"));
+        QStringList expected = isStarted ? QStringList() : QStringList{starts()};
+        expected += again ? QStringList{sends("one")} : QStringList{sends("one"), sends("three")};
+        QCOMPARE(m_fixture.sent().mid(before), expected);
+        chat->sendAgain(); // Nothing waits.
+        QVERIFY(!chat->isLoading());
+    }
+    // Nobody is signed in.
+    for (const int status : {401, 403}) {
+        init();
+        m_fixture.server().reset();
+        m_fixture.server().reply("POST /api/v1/chat/start", TestReply{status});
+        AuthManager::shared().accessToken.set(std::nullopt);
+        const auto chat = ChatState::make(currentMessage());
+        say(chat, "one");
+        QTRY_VERIFY(chat->failedQuestion());
+        QVERIFY(word(chat->failedQuestion()->sentence).contains(QLatin1String("sign-in")));
     }
 }
 
@@ -225,89 +266,68 @@ void ChatFlowTest::textsThatCannotBeSent()
     auto chat = ChatState::make(currentMessage());
     say(chat, "one");
     QCOMPARE(shown(chat), QStringLiteral("[one], chat - -, loading"));
-    QTRY_COMPARE(shown(chat), "[one], chat - -" + wentWrong);
+    QTRY_COMPARE(shown(chat), "[one!], chat - -" + wentWrong);
     QCOMPARE(m_fixture.log().take().last(), QStringLiteral("Error from start chat is: invalidData"));
-    // The message: what is stored stays as it was.
+    // The message: what is stored stays as it was. What waits before it is answered.
     FeatureFixture::replyTo("m1", "The content");
-    chat = ChatState::make(currentMessage());
-    chat->loadMessages();
+    answerSends(hi);
     say(chat, "caf\xe9");
-    QTRY_COMPARE(chat->assistantId(), Text("a1"));
-    QTRY_VERIFY(!chat->isLoading());
-    QCOMPARE(m_fixture.sent(), QStringList{starts()});
-    QCOMPARE(m_fixture.log().lines().filter("Failed to save messages: ").size(), 2);
+    QTRY_VERIFY(chat->failedQuestion());
+    QCOMPARE(m_fixture.sent(), (QStringList{starts(), sends("one")}));
+    QCOMPARE(m_fixture.log().lines().filter("Failed to save messages: ").size(), 3);
     QVERIFY(m_fixture.log().lines().contains("Error from chat message is: invalidData"));
     QVERIFY(storedChat("reply m1").endsWith(QLatin1String(R"(,"text":"one","isSentByCurrentUser":true}])")));
 }
 
 void ChatFlowTest::unreadableStore()
 {
-    UserDefaults::standard().setData("reply m1", "[{}]");
-    const auto chat = ChatState::make(currentMessage());
-    chat->loadMessages();
-    QCOMPARE(m_fixture.log().lines().size(), 1);
-    QVERIFY(m_fixture.log().lines().front().startsWith(QLatin1String("Failed to load messages: ")));
-    QVERIFY(chat->messages().empty());
-    QCOMPARE(storedChat("reply m1"), QStringLiteral("[{}]"));
-    chat->saveMessages();
-    QCOMPARE(storedChat("reply m1"), QStringLiteral("[]"));
-}
-
-void ChatFlowTest::failureWithoutAMessageOfTheUser()
-{
-    answerSends(TestReply{500});
-    const auto chat = ChatState::make(currentMessage());
-    say(chat, "one");
-    QTRY_COMPARE(m_fixture.server().requests().size(), std::size_t(2));
-    QTRY_VERIFY(!chat->isLoading());
-    ChatErrorMessage::shared().setChatErrorMessage(std::nullopt);
-    say(chat, "two");
-    MessageHistory history({Message::answer("Welcome.")});
-    UserDefaults::standard().setData("reply m1", history.encode().value());
-    chat->loadMessages();
-    QTRY_COMPARE(shown(chat), QStringLiteral("Welcome., chat a1 t1"));
-    QCOMPARE(m_fixture.log().lines().last(), QStringLiteral("No message sent by the current user was found."));
-}
-
-void ChatFlowTest::messageWhileAChatIsBeingStarted()
-{
-    m_fixture.server().reset();
-    for (const char* reply : {R"({"response":{"assistantId":"a1","threadId":"t1"}})",
-                              R"({"response":{"assistantId":"a2","threadId":"t2"}})"}) {
-        m_fixture.server().reply("POST /api/v1/chat/start", reply);
+    answerSends(hi);
+    for (const bool isShown : {true, false}) {
+        UserDefaults::standard().setData("reply m1", "[{}]");
+        m_fixture.log().take();
+        const auto chat = ChatState::make(currentMessage());
+        if (isShown) {
+            chat->loadMessages();
+            QCOMPARE(m_fixture.log().lines().size(), 1);
+            QVERIFY(m_fixture.log().take().front().startsWith(QLatin1String("Failed to load messages: ")));
+            QVERIFY(chat->messages().empty());
+        }
+        chat->saveMessages(); // Nothing was said.
+        QCOMPARE(storedChat("reply m1"), QStringLiteral("[{}]"));
+        say(chat, "one");
+        QVERIFY(m_fixture.log().lines().front().contains(QLatin1String("\"reply m1 unreadable\"")));
+        QTRY_COMPARE(shown(chat), QStringLiteral("[one] Hi., chat a1 t1"));
+        QCOMPARE(storedChat("reply m1"), storedFormOf(chat));
+        QCOMPARE(storedChat("reply m1 unreadable"), QStringLiteral("[{}]"));
+        UserDefaults::standard().removeObject("reply m1 unreadable");
     }
-    answerSends(hi);
-    const auto chat = ChatState::make(currentMessage());
-    say(chat, "one");
-    say(chat, "two");
-    QTRY_COMPARE(chat->messages().size(), std::size_t(4));
-    // Either start may be answered first; each sends the newest message into its own chat.
-    QStringList sent = m_fixture.sent();
-    QStringList expected{starts(), starts(), sends("two"), sends("two").replace("a1", "a2").replace("t1", "t2")};
-    sent.sort();
-    expected.sort();
-    QCOMPARE(sent, expected);
-    QCOMPARE(StartChatManager::shared().assistantId.get(), chat->assistantId());
-    QCOMPARE(StartChatManager::shared().threadId.get(), chat->threadId());
-    QVERIFY(shown(chat).startsWith("[one] [two] Hi. Hi., chat "));
-    QCOMPARE(storedChat("reply m1"), storedFormOf(chat));
 }
 
-void ChatFlowTest::requestsWithoutAnAnswer()
+void ChatFlowTest::questionsWaitTheirTurn()
 {
-    answerSends(silence);
-    answerSends(hi);
+    for (const TestReply& reply : {hi, TestReply{500}, hi}) {
+        answerSends(reply);
+    }
     const auto chat = ChatState::make(currentMessage());
-    say(chat, "one");
-    QTRY_COMPARE(m_fixture.server().requests().size(), std::size_t(2));
-    QCOMPARE(shown(chat), QStringLiteral("[one], chat a1 t1, loading"));
-    // The next message goes all the same, and its answer ends the loading for both.
-    say(chat, "two");
-    QTRY_COMPARE(shown(chat), QStringLiteral("[one] [two] Hi., chat a1 t1"));
-    say(chat, "three");
-    say(chat, "four");
-    QTRY_COMPARE(shown(chat), QStringLiteral("[one] [two] Hi. [three] [four] Hi. Hi., chat a1 t1"));
-    QCOMPARE(m_fixture.sent().size(), 5);
+    {
+        const auto held = m_fixture.server().hold();
+        for (const char* question : {"one", "two", "three"}) {
+            say(chat, question);
+        }
+        chat->sendAgain(); // A request is under way.
+    }
+    // One fails: those behind it wait with it, and the line stands under it.
+    QTRY_COMPARE(shown(chat), "[one] [two!] [three] Hi., chat a1 t1" + wentWrong);
+    QCOMPARE(m_fixture.sent(), (QStringList{starts(), sends("one"), sends("two")}));
+    {
+        const auto held = m_fixture.server().hold();
+        chat->sendAgain();
+        QCOMPARE(shown(chat), QStringLiteral("[one] [two] [three] Hi., chat a1 t1, loading"));
+        say(chat, "four");
+    }
+    QTRY_COMPARE(shown(chat), QStringLiteral("[one] [two] [three] Hi. [four] Hi. Hi. Hi., chat a1 t1"));
+    QCOMPARE(m_fixture.sent().mid(3), (QStringList{sends("two"), sends("three"), sends("four")}));
+    QCOMPARE(storedChat("reply m1"), storedFormOf(chat));
 }
 
 void ChatFlowTest::endOfTheUserMeanwhile()
@@ -331,6 +351,7 @@ void ChatFlowTest::endOfTheUserMeanwhile()
         }
         answerSends(send);
         say(chat, "two");
+        say(chat, "three"); // Waits, and is never sent.
         const QString before = shown(chat);
         if (environment) {
             APIManager::selectApiEndpoint("dev");
@@ -389,6 +410,81 @@ void ChatFlowTest::twoScreensOfOneMessage()
     one->loadMessages();
     QCOMPARE(replaced.count(), 1);
     QCOMPARE(changed.count(), 1);
+    // What one says is stored beside what the other has said meanwhile, which it takes over.
+    say(other, "two");
+    QTRY_COMPARE(shown(other), QStringLiteral("[one] Hi. [two] Hi., chat a1 t1"));
+    say(one, "three");
+    QCOMPARE(shown(one), QStringLiteral("[one] Hi. [two] Hi. [three], chat - -, loading"));
+    QCOMPARE(replaced.count(), 2);
+    say(other, "four");
+    QTRY_COMPARE(other->messages().size(), std::size_t(7));
+    QTRY_VERIFY(!one->isLoading());
+    QTRY_VERIFY(!other->isLoading());
+    one->loadMessages();
+    other->loadMessages();
+    QCOMPARE(one->messages().size(), std::size_t(8));
+    QVERIFY(one->messages() == other->messages());
+    // Who has said nothing since writes nothing.
+    UserDefaults::standard().removeObject("reply m1");
+    one->saveMessages();
+    QCOMPARE(FeatureFixture::stored(), QStringList());
+
+    // Messages without an id share a key: each shows what was said about it, and keeps what was said about the other.
+    FeatureFixture::replyTo(std::nullopt, "One");
+    const auto message = currentMessage();
+    const auto nameless = ChatState::make(message);
+    const auto another = ChatState::make(currentMessage());
+    say(nameless, "a");
+    QTRY_COMPARE(shown(nameless), QStringLiteral("[a] Hi., chat a1 t1"));
+    say(another, "b");
+    QTRY_COMPARE(shown(another), QStringLiteral("[b] Hi., chat a1 t1"));
+    const auto again = ChatState::make(message);
+    again->loadMessages();
+    QCOMPARE(shown(again), QStringLiteral("[a] Hi., chat - -"));
+    const auto alone = ChatState::make(RepliedMessage::none());
+    alone->loadMessages();
+    QCOMPARE(shown(alone), QStringLiteral("[a] Hi. [b] Hi., chat - -"));
+}
+
+/// Read in a later turn, and written in its last pages alone.
+void ChatFlowTest::longConversation()
+{
+    MessageHistory history;
+    for (int i = 0; i < 10'000; ++i) {
+        history.append(i % 2 == 0 ? Message::question(std::string(200, 'q')) : Message::answer(std::string(200, 'a')));
+    }
+    const std::string bytes = [&history] {
+        const auto form = std::string(history.encode().value());
+        return form.substr(0, form.find_last_not_of(' ') + 1); // As others write it, without room.
+    }();
+    UserDefaults::standard().setData("reply m1", bytes);
+    const auto chat = ChatState::make(currentMessage());
+    QSignalSpy replaced(chat.get(), &ChatState::messagesReplaced);
+    chat->loadMessages();
+    QVERIFY(chat->messages().empty());
+    QTRY_COMPARE(replaced.count(), 1);
+    QVERIFY(chat->messages() == history.messages());
+
+    // Everything that goes to the disk, to the log and from there to the file, beside the little that the network gets.
+    const auto settle = [](const std::string& text) {
+        UserDefaults::standard().synchronize();
+        QTRY_VERIFY(fileHolds(text));
+    };
+    settle(bytes.substr(bytes.size() - 100));
+    answerSends(TestReply{200, R"({"response":"Hardly anything."})"});
+    const qint64 before = bytesWritten();
+    say(chat, "What is new?");
+    QTRY_COMPARE(chat->messages().size(), std::size_t(10'002));
+    settle("Hardly anything.");
+    const double exchange = static_cast<double>(bytesWritten() - before) / static_cast<double>(bytes.size());
+    QVERIFY2(exchange < 2.2, qPrintable(QString::number(exchange)));
+    // Said before it is read.
+    const auto later = ChatState::make(currentMessage());
+    later->loadMessages();
+    say(later, "Again?");
+    QCOMPARE(later->messages().size(), std::size_t(10'003));
+    QTRY_COMPARE(later->messages().size(), std::size_t(10'004));
+    QVERIFY(std::equal(chat->messages().begin(), chat->messages().end(), later->messages().begin()));
 }
 
 QUILLMATE_TEST(ChatFlowTest, QCoreApplication)

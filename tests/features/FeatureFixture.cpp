@@ -1,6 +1,5 @@
 #include "features/FeatureFixture.h"
 
-#include "features/ChatErrorMessage.h"
 #include "platform/foundation/settings/UserDefaults.h"
 #include "state/APIManager.h"
 
@@ -11,7 +10,6 @@ void FeatureFixture::reset()
 {
     StateFixture::reset();
     signIn();
-    ChatErrorMessage::shared().setChatErrorMessage(std::nullopt);
     replyTo("m1", "The content");
     static_cast<void>(currentApiURL()); // which says so once
     log().take();

@@ -1,4 +1,3 @@
-#include "features/ChatErrorMessage.h"
 #include "features/MessageHistory.h"
 #include "features/RepliedMessage.h"
 #include "platform/foundation/schedule/MainOwned.h"
@@ -27,7 +26,7 @@ void store(const std::vector<std::string>& conversation)
     for (std::size_t i = 0; i < conversation.size(); ++i) {
         history.append(i % 2 == 0 ? Message::question(conversation[i]) : Message::answer(conversation[i]));
     }
-    UserDefaults::standard().setData(key, history.encode().value());
+    UserDefaults::standard().setData(key, std::string(history.encode().value()));
 }
 
 std::vector<std::string> numbered(int count)
@@ -69,7 +68,8 @@ private:
         m_state = makeMainOwned<ChatViewState>(std::make_shared<const RepliedMessage>(std::move(record)));
         m_fixture.window().resize(size);
         m_fixture.show(hostedViewOf(QStringLiteral("ChatView"), m_state));
-        QTest::qWait(0); // A turn of the loop, in which the list lays itself out.
+        QTRY_COMPARE(messages(), conversation.size()); // A long one comes later.
+        QTest::qWait(0);                               // A turn of the loop, in which the list lays itself out.
     }
     [[nodiscard]] QQuickItem* list() const { return m_fixture.item("chatMessages"); }
     /// The rows that are there, by their numbers.
@@ -107,7 +107,6 @@ private Q_SLOTS:
     {
         m_state.reset();
         m_fixture.reset();
-        ChatErrorMessage::shared().setChatErrorMessage(std::nullopt);
     }
 
     void bubbles()
@@ -141,22 +140,29 @@ private Q_SLOTS:
         QTRY_VERIFY(isAtEnd());
     }
 
+    void errorLine_data() { ViewFixture::addManners({"mouse", "Space", "accessible action"}); }
+
+    /// Under the question that failed, with a way to send it again.
     void errorLine()
     {
+        QFETCH(const QString, manner);
         const auto text = QStringLiteral("Something went wrong, please try again");
-        for (const int count : {0, 1, 2, 3}) {
-            show(numbered(count));
-            QVERIFY(!m_fixture.accessible(QAccessible::StaticText, text));
-            ChatErrorMessage::shared().setChatErrorMessage(text.toStdString());
-            const bool shown = count % 2 == 1; // After a question alone.
-            QCOMPARE(m_fixture.accessible(QAccessible::StaticText, text) != nullptr, shown);
-            if (shown) {
-                QVERIFY(within(row(count - 1), "errorText"));
-                QTRY_VERIFY(isAtEnd()); // The error is in sight too.
-            }
-            ChatErrorMessage::shared().setChatErrorMessage(std::nullopt);
-            QVERIFY(!m_fixture.item("errorText"));
-        }
+        const auto again = QStringLiteral("Try again");
+        m_fixture.server().reply("POST /api/v1/chat/start", TestReply{500});
+        show(numbered(20));
+        say(QStringLiteral("And?"));
+        QVERIFY(!m_fixture.accessible(QAccessible::StaticText, text));
+        QTRY_VERIFY(m_fixture.accessible(QAccessible::StaticText, text));
+        QTRY_VERIFY(row(20) && within(row(20), "errorText"));
+        QTRY_VERIFY(isAtEnd()); // All of it is in sight.
+        QVERIFY(within(row(20), "againButton")->mapToItem(list(), {0, 0}).y() <= list()->height() - 20);
+        m_fixture.server().reply("POST /api/v1/chat/start", TestReply{200, {}, {}, TestReply::Manner::Silence});
+        m_fixture.choose(QAccessible::Button, again, manner);
+        QVERIFY(!m_fixture.accessible(QAccessible::StaticText, text));
+        QVERIFY(!m_fixture.accessible(QAccessible::Button, again));
+        QVERIFY(m_fixture.item("chatSpinner"));
+        QVERIFY(m_fixture.item("chatInput")->hasActiveFocus());
+        QTRY_COMPARE(m_fixture.server().requests().size(), std::size_t(2));
     }
 
     void sending_data()
@@ -198,8 +204,6 @@ private Q_SLOTS:
         m_fixture.press(Qt::Key_X);
         m_fixture.press(Qt::Key_Return);
         QCOMPARE(messages(), std::size_t(2));
-        m_state->chat().setLoading(false);
-        QVERIFY(m_fixture.item("sendButton") && !m_fixture.item("chatSpinner"));
     }
 
     void endAfterEveryChange()
@@ -240,7 +244,8 @@ private Q_SLOTS:
         QTRY_VERIFY(!list()->property("moving").toBool() && !row(50));
         // What is not said does not scroll: another width, and the error under the last question.
         const double before = top();
-        ChatErrorMessage::shared().setChatErrorMessage("Something went wrong");
+        const Message question = m_state->chat().messages().back();
+        m_state->chat().setFailedQuestion(FailedQuestion{question.id, "Something went wrong"});
         m_fixture.shown()->setSize({440, 390});
         QTest::qWait(0);
         QCOMPARE(top(), before);
@@ -345,20 +350,69 @@ private Q_SLOTS:
 
     void shownAndHidden()
     {
+        m_fixture.server().reply("POST /api/v1/chat/start", TestReply{200, {}, {}, TestReply::Manner::Silence});
         show({"Kept"});
         QCOMPARE(rows().size(), 1);
         UserDefaults::standard().removeObject(key);
         m_fixture.shown()->setVisible(false);
-        QVERIFY(UserDefaults::standard().data(key)); // Stored as it is hidden.
+        QVERIFY(!UserDefaults::standard().data(key)); // Nothing was said.
         store({"Kept", "and more"});
         m_fixture.shown()->setVisible(true);
-        QTRY_COMPARE(rows().size(), 2); // Read as it is shown.
+        QTRY_COMPARE(rows().size(), 3); // Read as it is shown: the other one is a message of its own.
+        say(QStringLiteral("And now?"));
         UserDefaults::standard().removeObject(key);
         m_fixture.takeOut();
-        QVERIFY(UserDefaults::standard().data(key));
-        UserDefaults::standard().removeObject(key);
         m_fixture.close();
-        QVERIFY(!UserDefaults::standard().data(key)); // It was hidden already.
+        QVERIFY(!UserDefaults::standard().data(key)); // It was stored when it was said.
+    }
+
+    /// Where the user writes.
+    void field()
+    {
+        m_fixture.server().reply("POST /api/v1/chat/start", TestReply{200, {}, {}, TestReply::Manner::Silence});
+        show({});
+        auto* input = m_fixture.item("chatInput");
+        auto* field = m_fixture.item("chatField");
+        input->forceActiveFocus();
+        const double oneLine = field->height();
+        QCOMPARE(oneLine, 40.0);
+        // As high as its lines, up to five; what is typed is in sight.
+        const auto height = [&] { return input->property("contentHeight").toDouble(); };
+        const double line = height();
+        for (int lines = 2; lines <= 8; ++lines) {
+            m_fixture.press(Qt::Key_A);
+            m_fixture.press(Qt::Key_Return, Qt::ShiftModifier);
+            QTRY_COMPARE(field->height(), std::max(40.0, std::min(5, lines) * line + 16));
+            QTRY_COMPARE(height(), lines * line);
+        }
+        const auto cursor = [&] { return input->property("cursorRectangle").toRectF(); };
+        QTRY_VERIFY(input->mapToItem(field, cursor().bottomLeft()).y() <= field->height());
+        QCOMPARE(messages(), std::size_t(0));
+        QCOMPARE(m_state->newMessageText(), QStringLiteral("a\n").repeated(7));
+        m_fixture.press(Qt::Key_Tab);
+        QVERIFY(m_fixture.item("sendButton")->hasActiveFocus());
+        m_fixture.press(Qt::Key_Backtab, Qt::ShiftModifier);
+        QVERIFY(input->hasActiveFocus());
+
+        // A half-typed character of an input method is no question.
+        input->setProperty("text", QString());
+        QInputMethodEvent preedit(QStringLiteral("ni"), {});
+        QCoreApplication::sendEvent(input, &preedit);
+        QVERIFY(input->property("inputMethodComposing").toBool());
+        m_fixture.press(Qt::Key_Return);
+        QCOMPARE(messages(), std::size_t(0));
+        QInputMethodEvent finished;
+        finished.setCommitString(QStringLiteral("你"));
+        QCoreApplication::sendEvent(input, &finished);
+
+        // All of a long text goes.
+        QString pasted = QStringLiteral("line of a paste\n").repeated(10'000);
+        QGuiApplication::clipboard()->setText(pasted);
+        m_fixture.press(Qt::Key_V, Qt::ControlModifier);
+        m_fixture.press(Qt::Key_Return);
+        QCOMPARE(messages(), std::size_t(1));
+        QVERIFY(m_state->chat().messages()[0].text == ("你" + pasted).toStdString());
+        QTRY_COMPARE(field->height(), oneLine);
     }
 };
 

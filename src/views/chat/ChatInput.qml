@@ -1,60 +1,87 @@
 import QtQuick
+import QtQuick.Controls.Basic
 import QtQuick.Layouts
-import QtQuick.Templates as T
 import Quillmate.Views
 
-// Where the user writes to the assistant. The return key sends also while an answer is awaited.
+// Where the user writes to the assistant, on as many lines as are seen at a time up to five. The return key sends also
+// while an answer is awaited; with Shift it begins a line.
 RowLayout {
     id: line
 
     required property ChatViewState viewState
 
+    function takeKeyboard() {
+        input.forceActiveFocus(Qt.TabFocusReason);
+    }
+
     spacing: Theme.spacing
 
-    T.TextField {
-        id: input
+    ScrollView {
+        id: field
 
-        objectName: "chatInput"
+        readonly property int mostLines: 5
+
+        objectName: "chatField"
         Layout.fillWidth: true
-        implicitHeight: Math.max(40, contentHeight + 16)
-        leftPadding: Theme.padding
-        rightPadding: Theme.padding
-        verticalAlignment: TextInput.AlignVCenter
-        placeholderText: "Ask questions here"
-        color: Theme.secondary
-        selectionColor: Theme.selection
-        selectedTextColor: Theme.primary
-        selectByMouse: true
-        font.pixelSize: Theme.body
-        Accessible.name: placeholderText
-        onTextChanged: line.viewState.newMessageText = text
-        onAccepted: line.viewState.sendMessage()
+        implicitHeight: {
+            const lines = input.contentHeight * Math.min(1, mostLines / input.lineCount);
+            return Math.max(40, Math.ceil(lines) + input.topPadding + input.bottomPadding);
+        }
+        ScrollBar.horizontal.policy: ScrollBar.AlwaysOff
 
         background: ContinuousRectangle {
             radius: Theme.cornerRadius
             borderColor: input.activeFocus ? Theme.focusRing : Theme.secondary
         }
 
-        Text {
-            anchors.fill: parent
-            leftPadding: input.leftPadding
-            rightPadding: input.rightPadding
-            visible: input.text === "" && input.preeditText === ""
-            text: input.placeholderText
-            color: Theme.secondary
-            font: input.font
-            elide: Text.ElideRight
-            verticalAlignment: Text.AlignVCenter
-        }
-        Connections {
-            target: line.viewState
+        TextArea {
+            id: input
 
-            function onNewMessageTextChanged() {
-                if (input.text !== line.viewState.newMessageText)
-                    input.text = line.viewState.newMessageText;
+            // A key that is held sends once. What an input method has not finished yet is finished first.
+            function sendOrFinish(event: var) {
+                event.accepted = !(event.modifiers & Qt.ShiftModifier);
+                if (!event.accepted || event.isAutoRepeat)
+                    return;
+                if (inputMethodComposing)
+                    Qt.inputMethod.commit();
+                else
+                    line.viewState.sendMessage();
+            }
+
+            objectName: "chatInput"
+            leftPadding: Theme.padding
+            rightPadding: Theme.padding
+            topPadding: 8
+            bottomPadding: 8
+            verticalAlignment: TextEdit.AlignVCenter
+            placeholderText: "Ask questions here"
+            placeholderTextColor: Theme.secondary
+            textFormat: TextEdit.PlainText
+            wrapMode: TextEdit.Wrap
+            selectByMouse: true
+            color: Theme.secondary
+            selectionColor: Theme.selection
+            selectedTextColor: Theme.primary
+            font.pixelSize: Theme.body
+            background: null
+            Accessible.name: placeholderText
+            Keys.priority: Keys.BeforeItem
+            Keys.onReturnPressed: event => sendOrFinish(event)
+            Keys.onEnterPressed: event => sendOrFinish(event)
+            Keys.onTabPressed: nextItemInFocusChain(true).forceActiveFocus(Qt.TabFocusReason)
+            Keys.onBacktabPressed: nextItemInFocusChain(false).forceActiveFocus(Qt.BacktabFocusReason)
+            onTextChanged: line.viewState.newMessageText = text
+            Component.onCompleted: text = line.viewState.newMessageText
+
+            Connections {
+                target: line.viewState
+
+                function onNewMessageTextChanged() {
+                    if (input.text !== line.viewState.newMessageText)
+                        input.text = line.viewState.newMessageText;
+                }
             }
         }
-        Component.onCompleted: text = line.viewState.newMessageText
     }
     Item {
         implicitWidth: Theme.controlHeight

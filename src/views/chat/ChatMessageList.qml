@@ -11,6 +11,8 @@ ListView {
 
     required property ChatViewState viewState
 
+    signal sentAgain
+
     readonly property bool onScreen: visible && Window.window !== null
     // The message that the keyboard is on.
     property int walkedIndex: -1
@@ -99,6 +101,10 @@ ListView {
         errorText: index === list.viewState.errorRow ? list.viewState.chatErrorMessage : ""
         current: list.walking && index === list.walkedIndex
         onCopyClicked: list.viewState.copyMessage(index)
+        onAgainClicked: {
+            list.viewState.sendAgain();
+            list.sentAgain();
+        }
     }
 
     // After what changes now has come to rest.

@@ -11,11 +11,12 @@ Item {
     required property string body
     required property string note
     required property bool rightToLeft
-    // Stands below the message; empty for none.
+    // Stands below the message, with a way to send it again; empty for none.
     property string errorText: ""
     // The keyboard is on this message.
     property bool current: false
     signal copyClicked
+    signal againClicked
 
     readonly property real room: width - 2 * Theme.smallPadding - (sentByCurrentUser ? 0 : avatar.width)
 
@@ -35,6 +36,7 @@ Item {
 
         x: row.sentByCurrentUser ? row.width - Theme.smallPadding - width : avatar.x + avatar.width
         y: Theme.smallPadding
+        spacing: Theme.smallPadding
         width: Math.max(bubble.visible ? bubble.width : 0, error.visible ? error.width : 0)
 
         ChatBubble {
@@ -61,7 +63,6 @@ Item {
             objectName: "errorText"
             anchors.right: parent.right
             visible: row.errorText !== ""
-            topPadding: 2
             width: Math.min(Math.ceil(implicitWidth), row.room)
             text: row.errorText
             textFormat: TextEdit.PlainText
@@ -75,6 +76,13 @@ Item {
             font.italic: true
             Accessible.role: Accessible.StaticText
             Accessible.name: text
+        }
+        FramedButton {
+            objectName: "againButton"
+            anchors.right: parent.right
+            visible: error.visible
+            text: "Try again"
+            onClicked: row.againClicked()
         }
     }
 }

@@ -35,6 +35,7 @@ Item {
             Layout.preferredHeight: 300
             Layout.maximumHeight: 300
             viewState: screen.viewState
+            onSentAgain: input.takeKeyboard() // From the button, which is gone.
         }
         ChatInput {
             id: input

@@ -1,6 +1,5 @@
 #include "views/chat/ChatViewState.h"
 
-#include "features/ChatErrorMessage.h"
 #include "features/RepliedMessage.h"
 #include "platform/foundation/schedule/MainOwned.h"
 #include "views/HostedViewOf.h"
@@ -19,11 +18,9 @@ ChatViewState::ChatViewState(std::shared_ptr<const RepliedMessage> message)
     const ChatState* source = m_chat.get();
     connect(source, &ChatState::newMessageTextChanged, this, &ChatViewState::newMessageTextChanged);
     connect(source, &ChatState::isLoadingChanged, this, &ChatViewState::isLoadingChanged);
-    connect(source, &ChatState::messagesAppended, this, &ChatViewState::errorChanged);
+    connect(source, &ChatState::failedQuestionChanged, this, &ChatViewState::errorChanged);
     connect(source, &ChatState::messagesReplaced, this, &ChatViewState::errorChanged);
     connect(source, &ChatState::messagesChanged, this, &ChatViewState::messagesChanged);
-    connect(&ChatErrorMessage::shared(), &ChatErrorMessage::chatErrorMessageChanged, this,
-            &ChatViewState::errorChanged);
 }
 
 ChatViewState::~ChatViewState()
@@ -36,20 +33,21 @@ HostedView ChatViewState::makeContentView()
     return hostedViewOf(QStringLiteral("ChatContentView"), makeMainOwned<ChatViewState>(RepliedMessage::none()));
 }
 
-QString ChatViewState::chatErrorMessage()
+QString ChatViewState::chatErrorMessage() const
 {
-    return QString::fromStdString(ChatErrorMessage::shared().chatErrorMessage().value_or(""));
+    const auto& failed = m_chat->failedQuestion();
+    return failed ? QString::fromStdString(failed->sentence) : QString();
 }
 
 int ChatViewState::errorRow() const
 {
-    const auto& list = m_chat->messages();
-    if (list.empty() || !list.back().isSentByCurrentUser || !ChatErrorMessage::shared().chatErrorMessage()) {
+    const auto& failed = m_chat->failedQuestion();
+    if (!failed) {
         return -1;
     }
-    // A foreign history may hold the same id twice; then the first one is not the last.
-    const bool unique = std::find(list.begin(), list.end(), list.back()) == list.end() - 1;
-    return unique ? static_cast<int>(list.size()) - 1 : -1;
+    const auto& list = m_chat->messages();
+    const auto found = std::find_if(list.rbegin(), list.rend(), [&](const Message& m) { return m.id == failed->id; });
+    return static_cast<int>(list.rend() - found) - 1;
 }
 
 void ChatViewState::copyMessage(int row) const

@@ -24,7 +24,7 @@ class ChatViewState : public QObject
     Q_PROPERTY(QString newMessageText READ newMessageText WRITE setNewMessageText NOTIFY newMessageTextChanged)
     Q_PROPERTY(bool isLoading READ isLoading NOTIFY isLoadingChanged)
     Q_PROPERTY(QString chatErrorMessage READ chatErrorMessage NOTIFY errorChanged)
-    /// The row under which the error message stands; -1 when it stands nowhere.
+    /// The row of the question that failed, under which the error message stands; -1 when there is none.
     Q_PROPERTY(int errorRow READ errorRow NOTIFY errorChanged)
 
 public:
@@ -39,11 +39,12 @@ public:
     [[nodiscard]] QString newMessageText() const { return QString::fromStdString(m_chat->newMessageText()); }
     void setNewMessageText(const QString& text) { m_chat->setNewMessageText(text.toStdString()); }
     [[nodiscard]] bool isLoading() const { return m_chat->isLoading(); }
-    [[nodiscard]] static QString chatErrorMessage();
+    [[nodiscard]] QString chatErrorMessage() const;
     [[nodiscard]] int errorRow() const;
     [[nodiscard]] ChatState& chat() { return *m_chat; }
 
     Q_INVOKABLE void sendMessage() { m_chat->sendMessage(); }
+    Q_INVOKABLE void sendAgain() { m_chat->sendAgain(); }
     /// Copies the whole text of a row; without one the clipboard stays as it is.
     Q_INVOKABLE void copyMessage(int row) const;
     /// The screen is shown, or hidden; the same again does nothing.
