@@ -106,6 +106,17 @@ class Chat(unittest.TestCase):
         self.assertEqual(desk.end(), 0)
 
 
+    def test_lack_of_a_sign_in_is_told(self):
+        service = Service(program("quillmate-service"), [])
+        desk = Desk(program("quillmate-chat"), [], service.environment())
+        write_into(desk.wait_for("text", "Ask questions here"), "Hello?")
+        desk.press("push button", "Send")
+        desk.wait_for("label", "The service answers only after a sign-in")
+        desk.wait_for("push button", "Try again")
+        self.assertEqual(desk.end(), 0)
+        self.assertEqual(service.end(), 0)
+
+
 class Update(unittest.TestCase):
     def test_notice(self):
         page = "https://quillmate.example/download"

@@ -136,6 +136,47 @@ private Q_SLOTS:
         QCOMPARE(log.lines(), QStringList());
     }
 
+    void changesInOneStep()
+    {
+        constexpr int each = 200;
+        const auto addTo = [](UserDefaults& defaults, char letter) {
+            std::string next;
+            defaults.update("k", [&](std::optional<std::string_view> stored) {
+                next = std::string(stored.value_or("")) + letter;
+                return SettingsChanges{{"k", next}, {"last", next}};
+            });
+        };
+        {
+            // Two connections, as two processes have them.
+            UserDefaults first(file());
+            UserDefaults second(file());
+            std::thread other([&] {
+                for (int i = 0; i < each; ++i) {
+                    addTo(second, 'b');
+                }
+            });
+            for (int i = 0; i < each; ++i) {
+                addTo(first, 'a');
+            }
+            other.join();
+            const auto letters = first.data("k");
+            QVERIFY(letters && first.data("last") == letters);
+            QCOMPARE(first.size("k"), std::size_t(2 * each));
+            QCOMPARE(std::count(letters->begin(), letters->end(), 'a'), each);
+        }
+        // What cannot be stored is kept, and goes on from what is there.
+        const LogCapture log;
+        std::filesystem::remove_all(file().parent_path());
+        QFile obstacle(m_folder->filePath(QStringLiteral("quillmate")));
+        QVERIFY(obstacle.open(QIODevice::WriteOnly));
+        UserDefaults defaults(file());
+        defaults.setString("k", "x");
+        addTo(defaults, 'y');
+        addTo(defaults, 'z');
+        QCOMPARE(defaults.data("k"), OptionalText("xyz"));
+        QCOMPARE(defaults.size("k"), std::size_t(3));
+    }
+
     void killedWriterLosesNothing()
     {
         long next = 0;
