@@ -63,7 +63,7 @@ bool ButtonStateManager::isFirstReply() const
 
 void ButtonStateManager::markReplyGenerated()
 {
-    m_message->setBoolean(SettingsKeys::generateResponseFlag(m_message->messageId()), true);
+    m_message->setBoolean(SettingsKeys::generateResponseFlag(m_message->messageId()), true, m_period);
 }
 
 void ButtonStateManager::updateSection()
@@ -94,7 +94,7 @@ SharedText ButtonStateManager::contentToAnswer() const
 
 void ButtonStateManager::generate()
 {
-    if (!m_isGenerateResponseLoading) {
+    if (!m_isGenerateResponseLoading && !m_period.isTokenGone()) {
         setGenerateResponseLoading(true);
         requestReply();
     }
@@ -146,7 +146,7 @@ void ButtonStateManager::receiveReply(const std::optional<GeneratedResponse>& re
     if (record && !m_period.isOver()) {
         setGenerateResponse(record->response);
         markReplyGenerated();
-        m_message->setString(m_generateResponseKey, record->response);
+        m_message->setString(m_generateResponseKey, record->response, m_period);
         updateSection();
         announce("Response generated successfully.");
     } else if (errorMessage && !m_period.isOver()) {
@@ -157,7 +157,7 @@ void ButtonStateManager::receiveReply(const std::optional<GeneratedResponse>& re
 
 void ButtonStateManager::submitTrainingData()
 {
-    if (m_isSubmitting) {
+    if (m_isSubmitting || m_period.isTokenGone()) {
         return;
     }
     const auto url = URL::parseAbsolute(currentApiURL() + "/create-training-data");

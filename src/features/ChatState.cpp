@@ -159,38 +159,41 @@ void ChatState::saveMessages()
     if (!m_isUnsaved || m_period.isOver()) {
         return;
     }
-    auto difference = Difference::None; // Announced once the settings can be used again.
+    auto difference = Difference::None;   // Announced once the settings can be used again.
     std::optional<MessageHistory> shared; // With what others have said about their messages, which is not shown here.
-    UserDefaults::standard().update(m_userDefaultsKey, [&](std::optional<std::string_view> stored) {
-        SettingsChanges changes;
-        std::string kept;
-        if (stored && !m_history.continues(*stored)) {
-            auto decoded = MessageHistory::decode(*stored);
-            if (decoded && m_repliedMessage->hasKeysAlone()) {
-                difference = std::max(difference, takeOver(std::move(decoded).value()));
-            } else if (decoded) {
-                shared = std::move(decoded).value();
-                shared->appendUnknown(m_history);
-            } else {
-                changes.emplace_back(SettingsKeys::unreadable(m_userDefaultsKey), *stored);
-                kept = decoded.error().description;
+    UserDefaults::standard().update(
+        m_userDefaultsKey,
+        [&](std::optional<std::string_view> stored) {
+            SettingsChanges changes;
+            std::string kept;
+            if (stored && !m_history.continues(*stored)) {
+                auto decoded = MessageHistory::decode(*stored);
+                if (decoded && m_repliedMessage->hasKeysAlone()) {
+                    difference = std::max(difference, takeOver(std::move(decoded).value()));
+                } else if (decoded) {
+                    shared = std::move(decoded).value();
+                    shared->appendUnknown(m_history);
+                } else {
+                    changes.emplace_back(SettingsKeys::unreadable(m_userDefaultsKey), *stored);
+                    kept = decoded.error().description;
+                }
             }
-        }
-        const auto encoded = (shared ? *shared : m_history).encode();
-        if (!encoded) {
-            print("Failed to save messages: " + encoded.error().description);
-            return SettingsChanges();
-        }
-        if (!changes.empty()) {
-            print("The stored messages cannot be read (" + kept + "). They are kept under \"" + changes.front().first +
-                  "\".");
-        }
-        m_isUnsaved = false;
-        changes.emplace_back(m_userDefaultsKey, encoded.value());
-        return changes;
-    });
+            const auto encoded = (shared ? *shared : m_history).encode();
+            if (!encoded) {
+                print("Failed to save messages: " + encoded.error().description);
+                return SettingsChanges();
+            }
+            if (!changes.empty()) {
+                print("The stored messages cannot be read (" + kept + "). They are kept under \"" +
+                      changes.front().first + "\".");
+            }
+            m_isUnsaved = false;
+            changes.emplace_back(m_userDefaultsKey, encoded.value());
+            return changes;
+        },
+        m_period.logouts());
     if (!m_repliedMessage->hasKeysAlone() && !m_isUnsaved) {
-        m_repliedMessage->keepOwn(m_userDefaultsKey, SettingsData{std::string(m_history.encode().value())});
+        m_repliedMessage->keepOwn(m_userDefaultsKey, SettingsData{std::string(m_history.encode().value())}, m_period);
     }
     announce(difference);
 }
@@ -209,6 +212,9 @@ void ChatState::sendMessage()
 
 void ChatState::sendNext()
 {
+    if (m_period.isTokenGone()) {
+        m_waiting.clear(); // As after the start.
+    }
     if (m_isLoading || m_waiting.empty()) {
         return;
     }
@@ -281,9 +287,6 @@ void ChatState::receiveAnswer(const Result<std::string, ApiError>& result)
     m_waiting.pop_front();
     append(Message::answer(result.value()));
     saveMessages();
-    if (m_period.isTokenGone()) {
-        m_waiting.clear(); // As after the start.
-    }
     sendNext();
 }
 

@@ -13,27 +13,27 @@ std::optional<std::string> RepliedMessage::fallbackContent() const
     return string(SettingsKeys::fallbackContent(messageId()));
 }
 
-void RepliedMessage::storeFallbackContent(const SharedText& text) const
+void RepliedMessage::storeFallbackContent(const SharedText& text, const SignInPeriod& period) const
 {
-    setString(SettingsKeys::fallbackContent(messageId()), text.copy());
+    setString(SettingsKeys::fallbackContent(messageId()), text.copy(), period);
 }
 
 std::optional<SettingsValue> RepliedMessage::own(const std::string& key) const
 {
     const std::lock_guard lock(m_mutex);
-    const auto found = m_period.isOver() ? m_own.end() : m_own.find(key);
+    const auto found = m_ownPeriod.isOver() ? m_own.end() : m_own.find(key);
     return found == m_own.end() ? std::nullopt : std::optional(found->second);
 }
 
-void RepliedMessage::keepOwn(const std::string& key, SettingsValue value) const
+void RepliedMessage::keepOwn(const std::string& key, SettingsValue value, const SignInPeriod& period) const
 {
-    if (m_hasKeysAlone) {
+    if (m_hasKeysAlone || period.isOver()) {
         return;
     }
     const std::lock_guard lock(m_mutex);
-    if (m_period.isOver()) {
+    if (m_ownPeriod.isOver()) {
         m_own.clear();
-        m_period = SignInPeriod();
+        m_ownPeriod = period;
     }
     m_own.insert_or_assign(key, std::move(value));
 }
@@ -63,16 +63,16 @@ std::optional<std::string> RepliedMessage::data(const std::string& key) const
     return data ? std::optional(data->bytes) : std::nullopt;
 }
 
-void RepliedMessage::setString(const std::string& key, std::string text) const
+void RepliedMessage::setString(const std::string& key, std::string text, const SignInPeriod& period) const
 {
-    keepOwn(key, text);
-    UserDefaults::standard().setString(key, std::move(text));
+    keepOwn(key, text, period);
+    UserDefaults::standard().setString(key, std::move(text), period.logouts());
 }
 
-void RepliedMessage::setBoolean(const std::string& key, bool value) const
+void RepliedMessage::setBoolean(const std::string& key, bool value, const SignInPeriod& period) const
 {
-    keepOwn(key, value);
-    UserDefaults::standard().setBoolean(key, value);
+    keepOwn(key, value, period);
+    UserDefaults::standard().setBoolean(key, value, period.logouts());
 }
 
 } // namespace quillmate

@@ -41,19 +41,19 @@ public:
 
     /// What is kept of the text: what the person pasted, else what was sent last.
     [[nodiscard]] std::optional<std::string> fallbackContent() const;
-    void storeFallbackContent(const SharedText& text) const;
+    void storeFallbackContent(const SharedText& text, const SignInPeriod& period) const;
 
-    // As the settings store's, for keys of this message.
+    // As the settings store's, for keys of this message. Nothing is written once the period of the panel is over.
     [[nodiscard]] std::optional<std::string> string(const std::string& key) const;
     [[nodiscard]] bool boolean(const std::string& key) const;
     [[nodiscard]] std::optional<std::string> data(const std::string& key) const;
-    void setString(const std::string& key, std::string text) const;
-    void setBoolean(const std::string& key, bool value) const;
+    void setString(const std::string& key, std::string text, const SignInPeriod& period) const;
+    void setBoolean(const std::string& key, bool value, const SignInPeriod& period) const;
 
     /// Whether nobody else speaks of a message under the same keys.
     [[nodiscard]] bool hasKeysAlone() const { return m_hasKeysAlone; }
     /// Keeps what this message has stored under a key that is not its alone; else does nothing.
-    void keepOwn(const std::string& key, SettingsValue value) const;
+    void keepOwn(const std::string& key, SettingsValue value, const SignInPeriod& period) const;
 
 private:
     RepliedMessage(ReplyEmail record, bool isAlone)
@@ -70,7 +70,7 @@ private:
     // What it has stored otherwise, up to the next sign-out.
     mutable std::mutex m_mutex;
     mutable std::map<std::string, SettingsValue> m_own;
-    mutable SignInPeriod m_period;
+    mutable SignInPeriod m_ownPeriod;
 };
 
 } // namespace quillmate

@@ -86,6 +86,10 @@ void SummarizeStateManager::loadStoredSummary()
 
 void SummarizeStateManager::requestSummary(SharedText content, HandleApiRequests::SummaryCompletion completion) const
 {
+    if (m_period.isTokenGone()) {
+        completion(std::nullopt);
+        return;
+    }
     const auto accessToken = AuthManager::shared().accessToken.get();
     const auto url = URL::parseAbsolute(currentApiURL() + "/summarize");
     if (!url) {
@@ -118,7 +122,7 @@ void SummarizeStateManager::summarize()
     setFailed(false);
     // What the person has pasted for it is theirs, and stays.
     if (m_message->fallbackContent().value_or("").empty()) {
-        m_message->storeFallbackContent(*m_message->content());
+        m_message->storeFallbackContent(*m_message->content(), m_period);
     }
     requestSummary(*m_message->content(), [weak = weak_from_this()](std::optional<SummarizedResponse> record) {
         DispatchQueue::main().async([weak, record = std::move(record)] {
@@ -134,9 +138,9 @@ void SummarizeStateManager::receiveAutomatic(const std::optional<SummarizedRespo
 {
     if (record && !m_period.isOver()) {
         setSummarizeResponse(record->response);
-        m_message->setBoolean(SettingsKeys::summarizeFlag(m_message->messageId()), true);
+        m_message->setBoolean(SettingsKeys::summarizeFlag(m_message->messageId()), true, m_period);
         if (m_message->messageId()) { // Else the key is that of all messages without an id.
-            m_message->setString(m_summarizeResponseKey, record->response);
+            m_message->setString(m_summarizeResponseKey, record->response, m_period);
             loadStoredSummary();
         }
     }

@@ -150,7 +150,7 @@ void SignInTest::comesToNothing()
     if (line.isEmpty()) {
         // Nothing tells that it is over; a second sign-in that fails loudly comes after it.
         QTRY_COMPARE(m_fixture.server().requests().size(), std::size_t(1));
-        QTRY_VERIFY((m_fixture.click("loginButton"), m_fixture.server().requests().size() == 2));
+        QTRY_VERIFY((m_fixture.click("loginButton"), m_fixture.server().requests().size() >= 2));
         QTRY_VERIFY(m_fixture.log().lines().last().startsWith(QLatin1String("Error parsing JSON response: ")));
     } else {
         QTRY_VERIFY(!m_fixture.log().lines().filter(line).isEmpty());

@@ -64,7 +64,7 @@ std::shared_ptr<const RepliedMessage> begin(const Known& known)
     AuthManager::shared().accessToken.set(known.token);
     auto message = currentMessage();
     if (known.pasted) {
-        message->storeFallbackContent(*known.pasted);
+        message->storeFallbackContent(*known.pasted, SignInPeriod());
     }
     return message;
 }

@@ -162,7 +162,7 @@ void SummaryFlowTest::givesUpAndIsPasted()
     QCOMPARE(shown(manager), QStringLiteral("editor"));
     QCOMPARE(FeatureFixture::stored(), QStringList{"Optional(\"m1\") fallbackContent=The content"});
     // What is pasted goes in the place of the message, and stays; a new request begins without the editor.
-    currentMessage()->storeFallbackContent("pasted");
+    currentMessage()->storeFallbackContent("pasted", SignInPeriod());
     const QStringList kept = FeatureFixture::stored();
     manager->summarize();
     QCOMPARE(shown(manager), QStringLiteral("spinner"));
@@ -207,7 +207,7 @@ void SummaryFlowTest::userDetailsFail()
          {Row{{500}, "editor", "token", "token"}, Row{refusal, "nothing", Text(), "token"},
           Row{refusal, "editor", "a newer token", "a newer token"}}) {
         m_fixture.reset();
-        currentMessage()->storeFallbackContent("pasted");
+        currentMessage()->storeFallbackContent("pasted", SignInPeriod());
         m_fixture.server().reply("GET /api/v1/me", reply);
         const auto manager = SummarizeStateManager::make(currentMessage());
         {
@@ -247,11 +247,11 @@ void SummaryFlowTest::pastedText()
             init();
             answer(good);
             // Of another message without an id.
-            RepliedMessage(ReplyEmail()).storeFallbackContent("somebody else's");
+            RepliedMessage(ReplyEmail()).storeFallbackContent("somebody else's", SignInPeriod());
             FeatureFixture::replyTo(messageId, content);
             const auto message = currentMessage();
             if (kept) {
-                message->storeFallbackContent(*kept);
+                message->storeFallbackContent(*kept, SignInPeriod());
             }
             const auto manager = SummarizeStateManager::make(message);
             manager->summarizeFallback();

@@ -1,9 +1,11 @@
 #include "platform/foundation/settings/UserDefaults.h"
+#include "base/Sqlite.h"
 #include "support/LogCapture.h"
 #include "support/TestEnvironment.h"
 #include "support/TestProgram.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
@@ -72,6 +74,50 @@ private Q_SLOTS:
         for (const std::string& key : keys) {
             QCOMPARE(defaults.string(key), OptionalText("of " + key));
         }
+    }
+
+    void emptied()
+    {
+        UserDefaults defaults(file());
+        UserDefaults other(file()); // As another process has it.
+        defaults.setString("k", "a secret");
+        QVERIFY(QFile::copy(QString::fromStdString(file()), QString::fromStdString(file().string() + ".damaged-1")));
+        const auto before = other.timesEmptied();
+        defaults.removeAll();
+        QVERIFY(other.dictionaryRepresentation().empty());
+        QCOMPARE(other.timesEmptied(), before + 1);
+        for (const QFileInfo& entry : QDir(m_folder->path()).entryInfoList(QDir::Files)) {
+            QVERIFY2(!entry.fileName().contains("damaged"), qPrintable(entry.fileName()));
+            QFile bytes(entry.filePath());
+            QVERIFY(bytes.open(QIODevice::ReadOnly) && !bytes.readAll().contains("a secret"));
+        }
+        // What was decided on before brings nothing back.
+        const auto say = [](auto) { return SettingsChanges{{"data", "of old"}}; };
+        other.setString("k", "of old", before);
+        other.update("data", say, before);
+        QVERIFY(defaults.dictionaryRepresentation().empty());
+        other.setString("k", "new", before + 1);
+        QCOMPARE(defaults.string("k"), OptionalText("new"));
+    }
+
+    void emptiedWhenTheLockIsFree()
+    {
+        UserDefaults defaults(file());
+        defaults.setString("k", "old");
+        UserDefaults other(file());
+        QCOMPARE(other.string("k"), OptionalText("old"));
+        {
+            const auto holder = openSqlite(file().string(), SQLITE_OPEN_READWRITE, 0);
+            runSql(holder, "BEGIN IMMEDIATE");
+            defaults.removeAll();
+            QCOMPARE(defaults.string("k"), OptionalText()); // Here at once,
+            defaults.setString("new", "n");
+            QCOMPARE(defaults.string("new"), OptionalText("n"));
+            QCOMPARE(other.string("k"), OptionalText("old"));
+        }
+        QTRY_COMPARE(other.string("k"), OptionalText()); // and in the file as soon as it can be.
+        QTRY_COMPARE(other.string("new"), OptionalText("n"));
+        QCOMPARE(other.timesEmptied(), defaults.timesEmptied());
     }
 
     void filesAreThePrivateKind()

@@ -174,7 +174,8 @@ void ReplyReadersTest::stages_data()
             return ServiceReply{std::move(data), HTTPURLResponse{200, ""}, std::nullopt};
         };
         row("no body", good(std::nullopt), each.body);
-        for (const char* bytes : {"", "<html>", "{\"response\":\"\xff\"}", R"({"response":"r")", "{}x"}) {
+        row("an empty body", good(""), std::string_view(each.name) == "poll" ? each.body : each.parsing);
+        for (const char* bytes : {"<html>", "{\"response\":\"\xff\"}", R"({"response":"r")", "{}x"}) {
             row(bytes, good(bytes), each.parsing);
         }
         for (const char* bytes : {"42", R"("response")", "null", "true"}) {

@@ -1,3 +1,4 @@
+#include "base/ApplicationFolders.h"
 #include "platform/foundation/NotificationCenter.h"
 #include "platform/foundation/net/URLSession.h"
 #include "platform/foundation/settings/UserDefaults.h"
@@ -39,6 +40,7 @@ private Q_SLOTS:
     void init();
     void selectEndpoint();
     void logout();
+    void logoutInAnotherProcess();
     void logoutEmptiesTheCache();
     void observableFieldsAnnounce();
     void version();
@@ -184,6 +186,18 @@ void StateTest::logout()
     QCOMPARE(UserDetailsManager::shared().email(), std::string());
     // The message stays.
     QCOMPARE(ReplyEmailManager::shared().record().messageId, std::optional<std::string>("m1"));
+}
+
+void StateTest::logoutInAnotherProcess()
+{
+    AuthManager::shared().accessToken.set("token");
+    const Witness witness;
+    const SignInPeriod period;
+    UserDefaults other(applicationDataFolder() / "settings.db"); // As another process has it.
+    other.removeAll();
+    QVERIFY(period.isOver() && period.isTokenGone());
+    QTRY_COMPARE(witness.seen(), QStringList{"UserDidLogout: no token, 0 stored, endpoint none"});
+    QVERIFY(!SignInPeriod().isOver());
 }
 
 void StateTest::logoutEmptiesTheCache()

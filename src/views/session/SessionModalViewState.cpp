@@ -68,7 +68,7 @@ void SessionModalViewState::setTextareaInput(const QString& text)
     }
     m_textareaInput = text;
     m_hiddenBytes = 0;
-    m_message->storeFallbackContent(text.toStdString());
+    m_message->storeFallbackContent(text.toStdString(), m_period);
     Q_EMIT textareaInputChanged();
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "features/SummarizeStateManager.h"
+#include "state/SignInPeriod.h"
 #include "views/chat/ChatViewState.h"
 #include "views/session/DeveloperMenuState.h"
 #include "views/session/ReplySectionState.h"
@@ -79,6 +80,7 @@ private:
     void takeSummary();
 
     const std::shared_ptr<const RepliedMessage> m_message;
+    const SignInPeriod m_period;
     const std::shared_ptr<SummarizeStateManager> m_summarizeStateManager;
     DeveloperMenuState& m_developerMenu;
     ReplySectionState m_reply;

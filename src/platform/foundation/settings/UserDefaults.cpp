@@ -101,6 +101,9 @@ bool UserDefaults::openDatabase()
         return false;
     }
     m_database = std::move(opened).value();
+    if (m_isEmptying) {
+        return true; // What it holds is no matter.
+    }
     if (const auto times = m_database->timesEmptied(); times && times.value() >= m_timesEmptied) {
         noteTimesEmptied(times.value());
     } else {
@@ -275,6 +278,8 @@ bool UserDefaults::finishEmptying()
             std::filesystem::remove(entry.path(), error);
         }
     }
+    storeOutstanding(); // What was written since.
+    m_checkpointer.written();
     return true;
 }
 
