@@ -271,6 +271,9 @@ bool UserDefaults::finishEmptying()
         return false;
     }
     m_isEmptying = false;
+    if (const auto times = m_database->timesEmptied()) {
+        m_timesEmptied = times.value(); // Higher when another process has done the same meanwhile.
+    }
     std::error_code error; // A file that stays is no worse than before, and the next time tries again.
     const std::string damaged = m_file.filename().string() + damagedSuffix;
     for (const auto& entry : std::filesystem::directory_iterator(m_file.parent_path(), error)) {
