@@ -92,7 +92,11 @@ void ServiceApi::addRoutes()
                               {}};
     m_routes["/api/v1/summarize"] = {
         true,
-        [this](const User&, const Fields& fields) { return textReply(m_engine.summarize(fields.at("content"))); },
+        [this](const User&, const Fields& fields) {
+            const std::string& mail = fields.at("content");
+            return mail.empty() ? errorResponse(422, "There is nothing to summarize: send a text under \"content\".")
+                                : textReply(m_engine.summarize(mail));
+        },
         {"content", "email", "plugin_source", "plugin_version"}};
     m_routes["/api/v1/response"] = {true,
                                     [this](const User& user, const Fields& fields) {
@@ -241,7 +245,7 @@ std::string ServiceApi::loginUrl(const HttpRequest& request, const std::string& 
 {
     const std::string* host = request.header("host");
     const std::string origin = m_loginOrigin.empty() && host != nullptr ? "https://" + *host : m_loginOrigin;
-    return origin + std::string(LoginPages::path) + id;
+    return origin + std::string(LoginPages::path) + SignInSessions::pageOf(id);
 }
 
 ServiceApi::Answer ServiceApi::startChat(const User& user, const Fields& fields)

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 """The sign-in page in a real browser, Chromium without a window: by the keyboard alone, narrow and large, light and
-dark, and with bad input. The first argument is the folder of the programs."""
+dark, with bad input, and by one press where somebody signed in before. The first argument is the folder of the programs."""
 
 import json
 import os
@@ -40,7 +40,7 @@ const contrast = (a, b) => {
   const [x, y] = [light(a), light(b)].sort((p, q) => q - p);
   return (x + .05) / (y + .05);
 };
-return [...document.querySelectorAll('main, h1, p, label, input:not([type=hidden]), button, svg')].filter(seen)
+return [...document.querySelectorAll('main, h1, p, label, input:not([type=hidden]), button, a, svg')].filter(seen)
   .map(element => {
     const style = getComputedStyle(element), box = element.getBoundingClientRect();
     const field = element.tagName === 'INPUT';
@@ -114,10 +114,16 @@ class SignInPage(unittest.TestCase):
 
     def setUp(self):
         self.show_as(width=1280, height=800)
-        self.begun = self.service.session()
-        self.open(self.begun["login_url"])
+        self.begin_anew()
 
     # What a person does and sees.
+
+    def begin_anew(self, known=False):
+        """Opens the page of a new sign-in, in a browser that forgot the last one unless it shall be known."""
+        if not known:
+            self.browser.execute_cdp_cmd("Network.clearBrowserCookies", {})
+        self.begun = self.service.session()
+        self.open(self.begun["login_url"])
 
     def open(self, address):
         self.browser.get(address)
@@ -180,7 +186,7 @@ class SignInPage(unittest.TestCase):
                 self.assertGreaterEqual(element["text"], 4.5, told)  # WCAG 2.1, 1.4.3
             if element["tag"] == "INPUT":
                 self.assertGreaterEqual(element["edge"], 3, told)  # 1.4.11
-            if element["tag"] in ("INPUT", "BUTTON"):
+            if element["tag"] in ("INPUT", "BUTTON", "A"):
                 self.assertGreaterEqual(element["height"], 44, told)  # 2.5.5
 
     # The cases.
@@ -222,8 +228,7 @@ class SignInPage(unittest.TestCase):
         for scheme, width, text in (("light", 360, 16), ("light", 360, 32), ("dark", 1280, 16)):
             name = f"{scheme}-{width}-{text}"
             self.show_as(width, 740, scheme, text)
-            self.begun = self.service.session()
-            self.open(self.begun["login_url"])
+            self.begin_anew()
             self.check_layout(name + "-form")
             self.fill_in(long_name, "not an address at all " + "x" * 80)
             self.submit()
@@ -233,12 +238,40 @@ class SignInPage(unittest.TestCase):
             self.submit()
             self.assertEqual(self.heading(), "Signed in")
             self.check_layout(name + "-done")
+            self.begin_anew(known=True)
+            self.check_layout(name + "-known")
         light, dark = (self.background(scheme) for scheme in ("light", "dark"))
         self.assertNotEqual(light, dark)
 
     def background(self, scheme):
         self.show_as(scheme=scheme)
         return self.browser.find_element(By.TAG_NAME, "body").value_of_css_property("background-color")
+
+    def test_one_press_where_somebody_signed_in_before(self):
+        def signed_in_as():
+            self.assertEqual(self.heading(), "Signed in")
+            return self.service.get("/api/v1/me", self.token())["name"]
+
+        self.fill_in("Zoë", "zoe@mail.example")
+        self.submit()
+        self.assertEqual(signed_in_as(), "Zoë")
+        cookie, = self.browser.get_cookies()
+        self.assertEqual(
+            (cookie["name"][:7], cookie["path"], cookie["secure"], cookie["httpOnly"], cookie["sameSite"]),
+            ("__Host-", "/", True, True, "Strict"),
+        )
+        self.begin_anew(known=True)
+        self.assertEqual(self.focused().text, "Continue as Zoë")
+        self.submit()
+        self.assertEqual(signed_in_as(), "Zoë")
+
+        self.begin_anew(known=True)
+        self.browser.find_element(By.LINK_TEXT, "Someone else").click()
+        self.fill_in("Ben", "ben@mail.example")
+        self.submit()
+        self.assertEqual(signed_in_as(), "Ben")
+        self.begin_anew(known=True)
+        self.assertEqual(self.focused().text, "Continue as Ben")
 
     def test_bad_input_is_told_and_kept(self):
         good, odd = "maria@mail.example", "\"Maria\" <b>&amp; 'Co'"

@@ -67,19 +67,19 @@ private Q_SLOTS:
 
     void aSessionEndsAfterItsTime()
     {
-        const std::string other = *m_sessions->begin();
+        const std::string other = SignInSessions::pageOf(*m_sessions->begin());
         int issued = 0;
         const auto complete = [&](const std::string& id, const std::string& formToken) {
             return m_sessions->complete(id, formToken, [&] { return "token" + std::to_string(++issued); }).value();
         };
-        QCOMPARE(complete(m_session, m_sessions->state(other)->formToken), Outcome::WrongFormToken);
-        QCOMPARE(complete(m_session, ""), Outcome::WrongFormToken);
+        QCOMPARE(complete(pageName(), m_sessions->state(other)->formToken), Outcome::WrongFormToken);
+        QCOMPARE(complete(pageName(), ""), Outcome::WrongFormToken);
         QCOMPARE(complete("unknown", ""), Outcome::Unknown);
-        const std::string formToken = m_sessions->state(m_session)->formToken;
-        QVERIFY(!m_sessions->complete(m_session, formToken, [] { return quillmate::Failure(StoreFailure{}); }));
+        const std::string formToken = m_sessions->state(pageName())->formToken;
+        QVERIFY(!m_sessions->complete(pageName(), formToken, [] { return quillmate::Failure(StoreFailure{}); }));
         m_now += SignInSessions::life - 1s;
-        QCOMPARE(complete(m_session, formToken), Outcome::SignedIn);
-        QCOMPARE(complete(m_session, formToken), Outcome::AlreadySignedIn);
+        QCOMPARE(complete(pageName(), formToken), Outcome::SignedIn);
+        QCOMPARE(complete(pageName(), formToken), Outcome::AlreadySignedIn);
         QCOMPARE(*m_sessions->fetch(m_session)->accessToken, std::string("token1"));
         m_now += 2s;
         QVERIFY(!m_sessions->fetch(m_session) && !m_sessions->state(other));
@@ -126,7 +126,7 @@ private Q_SLOTS:
             }
             QVERIFY(!page.contains("<script"));
             // The form can still be sent.
-            QVERIFY(page.contains(QByteArray::fromStdString(m_sessions->state(m_session)->formToken)));
+            QVERIFY(page.contains(QByteArray::fromStdString(m_sessions->state(pageName())->formToken)));
         }
         QCOMPARE(post().status, 303);
     }
@@ -145,7 +145,7 @@ private Q_SLOTS:
               Row{"host", "evil.example:4711", 421}, Row{"content-type", "text/plain", 415},
               Row{"form_token", "AAAA", 403}, Row{"form_token", "", 403}}) {
             QVERIFY2(post(header, value).status == status, (header + ": " + value).c_str());
-            QVERIFY(!m_sessions->state(m_session)->accessToken);
+            QVERIFY(!m_sessions->state(pageName())->accessToken);
         }
         const HttpResponse page = m_pages->handle(request("GET", "host", "evil.example")).value();
         QVERIFY(page.status == 421 && page.body.find("form_token") == std::string::npos);
@@ -168,21 +168,48 @@ private Q_SLOTS:
     void aRepeatedFormMakesNoSecondToken()
     {
         QCOMPARE(post().status, 303);
-        const std::string token = *m_sessions->state(m_session)->accessToken;
+        const std::string token = *m_sessions->state(pageName())->accessToken;
         for (const char* fields : {"name=Anna&email=anna%40example.org", "name=&email=&form_token="}) {
             QCOMPARE(post({}, {}, fields).status, 303);
-            QCOMPARE(*m_sessions->state(m_session)->accessToken, token);
+            QCOMPARE(*m_sessions->state(pageName())->accessToken, token);
         }
         QCOMPARE(m_store->userByToken(token).value()->name, std::string("Anna"));
     }
 
+    void aBrowserIsKnownAgainUntilSomeoneElseSignsIn()
+    {
+        const auto offers = [this](const std::string& cookie, const std::string& name, const char* query = "") {
+            m_session = *m_sessions->begin();
+            HttpRequest asked = request("GET", "cookie", "a=b; " + cookie + ";c");
+            asked.query = query;
+            const std::string page = m_pages->handle(asked).value().body;
+            return page.find("Continue as " + name + "<") != std::string::npos;
+        };
+        const auto signIn = [this](const std::string& cookie, const std::string& fields) {
+            const HttpResponse response = post("cookie", cookie, fields);
+            const auto& [name, value] = response.headers.back();
+            const bool set = response.status == 303 && name == "Set-Cookie";
+            return set ? value.substr(0, value.find(';')) : std::string();
+        };
+        const std::string anna = signIn({}, "name=%3Ci%3EAnna&email=anna%40example.org");
+        QVERIFY(offers(anna, "&lt;i&gt;Anna") && !offers(anna, "&lt;i&gt;Anna", "someone-else"));
+        QVERIFY(!offers({}, "") && !offers(anna + "x", "") && !offers("x" + anna, ""));
+        const std::string ben = signIn(anna, "name=Ben&email=ben%40example.org");
+        QVERIFY(!offers(anna, "") && offers(ben, "Ben"));
+        // A form that signed nobody in leaves the browser's memory alone.
+        QCOMPARE(post("cookie", ben, "name=&email=").status, 422);
+        QVERIFY(offers(ben, "Ben"));
+    }
+
 private:
+    [[nodiscard]] std::string pageName() const { return SignInSessions::pageOf(m_session); }
+
     [[nodiscard]] HttpRequest request(const char* method, const std::string& header = {},
                                       const std::string& value = {}) const
     {
         HttpRequest made;
         made.method = method;
-        made.path = std::string(LoginPages::path) + m_session;
+        made.path = std::string(LoginPages::path) + pageName();
         made.headers = {{"host", loginHost}, {"content-type", "application/x-www-form-urlencoded"}};
         made.listener = Listener::LoginPages;
         if (!header.empty()) {
@@ -195,7 +222,7 @@ private:
     [[nodiscard]] std::string form(const std::string& fields) const
     {
         const bool whole = fields.find("form_token=") != std::string::npos;
-        return whole ? fields : fields + "&form_token=" + m_sessions->state(m_session)->formToken;
+        return whole ? fields : fields + "&form_token=" + m_sessions->state(pageName())->formToken;
     }
 
     /// Sends the form to the plain listener with another header field, or with another form token.

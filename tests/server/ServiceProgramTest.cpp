@@ -70,6 +70,9 @@ private Q_SLOTS:
 
         const QByteArray token = m_service->get(poll).json()[u"access_token"_s].toString().toUtf8();
         QVERIFY(token.size() >= 22);
+        // The address of the page, which a browser keeps and shows, gives nobody the token.
+        const QByteArray pageName = session.loginPath.mid(session.loginPath.lastIndexOf('/') + 1);
+        QCOMPARE(m_service->get("/plugin-auth/session-request/" + pageName).status, 404);
         // A client whose reply was lost asks again.
         QCOMPARE(m_service->get(poll).json()[u"access_token"_s].toString().toUtf8(), token);
         const QJsonObject me = m_service->get("/api/v1/me", token).json();
@@ -128,7 +131,7 @@ private Q_SLOTS:
               Row{"GET /api/v1/me HTTP/1.1\r\nAuthorization: Basic " + m_token + "\r\n", {}, 401},
               Row{"POST /api/v1/response HTTP/1.1\r\n", "{", 401}, Row{summarize, whole.chopped(1), 400},
               Row{summarize, "[" + whole + "]", 400}, Row{summarize, bodyOf({}), 400},
-              Row{summarize, bodyOf({{u"content"_s, 42}}), 400},
+              Row{summarize, bodyOf({{u"content"_s, 42}}), 400}, Row{summarize, bodyOf({{u"content"_s, u""_s}}), 422},
               Row{"POST /api/v1/response HTTP/1.1\r\n" + bearer, whole, 400},
               Row{"POST /api/v1/create-training-data HTTP/1.1\r\n" + bearer, bodyOf({{u"question"_s, message}}), 400},
               Row{"POST /api/v1/chat/send HTTP/1.1\r\n" + bearer, chatBody(u"thread-x"_s, u"When?"_s), 404}}) {

@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+using namespace quillmate;
 using namespace quillmate::server;
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -21,17 +22,17 @@ private Q_SLOTS:
     {
         m_folder = std::make_unique<QTemporaryDir>();
         m_store = ServiceStore::open(m_folder->path().toStdString(), [this] { return m_now; }).value();
-        m_token = m_store->signIn("anna@example.org", "Anna").value();
+        m_token = m_store->signIn("anna@example.org", "Anna").value().token;
     }
 
     void aPersonKeepsTheirTokensUnderANewerName()
     {
         const User anna = *user(m_token);
-        const std::string again = m_store->signIn("anna@example.org", "Anna B").value();
+        const std::string again = m_store->signIn("anna@example.org", "Anna B").value().token;
         QVERIFY(again != m_token);
         QCOMPARE(user(again)->id, anna.id);
         QCOMPARE(user(m_token)->name, std::string("Anna B"));
-        QVERIFY(user(m_store->signIn("ben@example.org", "Ben").value())->id != anna.id);
+        QVERIFY(user(m_store->signIn("ben@example.org", "Ben").value().token)->id != anna.id);
         QVERIFY(!user(secretHash(m_token)) && !user(""));
     }
 
@@ -41,13 +42,33 @@ private Q_SLOTS:
         QVERIFY(user(m_token));
         m_now += 2s;
         QVERIFY(!user(m_token));
-        QVERIFY(user(m_store->signIn("anna@example.org", "Anna").value()) && !user(m_token));
+        QVERIFY(user(m_store->signIn("anna@example.org", "Anna").value().token) && !user(m_token));
+    }
+
+    void aBrowserIsKnownForNinetyDaysByAHashAlone()
+    {
+        const std::string browser = m_store->signIn("ben@example.org", "Ben").value().browser;
+        m_now += 90 * 24h;
+        QCOMPARE(m_store->userByBrowser(browser).value()->name, std::string("Ben"));
+        QVERIFY(!m_store->userByBrowser(secretHash(browser)).value() && !user(browser));
+        m_now += 1s;
+        QVERIFY(!m_store->userByBrowser(browser).value());
+    }
+
+    void aStoreOfTheFirstVersionIsTakenOver()
+    {
+        m_store.reset();
+        const std::string path = m_folder->filePath(u"service.db"_s).toStdString();
+        runSql(openSqlite(path, SQLITE_OPEN_READWRITE, 0), "DROP TABLE browsers; PRAGMA user_version = 1");
+        m_store = ServiceStore::open(m_folder->path().toStdString(), [this] { return m_now; }).value();
+        QVERIFY(user(m_token));
+        QVERIFY(m_store->userByBrowser(m_store->signIn("ben@example.org", "Ben").value().browser).value());
     }
 
     void aChatIsItsOwnersAndComesBackWithItsLatestTurns()
     {
         const std::int64_t anna = user(m_token)->id;
-        const std::int64_t ben = user(m_store->signIn("ben@example.org", "Ben").value())->id;
+        const std::int64_t ben = user(m_store->signIn("ben@example.org", "Ben").value().token)->id;
         const std::string id = m_store->startThread(anna, "text '\"; --").value();
         const std::vector<ThreadMessage> turns = {{Role::User, "Q"}, {Role::Assistant, ""}};
         QVERIFY(m_store->addMessages(id, turns));

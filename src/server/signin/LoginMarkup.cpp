@@ -34,6 +34,10 @@ input[aria-invalid] { border-color: var(--error); }
 button { width: 100%; min-height: 2.75rem; margin-top: .5rem; padding: .5rem 1rem; border: 0; border-radius: .5rem;
   background: var(--accent); color: #ffffff; font: inherit; font-weight: 600; cursor: pointer; }
 button:hover { background: var(--accent-over); }
+a { display: block; min-height: 2.75rem; padding: .5rem 1rem; border: 1px solid var(--line); border-radius: .5rem;
+  color: inherit; font-weight: 600; text-align: center; text-decoration: none; }
+a:hover { border-color: currentcolor; }
+.who { margin: .5rem 0 1.25rem; text-align: center; }
 :focus-visible { outline: 3px solid var(--accent); outline-offset: 2px; }
 @media (prefers-color-scheme: dark) { :focus-visible { outline-color: #c084fc; } }
 @media (max-width: 26rem) { body { padding: 0; place-items: stretch; } main { border-radius: 0; padding: min(1.5rem, 6vw);
@@ -92,15 +96,34 @@ std::string fieldMarkup(const Field& field)
     return html;
 }
 
+std::string hiddenField(std::string_view name, std::string_view value)
+{
+    return "<input type=\"hidden\" name=\"" + std::string(name) + "\" value=\"" + htmlEscaped(value) + "\">\n";
+}
+
+std::string formBeginning(std::string_view action, std::string_view formToken)
+{
+    return "<h1>Sign in to Quillmate</h1>\n<p>Then your mail window is signed in, too.</p>\n"
+           "<form method=\"post\" novalidate action=\"" +
+           htmlEscaped(action) + "\">\n" + hiddenField("form_token", formToken);
+}
+
 } // namespace
+
+std::string continuePage(std::string_view name, std::string_view email, std::string_view action,
+                         std::string_view formToken)
+{
+    // A name may be that of two people: the address says who.
+    return page("Sign in", formBeginning(action, formToken) + hiddenField("name", name) + hiddenField("email", email) +
+                               "<button type=\"submit\" autofocus>Continue as " + htmlEscaped(name) +
+                               "</button>\n<p class=\"who\">" + htmlEscaped(email) + "</p>\n</form>\n<a href=\"" +
+                               htmlEscaped(action) + '?' + std::string(someoneElse) + "\">Someone else</a>\n");
+}
 
 std::string loginFormPage(const LoginForm& form, std::string_view action, std::string_view formToken)
 {
     const bool nameFirst = !form.nameError.empty() || form.emailError.empty();
-    std::string html = "<h1>Sign in to Quillmate</h1>\n<p>Then your mail window is signed in, too.</p>\n"
-                       "<form method=\"post\" novalidate action=\"" +
-                       htmlEscaped(action) + "\">\n<input type=\"hidden\" name=\"form_token\" value=\"" +
-                       htmlEscaped(formToken) + "\">\n";
+    std::string html = formBeginning(action, formToken);
     html += fieldMarkup(
         {"name", "Name", "type=\"text\" autocomplete=\"name\" required", form.name, form.nameError, nameFirst});
     html += fieldMarkup({"email", "E-mail address",

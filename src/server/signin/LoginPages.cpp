@@ -5,6 +5,8 @@
 #include "server/signin/SignInSessions.h"
 #include "server/store/ServiceStore.h"
 
+#include <algorithm>
+
 namespace quillmate::server
 {
 
@@ -46,6 +48,33 @@ HttpResponse refusedPage()
                                         "press “Login” there again."));
 }
 
+// The prefix ties it to this host and to Secure (RFC 6265bis, 4.1.3.2); a loopback address counts as secure.
+constexpr std::string_view browserCookie = "__Host-quillmate-browser";
+
+/// The value of the browser's cookie (RFC 6265, 4.2.1); empty where there is none.
+std::string browserOf(const HttpRequest& request)
+{
+    const std::string* header = request.header("cookie");
+    std::string_view rest = header == nullptr ? std::string_view() : std::string_view(*header);
+    while (!rest.empty()) {
+        std::string_view pair = rest.substr(0, rest.find(';'));
+        rest.remove_prefix(std::min(rest.size(), pair.size() + 1));
+        pair.remove_prefix(std::min(pair.size(), pair.find_first_not_of(' ')));
+        const std::size_t equals = pair.find('=');
+        if (equals != std::string_view::npos && pair.substr(0, equals) == browserCookie) {
+            return std::string(pair.substr(equals + 1));
+        }
+    }
+    return {};
+}
+
+std::string cookieOf(const std::string& browser)
+{
+    const auto seconds = std::chrono::seconds(ServiceStore::browserLife).count();
+    return std::string(browserCookie) + '=' + browser + "; Path=/; Max-Age=" + std::to_string(seconds) +
+           "; Secure; HttpOnly; SameSite=Strict";
+}
+
 bool comesFromOwnPage(const HttpRequest& request)
 {
     const std::string* host = request.header("host");
@@ -84,18 +113,29 @@ Result<HttpResponse, StoreFailure> LoginPages::handle(const HttpRequest& request
         return htmlResponse(421, noticePage("Wrong address", "This page is not served under that name. Go back to your "
                                                              "mail and press “Login” there again."));
     }
-    const std::string session = request.path.substr(path.size());
+    const std::string page = request.path.substr(path.size());
     if (request.method == "POST") {
-        return submit(request, session);
+        return submit(request, page);
     }
-    const auto state = m_sessions.state(session);
+    const auto state = m_sessions.state(page);
     if (!state) {
         return overPage();
     }
-    return state->accessToken ? signedInPage() : htmlResponse(200, loginFormPage({}, request.path, state->formToken));
+    return state->accessToken ? signedInPage() : openPage(request, state->formToken);
 }
 
-Result<HttpResponse, StoreFailure> LoginPages::submit(const HttpRequest& request, const std::string& session) const
+Result<HttpResponse, StoreFailure> LoginPages::openPage(const HttpRequest& request, const std::string& formToken) const
+{
+    const auto found = m_store.userByBrowser(request.query == someoneElse ? std::string() : browserOf(request));
+    if (!found) {
+        return Failure(found.error());
+    }
+    const std::optional<User>& user = found.value();
+    return htmlResponse(200, user ? continuePage(user->name, user->email, request.path, formToken)
+                                  : loginFormPage({}, request.path, formToken));
+}
+
+Result<HttpResponse, StoreFailure> LoginPages::submit(const HttpRequest& request, const std::string& page) const
 {
     const std::string* type = request.header("content-type");
     if (type == nullptr || !type->starts_with("application/x-www-form-urlencoded")) {
@@ -104,7 +144,7 @@ Result<HttpResponse, StoreFailure> LoginPages::submit(const HttpRequest& request
     if (!comesFromOwnPage(request)) {
         return refusedPage();
     }
-    const auto state = m_sessions.state(session);
+    const auto state = m_sessions.state(page);
     if (!state) {
         return overPage();
     }
@@ -112,8 +152,15 @@ Result<HttpResponse, StoreFailure> LoginPages::submit(const HttpRequest& request
     if (!state->accessToken && !form.isValid()) {
         return htmlResponse(422, loginFormPage(form, request.path, state->formToken));
     }
-    const auto outcome =
-        m_sessions.complete(session, form.formToken, [&] { return m_store.signIn(form.email, form.name); });
+    std::string browser;
+    const auto outcome = m_sessions.complete(page, form.formToken, [&]() -> Result<std::string, StoreFailure> {
+        const auto signedIn = m_store.signIn(form.email, form.name, browserOf(request));
+        if (!signedIn) {
+            return Failure(signedIn.error());
+        }
+        browser = signedIn.value().browser;
+        return signedIn.value().token;
+    });
     if (!outcome) {
         return Failure(outcome.error());
     }
@@ -130,6 +177,9 @@ Result<HttpResponse, StoreFailure> LoginPages::submit(const HttpRequest& request
     HttpResponse response = signedInPage();
     response.status = 303;
     response.headers.emplace_back("Location", request.path);
+    if (!browser.empty()) {
+        response.headers.emplace_back("Set-Cookie", cookieOf(browser));
+    }
     return response;
 }
 

@@ -15,7 +15,8 @@ struct StoreFailure;
 
 /// The page on which a person signs in with an ordinary browser. A form is taken only from the page itself: it must
 /// carry the session's one-time token, and what the browser says of its origin (Origin, Sec-Fetch-Site, Host) must fit.
-/// Any thread.
+/// A browser is remembered by a cookie, so that whoever signed in with it last is offered to go on without typing. The
+/// cookie fills the form in and proves nothing: the sign-in asks nobody for a proof. Any thread.
 class LoginPages
 {
 public:
@@ -38,8 +39,10 @@ public:
     [[nodiscard]] Result<HttpResponse, StoreFailure> handle(const HttpRequest& request) const;
 
 private:
-    [[nodiscard]] Result<HttpResponse, StoreFailure> submit(const HttpRequest& request,
-                                                            const std::string& session) const;
+    /// The page of a session that nobody has signed in to yet.
+    [[nodiscard]] Result<HttpResponse, StoreFailure> openPage(const HttpRequest& request,
+                                                              const std::string& formToken) const;
+    [[nodiscard]] Result<HttpResponse, StoreFailure> submit(const HttpRequest& request, const std::string& page) const;
 
     SignInSessions& m_sessions;
     ServiceStore& m_store;

@@ -10,18 +10,32 @@
 namespace quillmate::server
 {
 
+namespace
+{
+
+std::string urlSafe(const QByteArray& bytes)
+{
+    return bytes.toBase64(QByteArray::Base64UrlEncoding | QByteArray::OmitTrailingEquals).toStdString();
+}
+
+} // namespace
+
 std::string randomSecret()
 {
     std::array<quint32, 8> words{};
     QRandomGenerator::system()->fillRange(words.data(), static_cast<qsizetype>(words.size()));
-    const QByteArray bytes(reinterpret_cast<const char*>(words.data()), sizeof(words));
-    return bytes.toBase64(QByteArray::Base64UrlEncoding | QByteArray::OmitTrailingEquals).toStdString();
+    return urlSafe(QByteArray(reinterpret_cast<const char*>(words.data()), sizeof(words)));
 }
 
 std::string secretHash(std::string_view secret)
 {
     const QByteArrayView bytes(secret.data(), static_cast<qsizetype>(secret.size()));
     return QCryptographicHash::hash(bytes.toByteArray(), QCryptographicHash::Sha256).toStdString();
+}
+
+std::string derivedSecret(std::string_view secret)
+{
+    return urlSafe(QByteArray::fromStdString(secretHash(secret)));
 }
 
 bool sameSecret(std::string_view left, std::string_view right)

@@ -13,9 +13,14 @@ void SignInSessions::dropEnded()
     std::erase_if(m_sessions, [now](const auto& entry) { return entry.second.end <= now; });
 }
 
-SignInSessions::Session* SignInSessions::find(const std::string& id)
+std::string SignInSessions::pageOf(const std::string& id)
 {
-    const auto found = m_sessions.find(id);
+    return derivedSecret(id);
+}
+
+SignInSessions::Session* SignInSessions::find(const std::string& page)
+{
+    const auto found = m_sessions.find(page);
     if (found == m_sessions.end()) {
         return nullptr;
     }
@@ -34,21 +39,21 @@ std::optional<std::string> SignInSessions::begin()
         return std::nullopt;
     }
     std::string id = randomSecret();
-    m_sessions.emplace(id, Session{m_clock() + life, {randomSecret(), std::nullopt}});
+    m_sessions.emplace(pageOf(id), Session{m_clock() + life, {randomSecret(), std::nullopt}});
     return id;
 }
 
-std::optional<SignInSessions::State> SignInSessions::state(const std::string& id)
+std::optional<SignInSessions::State> SignInSessions::state(const std::string& page)
 {
     const std::lock_guard lock(m_mutex);
-    const Session* session = find(id);
+    const Session* session = find(page);
     return session == nullptr ? std::nullopt : std::optional(session->state);
 }
 
 std::optional<SignInSessions::State> SignInSessions::fetch(const std::string& id)
 {
     const std::lock_guard lock(m_mutex);
-    Session* session = find(id);
+    Session* session = find(pageOf(id));
     if (session == nullptr) {
         return std::nullopt;
     }
@@ -59,11 +64,11 @@ std::optional<SignInSessions::State> SignInSessions::fetch(const std::string& id
     return session->state;
 }
 
-Result<SignInSessions::Outcome, StoreFailure> SignInSessions::complete(const std::string& id,
+Result<SignInSessions::Outcome, StoreFailure> SignInSessions::complete(const std::string& page,
                                                                        const std::string& formToken, const Issue& issue)
 {
     const std::lock_guard lock(m_mutex);
-    Session* session = find(id);
+    Session* session = find(page);
     if (session == nullptr) {
         return Outcome::Unknown;
     }

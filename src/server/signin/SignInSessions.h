@@ -15,7 +15,8 @@ namespace quillmate::server
 
 /// The sign-ins under way, in memory only: a restart forgets them, and no clear token ever reaches the disk.
 /// A session lives 15 minutes, and two minutes from the first time its token was fetched (a lost reply is asked for
-/// again). Any thread.
+/// again). The client polls by the session's id, the browser has the name of its page: who knows the page's address
+/// alone cannot fetch the token. Any thread.
 class SignInSessions
 {
 public:
@@ -37,8 +38,10 @@ public:
         std::string formToken;                  ///< what a form of this session must bring back
         std::optional<std::string> accessToken; ///< present once signed in
     };
-    /// Nothing when the session is unknown or over.
-    [[nodiscard]] std::optional<State> state(const std::string& id);
+    /// The name of a session's page, which tells nothing about the id.
+    [[nodiscard]] static std::string pageOf(const std::string& id);
+    /// Nothing when there is no such page or its session is over.
+    [[nodiscard]] std::optional<State> state(const std::string& page);
     /// The access token as the client gets it; the first fetch shortens the session's life.
     [[nodiscard]] std::optional<State> fetch(const std::string& id);
 
@@ -46,7 +49,7 @@ public:
     using Issue = std::function<Result<std::string, StoreFailure>()>;
     /// Uses the form token up and signs in, once: `issue` makes the access token and runs for one caller only. Where it
     /// fails, the form can be sent again.
-    Result<Outcome, StoreFailure> complete(const std::string& id, const std::string& formToken, const Issue& issue);
+    Result<Outcome, StoreFailure> complete(const std::string& page, const std::string& formToken, const Issue& issue);
 
 private:
     struct Session {
@@ -54,12 +57,12 @@ private:
         State state;
         bool delivered = false;
     };
-    Session* find(const std::string& id);
+    Session* find(const std::string& page);
     void dropEnded();
 
     std::mutex m_mutex;
     Clock m_clock;
-    std::unordered_map<std::string, Session> m_sessions;
+    std::unordered_map<std::string, Session> m_sessions; // by their pages
 };
 
 } // namespace quillmate::server

@@ -15,8 +15,7 @@ namespace quillmate::server
 namespace
 {
 
-constexpr std::int64_t schemaVersion = 1;
-constexpr std::int64_t tokenLifeSeconds = std::chrono::seconds(ServiceStore::tokenLife).count();
+constexpr std::int64_t schemaVersion = 2;
 constexpr int busyMilliseconds = 5000;
 
 constexpr const char* schema = R"sql(
@@ -30,7 +29,13 @@ CREATE TABLE messages (id INTEGER PRIMARY KEY, thread TEXT NOT NULL REFERENCES t
 CREATE INDEX messages_thread ON messages (thread);
 CREATE TABLE training (id INTEGER PRIMARY KEY, user INTEGER NOT NULL REFERENCES users (id), question TEXT NOT NULL,
   answer TEXT NOT NULL, created INTEGER NOT NULL);
-PRAGMA user_version = 1;
+)sql";
+
+// Version 2.
+constexpr const char* browserSchema = R"sql(
+CREATE TABLE browsers (hash BLOB PRIMARY KEY, user INTEGER NOT NULL REFERENCES users (id), created INTEGER NOT NULL)
+  WITHOUT ROWID;
+PRAGMA user_version = 2;
 )sql";
 
 /// Rolls back unless `commit` was called.
@@ -118,6 +123,9 @@ void ServiceStore::prepare()
     if (version == 0) {
         runSql(m_database, schema);
     }
+    if (version < schemaVersion) {
+        runSql(m_database, browserSchema);
+    }
     transaction.commit();
 }
 
@@ -142,10 +150,10 @@ std::int64_t ServiceStore::now() const
     return std::chrono::duration_cast<std::chrono::seconds>(m_clock().time_since_epoch()).count();
 }
 
-Result<std::string, StoreFailure> ServiceStore::signIn(const std::string& email, const std::string& name)
+Result<SignIn, StoreFailure> ServiceStore::signIn(const std::string& email, const std::string& name,
+                                                  const std::string& formerBrowser)
 {
-    std::string token = randomSecret();
-    const std::string hash = secretHash(token);
+    const SignIn made{randomSecret(), randomSecret()};
     return alone([&] {
         Transaction transaction(m_database);
         SqliteStatement user(m_database, "INSERT INTO users (email, name, created) VALUES (?, ?, ?) "
@@ -153,30 +161,47 @@ Result<std::string, StoreFailure> ServiceStore::signIn(const std::string& email,
         user.text(email).text(name).number(now()).step();
         const std::int64_t id = user.numberAt(0);
         user.step();
-        SqliteStatement(m_database, "DELETE FROM tokens WHERE created < ?").number(now() - tokenLifeSeconds).step();
-        SqliteStatement(m_database, "INSERT INTO tokens (hash, user, created) VALUES (?, ?, ?)")
-            .blob(hash)
-            .number(id)
-            .number(now())
-            .step();
+        const auto add = [&](const std::string& table, const std::string& secret, std::chrono::seconds life) {
+            SqliteStatement(m_database, "DELETE FROM " + table + " WHERE created < ?")
+                .number(now() - life.count())
+                .step();
+            const std::string hash = secretHash(secret);
+            SqliteStatement(m_database, "INSERT INTO " + table + " (hash, user, created) VALUES (?, ?, ?)")
+                .blob(hash)
+                .number(id)
+                .number(now())
+                .step();
+        };
+        add("tokens", made.token, tokenLife);
+        const std::string formerHash = secretHash(formerBrowser);
+        SqliteStatement(m_database, "DELETE FROM browsers WHERE hash = ?").blob(formerHash).step();
+        add("browsers", made.browser, browserLife);
         transaction.commit();
-        return token;
+        return made;
     });
+}
+
+std::optional<User> ServiceStore::userOf(const std::string& table, std::string_view secret, std::chrono::seconds life)
+{
+    const std::string hash = secretHash(secret);
+    SqliteStatement statement(m_database, "SELECT users.id, users.email, users.name FROM " + table +
+                                              " AS held JOIN users ON users.id = held.user "
+                                              "WHERE held.hash = ? AND held.created >= ?");
+    statement.blob(hash).number(now() - life.count());
+    if (!statement.step()) {
+        return std::nullopt;
+    }
+    return User{statement.numberAt(0), statement.textAt(1), statement.textAt(2)};
 }
 
 Result<std::optional<User>, StoreFailure> ServiceStore::userByToken(std::string_view token)
 {
-    const std::string hash = secretHash(token);
-    return alone([&]() -> std::optional<User> {
-        SqliteStatement statement(m_database, "SELECT users.id, users.email, users.name FROM tokens "
-                                              "JOIN users ON users.id = tokens.user "
-                                              "WHERE tokens.hash = ? AND tokens.created >= ?");
-        statement.blob(hash).number(now() - tokenLifeSeconds);
-        if (!statement.step()) {
-            return std::nullopt;
-        }
-        return User{statement.numberAt(0), statement.textAt(1), statement.textAt(2)};
-    });
+    return alone([&] { return userOf("tokens", token, tokenLife); });
+}
+
+Result<std::optional<User>, StoreFailure> ServiceStore::userByBrowser(std::string_view browser)
+{
+    return alone([&] { return userOf("browsers", browser, browserLife); });
 }
 
 Result<std::string, StoreFailure> ServiceStore::startThread(std::int64_t user, const std::string& text)

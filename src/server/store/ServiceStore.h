@@ -35,13 +35,20 @@ struct StoreFailure {
     std::string text;
 };
 
-/// Users, tokens, chats and training data in one SQLite file (WAL, mode 0600). A token is kept as its SHA-256 only.
-/// Any thread.
+/// What a sign-in gives, both in clear: the access token, and the secret by which the browser is known again.
+struct SignIn {
+    std::string token;
+    std::string browser;
+};
+
+/// Users, tokens, browsers, chats and training data in one SQLite file (WAL, mode 0600). A token and a browser's secret
+/// are kept as their SHA-256 only. Any thread.
 class ServiceStore
 {
 public:
     using Clock = std::function<std::chrono::system_clock::time_point()>;
     static constexpr std::chrono::days tokenLife{90};
+    static constexpr std::chrono::days browserLife{90};
 
     /// Opens or makes DIR/service.db; the failure is one sentence for the user.
     static Result<std::unique_ptr<ServiceStore>, StoreFailure> open(const std::string& folder,
@@ -49,8 +56,12 @@ public:
     ServiceStore(const ServiceStore&) = delete;
     ServiceStore& operator=(const ServiceStore&) = delete;
 
-    /// Makes the user of this address, or gives the known one the new name, and a new token for it, in clear.
-    Result<std::string, StoreFailure> signIn(const std::string& email, const std::string& name);
+    /// Makes the user of this address, or gives the known one the new name, and a new token. The browser's new secret
+    /// takes the place of the one it had until now (empty: none), whosever that was.
+    Result<SignIn, StoreFailure> signIn(const std::string& email, const std::string& name,
+                                        const std::string& formerBrowser = {});
+    /// Who signed in last with the browser, at most `browserLife` ago.
+    Result<std::optional<User>, StoreFailure> userByBrowser(std::string_view browser);
     /// Nothing for a token that was never given, or longer ago than `tokenLife`.
     Result<std::optional<User>, StoreFailure> userByToken(std::string_view token);
 
@@ -77,6 +88,8 @@ private:
     {
     }
     void prepare();
+    /// Whose secret it is, by that table of hashes.
+    std::optional<User> userOf(const std::string& table, std::string_view secret, std::chrono::seconds life);
     /// Runs `work` alone on the database; what it throws becomes the failure.
     template<typename Work>
     auto alone(Work work) -> Result<decltype(work()), StoreFailure>;
