@@ -109,7 +109,7 @@ void ComposeSessionViewController::receivePoll(const std::weak_ptr<ComposeSessio
         }
         return;
     }
-    print("Access token received: " + *session.value().accessToken);
+    printPrivate("Access token received: " + *session.value().accessToken);
     // On the main thread, where nobody logs out or chooses another environment between the look and the step.
     DispatchQueue::main().async([weak, signIn, token = *session.value().accessToken] {
         const auto controller = weak.lock();

@@ -28,7 +28,7 @@ SharedText bodyOf(const MEComposeContext& context)
     if (!body) {
         return {};
     }
-    print("SESSSION FROM CONTENT EMAIL", *body);
+    printPrivate("SESSSION FROM CONTENT EMAIL", *body);
     return message->rawData->part(*body);
 }
 
@@ -49,7 +49,7 @@ std::string addressOf(const MEComposeContext& context)
         print("No email address found in the original message.");
         return {};
     }
-    print("getting email address from apple", *message->fromAddress.addressString);
+    printPrivate("getting email address from apple", *message->fromAddress.addressString);
     return *message->fromAddress.addressString;
 }
 

@@ -113,7 +113,7 @@ void ChatState::loadMessages()
 {
     const auto receive = [](ChatState& chat, StoredHistory& stored) {
         if (stored && !*stored) {
-            print("Failed to load messages: " + stored->error().description);
+            printPrivate("Failed to load messages: " + stored->error().description);
         } else if (stored) {
             chat.announce(chat.takeOver(std::move(*stored).value()));
         }

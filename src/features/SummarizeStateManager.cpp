@@ -174,8 +174,8 @@ void SummarizeStateManager::receiveFallback(const std::optional<SummarizedRespon
         return;
     }
     if (record) {
-        print("Summarization successful: SummarizedResponse(messageId: \"" + record->messageId + "\", response: \"" +
-              record->response + "\")");
+        printPrivate("Summarization successful: SummarizedResponse(messageId: \"" + record->messageId +
+                     "\", response: \"" + record->response + "\")");
         setSummarizeResponse(record->response);
     } else {
         print("Failed to summarize.");

@@ -2,10 +2,13 @@
 
 #include "base/AsciiText.h"
 #include "base/JSON.h"
+#include "base/TerminalText.h"
 
 #include <nlohmann/json.hpp>
 
 #include <QtGlobal>
+
+#include <unistd.h>
 
 namespace quillmate::server
 {
@@ -55,7 +58,7 @@ HttpResponse textReply(const EngineText& written)
 
 HttpResponse storeFailed(const HttpRequest& request, const StoreFailure& failure)
 {
-    qCritical("quillmate-service: %s failed: %s", request.path.c_str(), failure.text.c_str());
+    qCritical("quillmate-service: %s failed: %s", textFor(STDERR_FILENO, request.path).c_str(), failure.text.c_str());
     return errorResponse(500, "The service could not answer: its log says why.");
 }
 

@@ -1,6 +1,8 @@
 #include "base/ApplicationFolders.h"
 #include "base/CryptographyEnd.h"
+#include "base/Descriptors.h"
 #include "base/PrivateFiles.h"
+#include "base/TerminalText.h"
 #include "base/TerminationSignals.h"
 #include "server/Options.h"
 #include "server/ServiceApi.h"
@@ -17,6 +19,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace
 {
@@ -32,7 +35,7 @@ constexpr std::chrono::seconds longestEnd{15};
 
 int complain(const std::string& sentence, int status)
 {
-    std::fprintf(stderr, "quillmate-service: %s\n", sentence.c_str());
+    std::fprintf(stderr, "quillmate-service: %s\n", textFor(STDERR_FILENO, sentence).c_str());
     return status;
 }
 
@@ -165,6 +168,7 @@ int serve(const Options& options, Engine& engine)
 
 int main(int argc, char* argv[])
 {
+    openMissingStandardDescriptors();
     umask(ownerOnly);
     QCoreApplication application(argc, argv);
     const TerminationSignals signals(longestEnd);

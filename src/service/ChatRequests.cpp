@@ -104,9 +104,9 @@ void HandleApiRequests::sendChatStart(const URL& url, const std::string& accessT
                                       ChatStartCompletion completion)
 {
     print("Start chat url:", url.absoluteString());
-    print("Start chat access_token:", accessToken);
+    printPrivate("Start chat access_token:", accessToken);
     auto request = buildRequest(url, accessToken, body);
-    print("Start chat body:", describe(request, body.members()));
+    printPrivate("Start chat body:", describe(request, body.members()));
     send(std::move(request), readChatStart, std::move(completion));
 }
 

@@ -21,8 +21,10 @@ void sendRequest(const URLRequest& request, Reading<Record> (*read)(const Servic
         .dataTask(request,
                   [read, receive = std::move(receive)](auto data, auto response, auto error) {
                       Reading<Record> reading = read({std::move(data), std::move(response), std::move(error)});
-                      for (const std::string& line : reading.lines) {
-                          print(line);
+                      // Where there was a body, the lines may quote it.
+                      const bool quotes = reading.result || reading.result.error().stage >= ReplyStage::Parsing;
+                      for (const std::string_view line : reading.lines) {
+                          printLine({&line, 1}, quotes ? PrintedLine::Private : PrintedLine::Plain);
                       }
                       receive(std::move(reading.result));
                   })

@@ -35,7 +35,7 @@ void HandleApiRequests::sendTrainingData(const URL& url, const std::string& acce
                                          TrainingCompletion completion, Failed failed)
 {
     auto request = buildRequest(url, accessToken, body);
-    print("TRAINIG DATA BODY", describe(request, body.members()));
+    printPrivate("TRAINIG DATA BODY", describe(request, body.members()));
     if (!request) {
         print(request.error());
         failed();

@@ -54,7 +54,7 @@ void HandleApiRequests::fetchUserDetails(const std::string& url, const std::stri
         return;
     }
     print("URL:", url);
-    print("ACCESS TOKEN:", accessToken);
+    printPrivate("ACCESS TOKEN:", accessToken);
     sendRequest(std::move(request).value(), readUserDetails,
                 [accessToken, period = SignInPeriod(), completion = std::move(completion),
                  failed = std::move(failed)](auto details) {

@@ -2,6 +2,7 @@
 #include "platform/foundation/NotificationCenter.h"
 #include "platform/foundation/net/NetworkEnvironment.h"
 #include "platform/foundation/net/URL.h"
+#include "platform/foundation/text/PrintQueue.h"
 #include "platform/foundation/text/UUID.h"
 #include "platform/foundation/text/print.h"
 #include "support/LogCapture.h"
@@ -11,7 +12,9 @@
 
 #include <QCoreApplication>
 
+#include <atomic>
 #include <fcntl.h>
+#include <pty.h>
 #include <thread>
 #include <unistd.h>
 
@@ -47,6 +50,79 @@ private Q_SLOTS:
         print("", "");
         print("two\nlines");
         QCOMPARE(log.lines(), (QStringList{"one", "label value", " ", "two", "lines"}));
+    }
+
+    void aTerminalIsShownControlsAndGivenNone()
+    {
+        int ends[2];
+        QCOMPARE(::openpty(&ends[0], &ends[1], nullptr, nullptr, nullptr), 0);
+        setPrintDescriptor(ends[1]);
+        print("a\x1B[31m\n\t\x7F", "\u009B\u0080\u00A0é€😀", "\x9B\xC2", "\xE2\x82");
+        print("end");
+        setPrintDescriptor(STDOUT_FILENO);
+        QByteArray got;
+        char buffer[1000];
+        while (!got.endsWith("end\r\n")) {
+            got.append(buffer, std::max(::read(ends[0], buffer, sizeof buffer), ssize_t{0}));
+        }
+        ::close(ends[0]);
+        ::close(ends[1]);
+        QCOMPARE(got, QByteArray("a\\x1B[31m\\x0A\\x09\\x7F \\x9B\\x80\u00A0é€😀 \\x9B\\xC2 \\xE2\\x82\r\nend\r\n"));
+    }
+
+    void theJournalGetsNoPrivateLine()
+    {
+        LogCapture log;
+        const auto printed = [&log](const QByteArray& stream) {
+            qputenv("JOURNAL_STREAM", stream);
+            print("plain");
+            printPrivate("token", "secret");
+            return log.take();
+        };
+        const QStringList all{"plain", "token secret"};
+        QCOMPARE(printed(log.stream()), QStringList{"plain"});
+        QCOMPARE(printed(log.stream() + '0'), all);
+        QCOMPARE(printed(""), all);
+        qunsetenv("JOURNAL_STREAM");
+    }
+
+    void aQueueWaitsForNoReader()
+    {
+        int ends[2];
+        QCOMPARE(::pipe2(ends, O_CLOEXEC), 0);
+        constexpr qsizetype length = 100'000;
+        QByteArray got;
+        std::atomic<qsizetype> taken = 0;
+        std::jthread reader;
+        {
+            const PrintQueue queue(ends[1]);
+            for (char name = 'a'; name <= 'z'; ++name) {
+                print(std::string(length, name));
+                print(std::string(length, name));
+            }
+            print(std::string(PrintQueue::limit, 'x'));
+            reader = std::jthread([&, from = ends[0]] {
+                char buffer[5000];
+                while (!got.endsWith("end\n")) {
+                    got.append(buffer, std::max(::read(from, buffer, sizeof buffer), ssize_t{0}));
+                    taken = got.size();
+                }
+            });
+            // There is room again as soon as some lines are out.
+            QVERIFY(QTest::qWaitFor([&] { return taken > 3 * length; }));
+            print("end");
+        }
+        setPrintDescriptor(STDOUT_FILENO);
+        reader.join();
+        ::close(ends[0]);
+        ::close(ends[1]);
+        const QByteArrayList lines = got.chopped(1).split('\n');
+        constexpr qsizetype kept = qsizetype(PrintQueue::limit) / (length + 1);
+        QCOMPARE(lines.size(), kept + 2);
+        for (qsizetype i = 0; i < kept; ++i) {
+            QVERIFY(lines[i] == QByteArray(length, static_cast<char>('a' + i / 2)));
+        }
+        QVERIFY2(lines[kept].contains(QByteArray::number(53 - kept)), lines[kept]);
     }
 
     /// Through a pipe that takes a part at a time, and does not block its writers.

@@ -54,4 +54,11 @@ QStringList LogCapture::lines() const
     return splitLines(contents(m_descriptor, m_taken));
 }
 
+QByteArray LogCapture::stream() const
+{
+    struct stat status = {};
+    ::fstat(m_descriptor, &status);
+    return QByteArray::number(qulonglong{status.st_dev}) + ':' + QByteArray::number(qulonglong{status.st_ino});
+}
+
 } // namespace quillmate

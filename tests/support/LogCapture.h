@@ -19,6 +19,8 @@ public:
     QStringList take();
     /// The lines printed since the last call; they stay.
     [[nodiscard]] QStringList lines() const;
+    /// What JOURNAL_STREAM is where this is the system's journal.
+    [[nodiscard]] QByteArray stream() const;
 
 private:
     int m_descriptor;

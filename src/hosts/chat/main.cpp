@@ -1,3 +1,4 @@
+#include "base/Descriptors.h"
 #include "hosts/startup/CommandLine.h"
 #include "hosts/startup/DesktopProgram.h"
 #include "platform/appkit/NSHostingController.h"
@@ -62,6 +63,7 @@ private:
 
 int main(int argc, char** argv)
 {
+    openMissingStandardDescriptors();
     CommandLine line({});
     if (const auto status = line.readProcess(argc, argv, texts.name, help)) {
         return *status;

@@ -1,5 +1,7 @@
 #include "hosts/link/Frame.h"
 
+#include "base/Descriptors.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -81,27 +83,7 @@ bool FrameWriter::write(std::string_view bytes) const
         return false;
     }
     const auto length = static_cast<std::uint32_t>(bytes.size());
-    std::string frame(sizeof length, '\0');
-    std::memcpy(frame.data(), &length, sizeof length);
-    frame += bytes;
-
-    std::string_view rest = frame;
-    while (!rest.empty()) {
-        const ssize_t count = ::write(m_descriptor, rest.data(), rest.size());
-        if (count < 0) {
-            if (errno == EINTR) {
-                continue;
-            }
-            if (errno == EAGAIN) {
-                pollfd waiting{m_descriptor, POLLOUT, 0};
-                ::poll(&waiting, 1, -1);
-                continue;
-            }
-            return false;
-        }
-        rest.remove_prefix(static_cast<std::size_t>(count));
-    }
-    return true;
+    return writeWhole(m_descriptor, {{reinterpret_cast<const char*>(&length), sizeof length}, bytes});
 }
 
 } // namespace quillmate

@@ -4,7 +4,10 @@
 
 #include <QString>
 
+#include <algorithm>
+#include <charconv>
 #include <map>
+#include <string_view>
 
 namespace quillmate
 {
@@ -171,11 +174,40 @@ std::string quoted(const std::string& text)
     return '"' + (shown.size() > longest ? shown.left(longest) + QStringLiteral("…") : shown).toStdString() + '"';
 }
 
+/// The UTF-16 unit of the escape \uXXXX at that place; 0 where there is none.
+unsigned escapedUnit(std::string_view json, std::size_t place)
+{
+    unsigned unit = 0;
+    const std::string_view escape = json.substr(std::min(place, json.size()), 6);
+    const bool isWhole = escape.size() == 6 && escape.starts_with("\\u") &&
+                         std::from_chars(escape.data() + 2, escape.data() + 6, unit, 16).ptr == escape.data() + 6;
+    return isWhole ? unit : 0;
+}
+
+void replaceLoneSurrogates(std::string& json)
+{
+    constexpr std::size_t escapeSize = 6;
+    const auto isHigh = [](unsigned unit) { return unit >= 0xD800 && unit <= 0xDBFF; };
+    const auto isLow = [](unsigned unit) { return unit >= 0xDC00 && unit <= 0xDFFF; };
+    for (std::size_t at = json.find('\\'); at != std::string::npos; at = json.find('\\', at)) {
+        const unsigned unit = escapedUnit(json, at);
+        if (isHigh(unit) && isLow(escapedUnit(json, at + escapeSize))) {
+            at += 2 * escapeSize;
+            continue;
+        }
+        if (isHigh(unit) || isLow(unit)) {
+            json.replace(at, escapeSize, "\\uFFFD");
+        }
+        at += 2; // Past the backslash and the character that it goes with, which may be another backslash.
+    }
+}
+
 } // namespace
 
-Result<LinkRequest, LinkError> readLinkFrame(std::string_view bytes)
+Result<LinkRequest, LinkError> readLinkFrame(std::string bytes)
 {
     using Read = Result<LinkRequest, LinkError>;
+    replaceLoneSurrogates(bytes);
     const auto parsed = JSONSerialization::jsonObject(bytes, JSONSerialization::Fragments::Allowed);
     if (!parsed) {
         return Read::failure({"The frame is not valid JSON: " + parsed.error().description, nullptr});

@@ -6,7 +6,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <variant>
 
 namespace quillmate
@@ -81,7 +80,8 @@ struct LinkError {
     JSONValue request;
 };
 
-/// Reads one frame's JSON. Costs as much time as the frame is long, so not for the main thread.
-[[nodiscard]] Result<LinkRequest, LinkError> readLinkFrame(std::string_view bytes);
+/// Reads one frame's JSON. A surrogate without its other half, as JavaScript's texts may have, is read as U+FFFD. Costs
+/// as much time as the frame is long, so not for the main thread.
+[[nodiscard]] Result<LinkRequest, LinkError> readLinkFrame(std::string bytes);
 
 } // namespace quillmate

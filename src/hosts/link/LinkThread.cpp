@@ -63,8 +63,8 @@ void LinkThread::run()
                 [ended = m_ended, reason = next ? std::string() : next.error()] { ended(reason); });
             return;
         }
-        auto read = readLinkFrame(*next.value());
-        next = FrameReader::Next(std::nullopt); // A message of many megabytes is held once, not twice.
+        auto read =
+            readLinkFrame(*std::move(next).value()); // Moved: a message of many megabytes is held once, not twice.
         if (!read) {
             answerError(read.error());
             continue;

@@ -1,3 +1,4 @@
+#include "base/Descriptors.h"
 #include "extension/MailExtension.h"
 #include "hosts/link/Frame.h"
 #include "hosts/link/LinkPanels.h"
@@ -6,6 +7,8 @@
 #include "hosts/startup/CommandLine.h"
 #include "hosts/startup/DesktopProgram.h"
 #include "platform/foundation/net/URLSession.h"
+#include "platform/foundation/text/PrintQueue.h"
+#include "platform/foundation/text/print.h"
 
 #include <array>
 #include <cstdio>
@@ -74,10 +77,22 @@ int takeStandardOutput()
     return frames;
 }
 
+/// Qt's own words must not wait for a reader either; its last ones must be out before it ends the process.
+void printMessage(QtMsgType type, const QMessageLogContext& context, const QString& text)
+{
+    const std::string line = qFormatLogMessage(type, context, text).toStdString();
+    if (type == QtFatalMsg) {
+        complain(texts.name, line);
+    } else {
+        print(line);
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
+    openMissingStandardDescriptors();
     CommandLine line(options);
     if (const auto status = line.readProcess(argc, argv, texts.name, help)) {
         return *status;
@@ -86,6 +101,8 @@ int main(int argc, char** argv)
         return changeNativeHost(line, argc);
     }
     FrameWriter output(takeStandardOutput());
+    const PrintQueue diagnostics(STDERR_FILENO);
+    qInstallMessageHandler(printMessage);
     // A message of many megabytes passes three times as fast through a pipe of the largest ordinary size.
     ::fcntl(STDIN_FILENO, F_SETPIPE_SZ, 1024 * 1024);
 
@@ -107,7 +124,8 @@ int main(int argc, char** argv)
         }
         const LinkThread link(STDIN_FILENO, output, extension, panels, [&status](const std::string& reason) {
             if (!reason.empty()) {
-                status = complain(texts.name, reason, 1);
+                print(std::string(texts.name).append(":"), reason);
+                status = 1;
             }
             QGuiApplication::quit();
         });

@@ -1,3 +1,4 @@
+#include "base/Descriptors.h"
 #include "extension/MailExtension.h"
 #include "hosts/preview/PreviewProgram.h"
 #include "hosts/startup/CommandLine.h"
@@ -18,6 +19,7 @@ constexpr DesktopProgram::Texts texts{
 
 int main(int argc, char** argv)
 {
+    openMissingStandardDescriptors();
     CommandLine line(previewOptions());
     if (const auto status = line.readProcess(argc, argv, texts.name, previewHelp())) {
         return *status;

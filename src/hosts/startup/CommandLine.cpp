@@ -1,7 +1,10 @@
 #include "hosts/startup/CommandLine.h"
 
+#include "base/TerminalText.h"
+
 #include <algorithm>
 #include <cstdio>
+#include <unistd.h>
 
 namespace quillmate
 {
@@ -99,7 +102,7 @@ std::vector<std::string> CommandLine::words() const
 
 int complain(const char* program, const std::string& sentence, int status)
 {
-    std::fprintf(stderr, "%s: %s\n", program, sentence.c_str());
+    std::fprintf(stderr, "%s: %s\n", program, textFor(STDERR_FILENO, sentence).c_str());
     return status;
 }
 

@@ -2,12 +2,14 @@
 
 #include "base/AsciiText.h"
 #include "base/Result.h"
+#include "base/TerminalText.h"
 
 #include <QDeadlineTimer>
 
 #include <algorithm>
 #include <charconv>
 #include <exception>
+#include <unistd.h>
 
 namespace quillmate::server
 {
@@ -228,7 +230,7 @@ HttpResponse HttpTransaction::answer() const
     try {
         return m_work.handler.handle(m_request);
     } catch (const std::exception& error) {
-        qCritical("quillmate-service: %s failed: %s", m_request.path.c_str(), error.what());
+        qCritical("quillmate-service: %s failed: %s", textFor(STDERR_FILENO, m_request.path).c_str(), error.what());
         return errorResponse(500, "The service could not answer: its log says why.");
     }
 }

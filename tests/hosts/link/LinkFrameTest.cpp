@@ -141,6 +141,14 @@ private Q_SLOTS:
                  std::string("sünde"));
     }
 
+    void halvesOfSurrogatePairs()
+    {
+        const std::string texts = R"(\"a\ud83d\" \uDE00b \uD83D\uDE00 \ud83dx\ud83d\ud83d\ude00 \\ud83d \u00e9)";
+        const auto frame = readAs<ComposeSessionDidBegin>(withMember("subject", ('"' + texts + '"').c_str()));
+        QCOMPARE(frame.originalMessage->subject,
+                 std::string("\"a\uFFFD\" \uFFFDb \U0001F600 \uFFFDx\uFFFD\U0001F600 \\ud83d \u00e9"));
+    }
+
     void refuses()
     {
         std::vector<std::pair<std::string, std::string>> rows = {

@@ -11,6 +11,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace quillmate;
 
@@ -58,8 +61,8 @@ QJsonObject moved(const char* type, const QString& session)
 class LinkProcess
 {
 public:
-    explicit LinkProcess(const TestServer& server)
-        : m_run(QStringLiteral(QUILLMATE_EXTENSION_PROGRAM), m_surroundings)
+    explicit LinkProcess(const TestServer& server, const QString& program = QUILLMATE_EXTENSION_PROGRAM)
+        : m_run(program, m_surroundings)
     {
         m_surroundings.connectServiceHosts(server.port());
         m_surroundings.set("QUILLMATE_CA_FILE", TestEnvironment::certificateFile(QStringLiteral("ca.pem")));
@@ -212,6 +215,31 @@ private Q_SLOTS:
             }
             QCOMPARE(process.run().output(), QByteArray());
         }
+    }
+
+    void nobodyTakesTheDiagnostics()
+    {
+        const QTemporaryDir folder;
+        const QString pipe = folder.filePath("pipe");
+        QCOMPARE(::mkfifo(pipe.toLocal8Bit(), 0600), 0);
+        const int reader = ::open(pipe.toLocal8Bit(), O_RDWR | O_CLOEXEC);
+        const std::pair<const char*, QByteArray> rows[] = {
+            // Where the program's standard error leads, and how its input ends.
+            {"2>&-", ""},
+            {"2>\"$1\"", ""},
+            {"2>\"$1\"", "x"},
+        };
+        for (const auto& [errors, bytes] : rows) {
+            LinkProcess process(m_server, "/bin/sh");
+            process.run().start({"-c", QStringLiteral("exec \"$0\" ") + errors, QUILLMATE_EXTENSION_PROGRAM, pipe});
+            process.send(begin("s1", message("Subject: x\n\n" + QByteArray(200'000, 'x'), "<m1>")));
+            process.send(moved("viewControllerForSession", "s1"));
+            QVERIFY2(process.settled(), errors);
+            process.run().write(bytes);
+            QCOMPARE(process.run().endInput(), bytes.isEmpty() ? 0 : 1);
+            QCOMPARE(process.run().output(), QByteArray());
+        }
+        ::close(reader);
     }
 
     void terminated()

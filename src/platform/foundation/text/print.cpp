@@ -1,11 +1,12 @@
 #include "platform/foundation/text/print.h"
 
-#include <array>
-#include <atomic>
-#include <cerrno>
+#include "base/Descriptors.h"
+#include "base/TerminalText.h"
+#include "platform/foundation/text/PrintQueue.h"
+
+#include <cstdlib>
 #include <mutex>
-#include <poll.h>
-#include <sys/uio.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
@@ -14,73 +15,68 @@ namespace quillmate
 namespace
 {
 
-std::mutex& outputMutex()
+struct Output {
+    std::mutex mutex;
+    int descriptor = STDOUT_FILENO;
+    PrintQueue* queue = nullptr;
+};
+
+Output& output()
 {
-    static std::mutex mutex;
-    return mutex;
+    static Output shared;
+    return shared;
 }
 
-std::atomic<int> printDescriptor = STDOUT_FILENO;
-
-iovec vectorOf(std::string_view text)
+bool isJournal(int descriptor)
 {
-    // writev never writes through iov_base; its type predates const.
-    return {const_cast<char*>(text.data()), text.size()};
-}
-
-/// One writev in the ordinary case; more only when the system takes a part of the line.
-void writeWhole(int descriptor, std::vector<iovec>& parts)
-{
-    iovec* first = parts.data();
-    std::size_t count = parts.size();
-    while (count > 0) {
-        const ssize_t written = ::writev(descriptor, first, static_cast<int>(count));
-        if (written < 0) {
-            if (errno == EINTR) {
-                continue;
-            }
-            if (errno == EAGAIN) {
-                pollfd waiting{descriptor, POLLOUT, 0};
-                ::poll(&waiting, 1, -1);
-                continue;
-            }
-            return; // Nobody reads any more, and there is no second place to say so.
-        }
-        auto left = static_cast<std::size_t>(written);
-        while (count > 0 && left >= first->iov_len) {
-            left -= first->iov_len;
-            ++first;
-            --count;
-        }
-        if (count > 0) {
-            first->iov_base = static_cast<char*>(first->iov_base) + left;
-            first->iov_len -= left;
-        }
-    }
+    const char* stream = std::getenv("JOURNAL_STREAM");
+    struct stat status = {};
+    return stream != nullptr && ::fstat(descriptor, &status) == 0 &&
+           stream == std::to_string(status.st_dev) + ':' + std::to_string(status.st_ino);
 }
 
 } // namespace
 
-void printLine(std::span<const std::string_view> items)
+void printLine(std::span<const std::string_view> items, PrintedLine kind)
 {
-    std::vector<iovec> parts;
-    parts.reserve(items.size() * 2 + 1);
-    for (std::size_t i = 0; i < items.size(); ++i) {
-        if (i > 0) {
-            parts.push_back(vectorOf(" "));
-        }
-        parts.push_back(vectorOf(items[i]));
+    std::vector<std::string_view> parts;
+    parts.reserve(items.size() * 2);
+    std::size_t size = 0;
+    for (const std::string_view item : items) {
+        parts.insert(parts.end(), {item, " "});
+        size += item.size() + 1;
     }
-    parts.push_back(vectorOf("\n"));
+    parts.back() = "\n";
 
-    const std::lock_guard lock(outputMutex());
-    writeWhole(printDescriptor.load(), parts);
+    Output& to = output();
+    const std::lock_guard lock(to.mutex);
+    if ((kind == PrintedLine::Private && isJournal(to.descriptor)) || (to.queue && !to.queue->hasRoomFor(size))) {
+        return;
+    }
+    const bool isTerminal = ::isatty(to.descriptor) == 1;
+    if (!isTerminal && !to.queue) {
+        writeWhole(to.descriptor, parts); // Where nobody reads any more there is no second place to say so.
+        return;
+    }
+    std::string line;
+    for (const std::string_view part : parts) {
+        line += part;
+    }
+    line.pop_back();
+    line = (isTerminal ? terminalText(line) : std::move(line)) + '\n';
+    if (to.queue) {
+        to.queue->add(std::move(line));
+    } else {
+        writeWhole(to.descriptor, {line});
+    }
 }
 
-void setPrintDescriptor(int descriptor)
+void setPrintDescriptor(int descriptor, PrintQueue* queue)
 {
-    const std::lock_guard lock(outputMutex());
-    printDescriptor = descriptor;
+    Output& to = output();
+    const std::lock_guard lock(to.mutex);
+    to.descriptor = descriptor;
+    to.queue = queue;
 }
 
 } // namespace quillmate
