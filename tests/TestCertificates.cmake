@@ -1,5 +1,5 @@
 # Certificates for the loopback servers of the tests: a root of their own, a server certificate of it for the three service
-# hosts and one more host, and one that no root stands behind.
+# hosts, one more host and the address itself, and one that no root stands behind.
 
 find_program(OPENSSL_PROGRAM openssl REQUIRED)
 set(QUILLMATE_TEST_TLS_DIR "${CMAKE_BINARY_DIR}/tests/tls")
@@ -13,7 +13,7 @@ function(_openssl)
 endfunction()
 
 set(_key -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes)
-set(_names "DNS:${QUILLMATE_LIVE_HOST},DNS:${QUILLMATE_STAGING_HOST},DNS:${QUILLMATE_DEV_HOST},DNS:other.example")
+set(_names "DNS:${QUILLMATE_LIVE_HOST},DNS:${QUILLMATE_STAGING_HOST},DNS:${QUILLMATE_DEV_HOST},DNS:other.example,IP:127.0.0.1")
 file(MAKE_DIRECTORY "${QUILLMATE_TEST_TLS_DIR}")
 set(_stamp "${QUILLMATE_TEST_TLS_DIR}/names.txt")
 set(_made "")

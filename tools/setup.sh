@@ -12,7 +12,7 @@ base_packages=(
     qt6-base-dev qt6-declarative-dev qt6-declarative-dev-tools qt6-svg-dev qt6-qpa-plugins
     qml6-module-qtquick qml6-module-qtquick-controls qml6-module-qtquick-layouts qml6-module-qtquick-templates
     qml6-module-qtquick-window qml6-module-qtqml qml6-module-qtqml-models qml6-module-qtqml-workerscript
-    libsimdjson-dev nlohmann-json3-dev libsqlite3-dev libgmime-3.0-dev libmicrohttpd-dev libgnutls28-dev libssl-dev
+    libsimdjson-dev nlohmann-json3-dev libsqlite3-dev libgmime-3.0-dev libmicrohttpd-dev libgnutls28-dev libssl-dev zlib1g-dev
     libxcb1-dev openssl xdg-utils
 )
 # What the tests take beside that.

@@ -18,6 +18,8 @@ public:
 
     [[nodiscard]] bool isSequential() const override { return true; }
     [[nodiscard]] qint64 bytesAvailable() const override;
+    /// Whether any of it may have left. An empty one leaves unseen, with the request's head.
+    [[nodiscard]] bool wasRead() const { return m_read > 0 || m_bytes->empty(); }
     /// Never possible; without the words that the base has for it.
     bool seek(qint64) override { return false; }
 

@@ -1,15 +1,19 @@
 #include "platform/foundation/net/URLSession.h"
 #include "platform/foundation/net/URLCache.h"
+#include "platform/foundation/net/URLSessionThread.h"
 #include "support/ProgramRun.h"
 #include "support/TestEnvironment.h"
 #include "support/TestProgram.h"
 #include "support/TestServer.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFileInfo>
 #include <QThread>
 
 #include <atomic>
+
+#include <zlib.h>
 
 using namespace quillmate;
 
@@ -21,6 +25,23 @@ const std::string host = serviceHosts().front().toLower().toStdString();
 const std::string strangeHost = serviceHosts().at(1).toLower().toStdString();
 const std::string origin = "https://" + host;
 
+std::atomic<int> milliseconds = 0; // What the session's clock shows.
+
+std::string gzip(const std::string& content)
+{
+    z_stream stream{};
+    std::string file(content.size() + 1'000, '\0');
+    deflateInit2(&stream, Z_BEST_COMPRESSION, Z_DEFLATED, MAX_WBITS + 16, MAX_MEM_LEVEL, Z_DEFAULT_STRATEGY);
+    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(content.data()));
+    stream.avail_in = static_cast<uInt>(content.size());
+    stream.next_out = reinterpret_cast<Bytef*>(file.data());
+    stream.avail_out = static_cast<uInt>(file.size());
+    deflate(&stream, Z_FINISH);
+    file.resize(file.size() - stream.avail_out);
+    deflateEnd(&stream);
+    return file;
+}
+
 } // namespace
 
 class URLSessionTest : public QObject
@@ -30,14 +51,8 @@ class URLSessionTest : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        NetworkEnvironment environment;
-        for (const std::string& name : {host, std::string("other.example"), std::string("unnamed.example")}) {
-            environment.connectTo[name] = {"127.0.0.1", m_server.port()};
-        }
-        environment.connectTo[strangeHost] = {"127.0.0.1", m_stranger.port()};
-        environment.connectTo["refused.example"] = {"127.0.0.1", 1};
-        environment.rootCertificateFiles = {TestEnvironment::certificateFile(QStringLiteral("ca.pem")).toStdString()};
-        URLSession::configure(std::move(environment));
+        QVERIFY(QDir().mkpath(TestEnvironment::cacheFolder() + QStringLiteral("/of an earlier version")));
+        useLimits(m_limits);
     }
 
     void init() { m_server.reset(); }
@@ -138,6 +153,9 @@ private Q_SLOTS:
             {"POST", 301, "/y", "GET " + host, true},
             {"POST", 303, "/y", "GET " + host, true},
             {"POST", 308, "/y", "POST " + host, true},
+            {"POST", 302, "https://other.example/y", "GET other.example", false},
+            {"POST", 307, "https://other.example/y", "foreignRedirect", false},
+            {"POST", 308, origin + ":9/y", "foreignRedirect", false},
             {"GET", 302, "http://" + host + "/y", "insecureRedirect", false},
             {"GET", 302, "file:///y", "insecureRedirect", false},
             {"GET", 302, "/a b", "302", false},
@@ -173,15 +191,104 @@ private Q_SLOTS:
         QCOMPARE(m_server.requests().size(), std::size_t(21));
     }
 
-    void connectionsAreUsedAgain()
+    void speaksNoHttp2()
     {
         m_server.reply("GET /x", "1");
-        get(origin + "/x", "t");
-        const int before = m_server.connections();
-        for (int i = 0; i < 5; ++i) {
-            get(origin + "/x", "t");
+        QCOMPARE(outcome(get("https://127.0.0.1:" + std::to_string(m_server.port()) + "/x")), std::string("200 1"));
+    }
+
+    void requestsThatNeverLeftAreSentAgain()
+    {
+        const struct {
+            int refusals;
+            const char* outcome;
+            int connections;
+            std::size_t requests;
+        } rows[] = {{0, "200 done", 1, 1}, {2, "200 done", 3, 1}, {3, "networkConnectionLost", 3, 0}};
+        for (const auto& row : rows) {
+            for (const bool posts : {false, true}) {
+                useLimits(m_limits);
+                m_server.reset();
+                m_server.reply("GET /x", "done");
+                m_server.reply("POST /x", "done");
+                m_server.refuseConnections(row.refusals);
+                const int before = m_server.connections();
+                QCOMPARE(outcome(posts ? post(origin + "/x", "body") : get(origin + "/x")), std::string(row.outcome));
+                QCOMPARE(m_server.connections() - before, row.connections);
+                QCOMPARE(m_server.requests().size(), row.requests);
+            }
         }
-        QCOMPARE(m_server.connections(), before);
+    }
+
+    void whatLeftIsNeverSentAgain()
+    {
+        for (const std::string method : {"GET", "POST"}) {
+            m_server.reset();
+            m_server.reply(method + " /x", TestReply{.manner = TestReply::Manner::CloseAtOnce});
+            QCOMPARE(outcome(method == "GET" ? get(origin + "/x") : post(origin + "/x", "body")),
+                     std::string("networkConnectionLost"));
+            QCOMPARE(m_server.requests().size(), std::size_t(1));
+        }
+    }
+
+    void oneBrokenReplyCostsNoOther()
+    {
+        m_server.reply("GET /cut", TestReply{200, "half and half", {}, TestReply::Manner::CutInBody});
+        std::vector<URLRequest> requests{URLRequest{URL::parseAbsolute(origin + "/cut").value()}};
+        for (int i = 0; i < 12; ++i) {
+            const std::string path = "/" + std::to_string(i);
+            m_server.reply("GET " + path, path);
+            requests.push_back(URLRequest{URL::parseAbsolute(origin + path).value()});
+        }
+        const auto exchanges = runAll(requests);
+        QCOMPARE(outcome(exchanges.front()), std::string("networkConnectionLost"));
+        for (std::size_t i = 1; i < exchanges.size(); ++i) {
+            QCOMPARE(outcome(exchanges[i]), "200 /" + std::to_string(i - 1));
+        }
+    }
+
+    void oddServers()
+    {
+        using Manner = TestReply::Manner;
+        const std::string text(3'000, 't');
+        const std::vector<std::pair<std::string, std::string>> longHead(90, {"X", text});
+        const std::vector<std::pair<std::string, std::string>> manyHeaders(120, {"X", "1"});
+        const auto coded = [](const char* coding, std::string body) {
+            return TestReply{200, std::move(body), {{"Content-Encoding", coding}}};
+        };
+        std::string broken = gzip(text);
+        broken[broken.size() / 2] ^= 1;
+        const struct {
+            TestReply reply;
+            std::string outcome;
+        } rows[] = {
+            {{200, "told", {}, Manner::HintsFirst}, "badServerResponse"},
+            {{200, "told", {}, Manner::NotifyEnd}, "200 told"},
+            {{200, "told", {}, Manner::Drip}, "timedOut"},
+            {{200, "told", longHead}, "dataTooLarge"},
+            {{200, "told", manyHeaders}, "dataTooLarge"},
+            {{200, "told", {longHead.begin(), longHead.begin() + 80}}, "200 told"},
+            {coded("gzip", gzip(text)), "200 " + text},
+            {coded("gzip", ""), "200 "},
+            {coded("gzip", broken), "badServerResponse"},
+            {coded("gzip", gzip(text).substr(0, 20)), "badServerResponse"},
+            {coded("gzip", gzip(std::string(50'000'000, '\0'))), "badServerResponse"},
+            {coded("br", text), "badServerResponse"},
+        };
+        auto limits = m_limits;
+        limits.longestReply = std::chrono::seconds(2);
+        useLimits(limits);
+        for (const auto& row : rows) {
+            m_server.reset();
+            m_server.reply("POST /x", row.reply);
+            m_server.reply("POST /y", "next");
+            m_server.reply("GET /y", "next");
+            QCOMPARE(QString::fromStdString(outcome(post(origin + "/x", "body"))), QString::fromStdString(row.outcome));
+            QCOMPARE(outcome(post(origin + "/y", "body")), std::string("200 next"));
+            QCOMPARE(outcome(get(origin + "/y")), std::string("200 next"));
+            QCOMPARE(m_server.requests().size(), std::size_t(3));
+        }
+        useLimits(m_limits);
     }
 
     void cache()
@@ -203,12 +310,38 @@ private Q_SLOTS:
         // The two hosts are one address here.
         QCOMPARE(get("https://other.example/kept").data, std::optional<std::string>("second"));
 
-        QCOMPARE(QFileInfo(TestEnvironment::cacheFolder()).permissions() & QFile::Permissions(0x0077),
-                 QFile::Permissions());
-        m_server.reset();
-        m_server.reply("GET /kept", "after");
         URLCache::shared().removeAllCachedResponses();
-        QCOMPARE(get(origin + "/kept").data, std::optional<std::string>("after"));
+        m_server.reset();
+        m_server.reply("GET /kept", TestReply{200, "third", {{"Cache-Control", "max-age=3600"}}});
+        m_server.reply("GET /kept", "fourth");
+        QCOMPARE(get(origin + "/kept").data, std::optional<std::string>("third"));
+        milliseconds += 3'599'999;
+        QCOMPARE(get(origin + "/kept").data, std::optional<std::string>("third"));
+        milliseconds += 1;
+        QCOMPARE(get(origin + "/kept").data, std::optional<std::string>("fourth"));
+    }
+
+    void nothingIsKeptOnDisk()
+    {
+        m_server.reply("GET /plugin-auth/session-request/1",
+                       TestReply{200, R"({"access_token":"secret"})", {{"Cache-Control", "max-age=3600"}}});
+        QCOMPARE(get(origin + "/plugin-auth/session-request/1").response->statusCode, 200);
+        QVERIFY(!QFileInfo::exists(TestEnvironment::cacheFolder()));
+    }
+
+    void whatIsUnderWayIsNotKept()
+    {
+        m_server.reply("GET /late", TestReply{200, "first", {{"Cache-Control", "max-age=3600"}}});
+        m_server.reply("GET /late", "second");
+        auto held = m_server.hold();
+        std::atomic<bool> ended = false;
+        URLSession::shared()
+            .dataTask(URLRequest{URL::parseAbsolute(origin + "/late").value()}, [&](auto, auto, auto) { ended = true; })
+            ->resume();
+        URLCache::shared().removeAllCachedResponses();
+        held.unlock();
+        QTRY_VERIFY(ended);
+        QCOMPARE(get(origin + "/late").data, std::optional<std::string>("second"));
     }
 
     void cacheBelongsToOneToken()
@@ -225,27 +358,55 @@ private Q_SLOTS:
     }
 
 private:
+    void useLimits(NetworkLimits limits)
+    {
+        URLSessionThread::stop();
+        NetworkEnvironment environment;
+        for (const std::string& name : {host, std::string("other.example"), std::string("unnamed.example")}) {
+            environment.connectTo[name] = {"127.0.0.1", m_server.port()};
+        }
+        environment.connectTo[strangeHost] = {"127.0.0.1", m_stranger.port()};
+        environment.connectTo["refused.example"] = {"127.0.0.1", 1};
+        environment.rootCertificateFiles = {TestEnvironment::certificateFile(QStringLiteral("ca.pem")).toStdString()};
+        URLSession::configure(std::move(environment), std::move(limits));
+    }
+
     struct Exchange {
         std::optional<std::string> data;
         std::optional<HTTPURLResponse> response;
         std::optional<URLError> error;
         QThread* thread = nullptr;
     };
-    static Exchange run(URLRequest request)
+    static std::vector<Exchange> runAll(const std::vector<URLRequest>& requests)
     {
-        Exchange exchange;
-        std::atomic<int> completions = 0;
-        {
-            const auto task =
-                URLSession::shared().dataTask(std::move(request), [&](auto data, auto response, auto error) {
-                    exchange = {std::move(data), std::move(response), std::move(error), QThread::currentThread()};
-                    ++completions;
-                });
+        std::vector<Exchange> exchanges(requests.size());
+        std::atomic<std::size_t> completions = 0;
+        for (std::size_t i = 0; i < requests.size(); ++i) {
+            const auto task = URLSession::shared().dataTask(requests[i], [&, i](auto data, auto response, auto error) {
+                exchanges[i] = {std::move(data), std::move(response), std::move(error), QThread::currentThread()};
+                ++completions;
+            });
             task->resume();
             task->resume();
         }
-        [&] { QTRY_COMPARE_WITH_TIMEOUT(completions.load(), 1, 30'000); }();
-        return exchange;
+        [&] { QTRY_COMPARE_WITH_TIMEOUT(completions.load(), requests.size(), 30'000); }();
+        return exchanges;
+    }
+
+    static Exchange run(const URLRequest& request) { return runAll({request}).front(); }
+
+    static std::string outcome(const Exchange& exchange)
+    {
+        return exchange.error ? std::string(URLError::name(exchange.error->kind))
+                              : std::to_string(exchange.response->statusCode) + ' ' + *exchange.data;
+    }
+
+    static Exchange post(const std::string& url, const std::string& body)
+    {
+        return run({URL::parseAbsolute(url).value(),
+                    "POST",
+                    {{"Content-Type", "text/plain"}},
+                    std::make_shared<const std::string>(body)});
     }
 
     static Exchange get(const std::string& url, const std::string& token = {})
@@ -258,6 +419,7 @@ private:
     }
 
     TestEnvironment m_environment;
+    const NetworkLimits m_limits{.now = [] { return std::chrono::milliseconds(milliseconds.load()); }};
     TestServer m_server;
     TestServer m_stranger{TestServer::Security::Stranger};
 };

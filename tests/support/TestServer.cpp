@@ -39,6 +39,7 @@ void TestServer::reset()
     const std::lock_guard lock(m_mutex);
     m_replies.clear();
     m_requests.clear();
+    m_refused = 0;
 }
 
 std::vector<ReceivedRequest> TestServer::requests() const
@@ -62,10 +63,30 @@ int TestServer::connections() const
     return m_connections;
 }
 
-void TestServer::connected()
+int TestServer::openConnections() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_open;
+}
+
+void TestServer::refuseConnections(int count)
+{
+    const std::lock_guard lock(m_mutex);
+    m_refused = count;
+}
+
+bool TestServer::connected()
 {
     const std::lock_guard lock(m_mutex);
     ++m_connections;
+    ++m_open;
+    return m_refused == 0 || m_refused-- == 0;
+}
+
+void TestServer::disconnected()
+{
+    const std::lock_guard lock(m_mutex);
+    --m_open;
 }
 
 TestReply TestServer::answer(ReceivedRequest request)

@@ -7,6 +7,9 @@
 #include <QSslCertificate>
 #include <QSslKey>
 #include <QSslSocket>
+#include <QTimer>
+
+#include <unistd.h>
 
 namespace quillmate
 {
@@ -37,6 +40,8 @@ TestServerThread::TestServerThread(TestServer& owner, TestServer::Security secur
         security == TestServer::Security::Stranger ? QStringLiteral("stranger") : QStringLiteral("server");
     m_configuration.setLocalCertificate(QSslCertificate(readFile(name + QStringLiteral(".pem"))));
     m_configuration.setPrivateKey(QSslKey(readFile(name + QStringLiteral(".key")), QSsl::Ec));
+    m_configuration.setAllowedNextProtocols(
+        {QSslConfiguration::ALPNProtocolHTTP2, QSslConfiguration::NextProtocolHttp1_1});
     if (!listen(QHostAddress::LocalHost)) {
         qFatal("The test server cannot listen: %s", qPrintable(errorString()));
     }
@@ -51,13 +56,19 @@ void TestServerThread::dropConnections()
 
 void TestServerThread::incomingConnection(qintptr descriptor)
 {
-    m_owner.connected();
     auto* socket = new QSslSocket(this);
     socket->setSslConfiguration(m_configuration);
     socket->setSocketDescriptor(descriptor);
-    socket->startServerEncryption();
     connect(socket, &QTcpSocket::readyRead, this, [this, socket] { received(socket); });
-    connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
+    connect(socket, &QTcpSocket::disconnected, this, [this, socket] {
+        m_owner.disconnected();
+        socket->deleteLater();
+    });
+    if (m_owner.connected()) {
+        socket->startServerEncryption();
+    } else {
+        socket->abort();
+    }
 }
 
 void TestServerThread::received(QTcpSocket* socket)
@@ -119,6 +130,25 @@ void TestServerThread::send(QTcpSocket* socket, const TestReply& reply)
     case TestReply::Manner::CloseAtOnce:
         socket->disconnectFromHost();
         break;
+    case TestReply::Manner::HintsFirst:
+        socket->write("HTTP/1.1 103 Early Hints\r\nLink: </style.css>; rel=preload\r\n\r\n");
+        QTimer::singleShot(10, socket, [socket, head, body] { socket->write(head + body); });
+        break;
+    case TestReply::Manner::NotifyEnd:
+        socket->write(head + body);
+        // A second descriptor keeps the connection when the socket closes its own.
+        m_kept.push_back(std::make_unique<QFile>());
+        m_kept.back()->open(dup(static_cast<int>(socket->socketDescriptor())), QIODevice::ReadOnly,
+                            QFileDevice::AutoCloseHandle);
+        socket->disconnectFromHost();
+        break;
+    case TestReply::Manner::Drip: {
+        socket->write("HTTP/1.1 200 Told\r\nContent-Length: 1000000\r\n\r\n");
+        auto* timer = new QTimer(socket);
+        connect(timer, &QTimer::timeout, socket, [socket, body] { socket->write(body.left(1)); });
+        timer->start(5);
+        break;
+    }
     }
 }
 

@@ -2,8 +2,12 @@
 
 #include "support/TestServer.h"
 
+#include <QFile>
 #include <QSslConfiguration>
 #include <QTcpServer>
+
+#include <memory>
+#include <vector>
 
 class QTcpSocket;
 
@@ -24,10 +28,11 @@ protected:
 
 private:
     void received(QTcpSocket* socket);
-    static void send(QTcpSocket* socket, const TestReply& reply);
+    void send(QTcpSocket* socket, const TestReply& reply);
 
     TestServer& m_owner;
     QSslConfiguration m_configuration;
+    std::vector<std::unique_ptr<QFile>> m_kept;
 };
 
 } // namespace quillmate

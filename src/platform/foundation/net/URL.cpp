@@ -49,9 +49,14 @@ std::string URL::host() const
     return m_url.host(QUrl::FullyEncoded).toStdString();
 }
 
-std::optional<int> URL::port() const
+int URL::effectivePort() const
 {
-    return m_url.port() < 0 ? std::nullopt : std::optional(m_url.port());
+    return m_url.port(scheme() == "https" ? 443 : 80);
+}
+
+std::string URL::origin() const
+{
+    return scheme() + "://" + host() + ':' + std::to_string(effectivePort());
 }
 
 std::optional<URL> URL::resolving(std::string_view reference) const

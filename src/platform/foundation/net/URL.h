@@ -25,7 +25,10 @@ public:
     [[nodiscard]] std::string scheme() const;
     /// In lower case, without the brackets of an IP literal; empty when there is none.
     [[nodiscard]] std::string host() const;
-    [[nodiscard]] std::optional<int> port() const;
+    /// The usual one of http or https when none is named.
+    [[nodiscard]] int effectivePort() const;
+    /// Scheme, host and port (RFC 6454, section 4), each written out.
+    [[nodiscard]] std::string origin() const;
     /// The reference resolved against this URL (RFC 3986, section 5.2).
     [[nodiscard]] std::optional<URL> resolving(std::string_view reference) const;
 

@@ -3,14 +3,15 @@
 namespace quillmate
 {
 
-/// The replies that the protocol allows to be kept, on disk in the application's cache folder. What was fetched with
-/// one bearer token is never found with another.
+/// The replies that the protocol allows to be kept, in memory. What was fetched with one bearer token is never found
+/// with another.
 class URLCache
 {
 public:
     static URLCache& shared();
 
-    /// Any thread; returns at once. No request that is sent later finds a reply kept before.
+    /// Any thread; returns at once. No request that is sent later finds a reply kept before, nor one that
+    /// was under way.
     void removeAllCachedResponses();
 
 private:

@@ -1,44 +1,45 @@
 #pragma once
 
+#include "platform/foundation/net/KeptReplies.h"
 #include "platform/foundation/net/NetworkEnvironment.h"
+#include "platform/foundation/net/NetworkLimits.h"
 #include "platform/foundation/net/URLRequest.h"
 
-#include <map>
+#include <memory>
 
-#include <QByteArray>
+#include <QNetworkAccessManager>
 #include <QObject>
 #include <QSslConfiguration>
-
-class QNetworkAccessManager;
 
 namespace quillmate
 {
 
-/// The network managers of a session, one per host and bearer token, each with its own folder of the cache: what was
-/// fetched with one token is never found with another, and hosts that the environment sends to one address stay apart.
-/// Belongs to the session's thread.
+/// What all exchanges of a session share. Belongs to the session's thread.
 class URLManagers : public QObject
 {
     Q_OBJECT
 
 public:
-    explicit URLManagers(NetworkEnvironment environment);
+    URLManagers(NetworkEnvironment environment, NetworkLimits limits);
     /// What is under way ends without a completion.
     ~URLManagers() override;
 
-    /// The manager for a request, made on first need; stays until this object goes.
-    QNetworkAccessManager& managerFor(const URLRequest& request);
+    /// A manager for one exchange, and so a connection for it alone. What Qt 6.4 shares between exchanges it cannot be
+    /// trusted with: it sends into connections whose TLS the server has ended and waits there, fails what waits for a
+    /// connection when another one breaks, and hands the rest of one reply to the next request.
+    [[nodiscard]] std::unique_ptr<QNetworkAccessManager> makeManager() const;
+
     [[nodiscard]] const NetworkEnvironment& environment() const { return m_environment; }
+    [[nodiscard]] const NetworkLimits& limits() const { return m_limits; }
     /// Which roots are trusted.
     [[nodiscard]] const QSslConfiguration& security() const { return m_security; }
-
-    /// Empties the whole cache, what earlier processes left included.
-    void clearCache();
+    [[nodiscard]] KeptReplies& keptReplies() { return m_keptReplies; }
 
 private:
     const NetworkEnvironment m_environment;
+    const NetworkLimits m_limits;
     QSslConfiguration m_security;
-    std::map<QByteArray, QNetworkAccessManager*> m_managers; // Children of this object.
+    KeptReplies m_keptReplies;
 };
 
 /// The request's bearer header, null when it has none.

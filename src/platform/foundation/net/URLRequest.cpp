@@ -24,6 +24,8 @@ std::string_view URLError::name(Kind kind)
         return "tooManyRedirects";
     case Kind::InsecureRedirect:
         return "insecureRedirect";
+    case Kind::ForeignRedirect:
+        return "foreignRedirect";
     case Kind::DataTooLarge:
         return "dataTooLarge";
     case Kind::Unknown:

@@ -43,6 +43,7 @@ struct URLError {
         BadServerResponse,
         TooManyRedirects,
         InsecureRedirect,
+        ForeignRedirect,
         DataTooLarge,
         Unknown,
     };

@@ -14,9 +14,9 @@ URLSession& URLSession::shared()
     return session;
 }
 
-void URLSession::configure(NetworkEnvironment environment)
+void URLSession::configure(NetworkEnvironment environment, NetworkLimits limits)
 {
-    URLSessionThread::configure(std::move(environment));
+    URLSessionThread::configure(std::move(environment), std::move(limits));
 }
 
 std::shared_ptr<URLSessionDataTask> URLSession::dataTask(URLRequest request, DataTaskCompletion completion)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/foundation/net/NetworkEnvironment.h"
+#include "platform/foundation/net/NetworkLimits.h"
 #include "platform/foundation/net/URLRequest.h"
 
 #include <memory>
@@ -30,16 +31,18 @@ private:
 };
 
 /// HTTP and HTTPS transfers on a thread of their own, which also runs the completions, one at a time per task.
-/// Connections are kept and used again; redirects are followed, never from https to http, and a bearer token never
-/// follows to another host; TLS is always verified. Needs the application object; what is under way when that goes ends
-/// without a completion.
+/// HTTP/1.1 alone: HTTP/2 of Qt 6.4 stalls uploads and takes half a body for a whole one. Each has a
+/// connection of its own; redirects are followed, never from https to http, and neither a bearer token nor a body
+/// follows to another origin; TLS is always verified. A request is sent again, at most twice, when its connection broke
+/// before anything of it had left, and never otherwise. Needs the application object; what is under way when that goes
+/// ends without a completion.
 class URLSession
 {
 public:
     static URLSession& shared();
 
     /// To be called before the first transfer; without a call the network is the system's alone.
-    static void configure(NetworkEnvironment environment);
+    static void configure(NetworkEnvironment environment, NetworkLimits limits = {});
 
     /// Any thread.
     [[nodiscard]] std::shared_ptr<URLSessionDataTask> dataTask(URLRequest request, DataTaskCompletion completion);

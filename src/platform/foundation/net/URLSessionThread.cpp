@@ -15,23 +15,25 @@ namespace quillmate
 
 std::mutex URLSessionThread::s_sharedMutex;
 NetworkEnvironment URLSessionThread::s_environment;
+NetworkLimits URLSessionThread::s_limits;
 std::unique_ptr<URLSessionThread> URLSessionThread::s_shared;
 
 URLSessionThread& URLSessionThread::shared()
 {
     const std::lock_guard lock(s_sharedMutex);
     if (!s_shared) {
-        s_shared.reset(new URLSessionThread(s_environment));
+        s_shared.reset(new URLSessionThread(s_environment, s_limits));
         // Network objects must not outlive the application object.
         qAddPostRoutine([] { URLSessionThread::stop(); });
     }
     return *s_shared;
 }
 
-void URLSessionThread::configure(NetworkEnvironment environment)
+void URLSessionThread::configure(NetworkEnvironment environment, NetworkLimits limits)
 {
     const std::lock_guard lock(s_sharedMutex);
     s_environment = std::move(environment);
+    s_limits = std::move(limits);
 }
 
 void URLSessionThread::stop()
@@ -41,8 +43,9 @@ void URLSessionThread::stop()
     ended.swap(s_shared);
 }
 
-URLSessionThread::URLSessionThread(NetworkEnvironment environment)
+URLSessionThread::URLSessionThread(NetworkEnvironment environment, NetworkLimits limits)
     : m_environment(std::move(environment))
+    , m_limits(std::move(limits))
     , m_thread(std::make_unique<QThread>())
 {
     leaveCryptographyToProcessEnd();
@@ -91,7 +94,7 @@ void URLSessionThread::runWaiting()
 URLManagers& URLSessionThread::managers()
 {
     if (!m_managers) {
-        m_managers = std::make_unique<URLManagers>(m_environment);
+        m_managers = std::make_unique<URLManagers>(m_environment, m_limits);
     }
     return *m_managers;
 }
@@ -105,7 +108,7 @@ void URLSessionThread::send(URLRequest request, DataTaskCompletion completion)
 
 void URLSessionThread::clearCache()
 {
-    add([this] { managers().clearCache(); });
+    add([this] { managers().keptReplies().clear(); });
 }
 
 } // namespace quillmate

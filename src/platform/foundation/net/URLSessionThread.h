@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/foundation/net/NetworkEnvironment.h"
+#include "platform/foundation/net/NetworkLimits.h"
 #include "platform/foundation/net/URLRequest.h"
 
 #include <deque>
@@ -26,7 +27,7 @@ public:
     static URLSessionThread& shared();
     ~URLSessionThread() override;
 
-    static void configure(NetworkEnvironment environment);
+    static void configure(NetworkEnvironment environment, NetworkLimits limits);
     /// Main thread: ends the thread with its connections; what is under way ends without a completion. The next
     /// transfer begins anew. Done by itself when the application object goes.
     static void stop();
@@ -38,16 +39,18 @@ public:
 private:
     using Work = std::function<void()>;
 
-    explicit URLSessionThread(NetworkEnvironment environment);
+    URLSessionThread(NetworkEnvironment environment, NetworkLimits limits);
     void add(Work work);
     void runWaiting();
     URLManagers& managers();
 
     static std::mutex s_sharedMutex;
     static NetworkEnvironment s_environment;
+    static NetworkLimits s_limits;
     static std::unique_ptr<URLSessionThread> s_shared;
 
     const NetworkEnvironment m_environment;
+    const NetworkLimits m_limits;
     std::mutex m_mutex;
     std::deque<Work> m_waiting;
     std::unique_ptr<QThread> m_thread;
