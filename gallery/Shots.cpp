@@ -188,7 +188,7 @@ void addChat(std::vector<Shot>& shots)
         [](ChatViewState& chat) { chat.chat().setLoading(true); });
     add("failed", withConversation({"When?", "On Thursday.", "And where does she want to meet this time?"}), fail,
         narrow);
-    add("failed, large text", withConversation({"And where does she want to meet this time?"}), fail, narrow, 2);
+    add("failed, large text", withConversation({"And where?"}), fail, {500, 1000}, 2);
     add("a question of three lines", usualScene(), write("When?\nWhere?\nAnd who comes along?"));
     add("a long question", usualScene(), write(repeated("And one more thing that I want to know. ", 12)), narrow);
     add("a question from right to left", usualScene(), write(rightToLeft), narrow);
