@@ -395,7 +395,8 @@ private Q_SLOTS:
         QVERIFY(input->hasActiveFocus());
 
         // A half-typed character of an input method is no question.
-        input->setProperty("text", QString());
+        input->setProperty("text", QStringLiteral("x"));
+        input->setProperty("cursorPosition", 1);
         QInputMethodEvent preedit(QStringLiteral("ni"), {});
         QCoreApplication::sendEvent(input, &preedit);
         QVERIFY(input->property("inputMethodComposing").toBool());
@@ -411,7 +412,7 @@ private Q_SLOTS:
         m_fixture.press(Qt::Key_V, Qt::ControlModifier);
         m_fixture.press(Qt::Key_Return);
         QCOMPARE(messages(), std::size_t(1));
-        QVERIFY(m_state->chat().messages()[0].text == ("你" + pasted).toStdString());
+        QVERIFY(m_state->chat().messages()[0].text == ("x你" + pasted).toStdString());
         QTRY_COMPARE(field->height(), oneLine);
     }
 };
