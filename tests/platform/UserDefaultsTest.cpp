@@ -184,7 +184,7 @@ private Q_SLOTS:
 
     void changesInOneStep()
     {
-        constexpr int each = 200;
+        constexpr int each = 1000;
         const auto addTo = [](UserDefaults& defaults, char letter) {
             std::string next;
             defaults.update("k", [&](std::optional<std::string_view> stored) {
