@@ -69,6 +69,10 @@ public:
     [[nodiscard]] const JSONNumber* number() const { return std::get_if<JSONNumber>(&m_content); }
     /// The member under a key, the last where several bear it; null for anything but an object.
     [[nodiscard]] const JSONValue* member(std::string_view key) const;
+    [[nodiscard]] JSONValue* member(std::string_view key)
+    {
+        return const_cast<JSONValue*>(std::as_const(*this).member(key));
+    }
     /// As `member`, when it is a string.
     [[nodiscard]] const std::string* stringMember(std::string_view key) const;
 

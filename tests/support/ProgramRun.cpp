@@ -147,6 +147,14 @@ QStringList ProgramRun::errorLines()
     return lines;
 }
 
+qint64 ProgramRun::memory() const
+{
+    QFile file(QStringLiteral("/proc/%1/status").arg(processId()));
+    file.open(QIODevice::ReadOnly);
+    const QByteArray status = file.readAll();
+    return status.mid(status.indexOf("RssAnon:") + 8).simplified().split(' ').front().toLongLong();
+}
+
 bool isRunning(qint64 process)
 {
     QFile file(QStringLiteral("/proc/%1/stat").arg(process));

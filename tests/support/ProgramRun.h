@@ -69,6 +69,8 @@ public:
     /// The whole lines of standard error so far.
     [[nodiscard]] QStringList errorLines();
     [[nodiscard]] bool isRunning() const { return m_process.state() != QProcess::NotRunning; }
+    /// What it holds of memory that is its alone, in KiB.
+    [[nodiscard]] qint64 memory() const;
     [[nodiscard]] qint64 processId() const { return m_process.processId(); }
 
 private:

@@ -66,10 +66,10 @@ FrameReader::Next FrameReader::next()
     }
     constexpr std::size_t step = 4UL * 1024 * 1024;
     std::string bytes;
+    bytes.reserve(length); // Addresses alone: the system gives memory where it is written to.
     while (bytes.size() < length) {
         const std::size_t had = bytes.size();
-        // Doubling from the first step on copies each byte once or twice at most.
-        bytes.resize(std::min<std::size_t>(length, had + std::max(step, had)));
+        bytes.resize(std::min<std::size_t>(length, had + step));
         if (const Outcome outcome = read(bytes.data() + had, bytes.size() - had, got); outcome != Outcome::Whole) {
             return ended(outcome, false);
         }

@@ -1,12 +1,58 @@
 #include "hosts/link/LinkFields.h"
 
-#include <QByteArray>
 #include <QString>
 
+#include <array>
 #include <cmath>
 
 namespace quillmate
 {
+namespace
+{
+
+/// The six bits that each character stands for (RFC 4648, table 1); -1 for any other.
+constexpr std::array<signed char, 256> makeSixBits()
+{
+    std::array<signed char, 256> sixBits{};
+    sixBits.fill(-1);
+    constexpr std::string_view alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    for (std::size_t i = 0; i < alphabet.size(); ++i) {
+        sixBits[static_cast<unsigned char>(alphabet[i])] = static_cast<signed char>(i);
+    }
+    return sixBits;
+}
+constexpr auto sixBits = makeSixBits();
+
+/// Puts the bytes in the place of their base64 text, which may lack its padding; false where it is none.
+bool decodeBase64(std::string& text)
+{
+    std::size_t size = text.size();
+    for (int padding = 0; padding < 2 && text.size() % 4 == 0 && size > 0 && text[size - 1] == '='; ++padding) {
+        --size;
+    }
+    if (size % 4 == 1) { // A single digit stands for no byte: something is missing.
+        return false;
+    }
+    unsigned bits = 0;
+    unsigned count = 0;
+    std::size_t written = 0; // Always behind what is read.
+    for (std::size_t i = 0; i < size; ++i) {
+        const int value = sixBits[static_cast<unsigned char>(text[i])];
+        if (value < 0) {
+            return false;
+        }
+        bits = bits << 6U | static_cast<unsigned>(value);
+        count += 6;
+        if (count >= 8) {
+            count -= 8;
+            text[written++] = static_cast<char>(bits >> count & 0xFFU);
+        }
+    }
+    text.resize(written);
+    return true;
+}
+
+} // namespace
 
 void LinkFields::fail(const std::string& error)
 {
@@ -20,18 +66,18 @@ void LinkFields::failMember(std::string_view key, std::string_view wanted)
     fail("The field \"" + std::string(key) + "\" " + std::string(wanted));
 }
 
-const JSONValue* LinkFields::required(std::string_view key)
+JSONValue* LinkFields::required(std::string_view key)
 {
-    const JSONValue* value = m_object.member(key);
+    JSONValue* value = m_object.member(key);
     if (!value) {
         failMember(key, "is missing.");
     }
     return value;
 }
 
-const JSONValue* LinkFields::optional(std::string_view key) const
+JSONValue* LinkFields::optional(std::string_view key) const
 {
-    const JSONValue* value = m_object.member(key);
+    JSONValue* value = m_object.member(key);
     return value && !value->isNull() ? value : nullptr;
 }
 
@@ -83,7 +129,7 @@ double LinkFields::length(std::string_view key)
 
 std::string LinkFields::bytes(std::string_view key)
 {
-    const JSONValue* value = required(key);
+    JSONValue* value = required(key);
     auto bytes = value ? decoded(*value) : std::nullopt;
     if (value && !bytes) {
         failMember(key, "must be a base64 text.");
@@ -93,7 +139,7 @@ std::string LinkFields::bytes(std::string_view key)
 
 std::optional<std::string> LinkFields::bytesOrNull(std::string_view key)
 {
-    const JSONValue* value = required(key);
+    JSONValue* value = required(key);
     if (!value || value->isNull()) {
         return std::nullopt;
     }
@@ -104,17 +150,10 @@ std::optional<std::string> LinkFields::bytesOrNull(std::string_view key)
     return bytes;
 }
 
-std::optional<std::string> LinkFields::decoded(const JSONValue& value)
+std::optional<std::string> LinkFields::decoded(JSONValue& value)
 {
-    const std::string* text = value.string();
-    // One digit past the groups of four stands for no byte (RFC 4648): something is missing, and the decoder would not
-    // say so.
-    if (!text || text->size() % 4 == 1) {
-        return std::nullopt;
-    }
-    const auto base64 = QByteArray::fromRawData(text->data(), static_cast<qsizetype>(text->size()));
-    const auto decoding = QByteArray::fromBase64Encoding(base64, QByteArray::AbortOnBase64DecodingErrors);
-    return decoding ? std::optional(decoding.decoded.toStdString()) : std::nullopt;
+    auto* text = std::get_if<std::string>(&value.content());
+    return text && decodeBase64(*text) ? std::optional(std::move(*text)) : std::nullopt;
 }
 
 } // namespace quillmate

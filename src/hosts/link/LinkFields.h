@@ -14,7 +14,7 @@ namespace quillmate
 class LinkFields
 {
 public:
-    explicit LinkFields(const JSONValue& object)
+    explicit LinkFields(JSONValue& object)
         : m_object(object)
     {
     }
@@ -25,25 +25,25 @@ public:
     void fail(const std::string& error);
 
     /// Null when it is missing, which is wrong.
-    const JSONValue* required(std::string_view key);
+    JSONValue* required(std::string_view key);
     /// As `required`, for a member that is left out or null.
-    const JSONValue* optional(std::string_view key) const;
+    JSONValue* optional(std::string_view key) const;
     std::string text(std::string_view key);
     std::optional<std::string> textOrNull(std::string_view key);
     /// The number as it was written.
     JSONNumber number(std::string_view key);
     /// A number of points on a desktop.
     double length(std::string_view key);
-    /// The bytes of a base64 text (RFC 4648).
+    /// The bytes of a base64 text (RFC 4648), which is used up: a message of many megabytes is decoded where it stands.
     std::string bytes(std::string_view key);
     std::optional<std::string> bytesOrNull(std::string_view key);
 
 private:
     void failMember(std::string_view key, std::string_view wanted);
     /// Absent for anything but a base64 text.
-    static std::optional<std::string> decoded(const JSONValue& value);
+    static std::optional<std::string> decoded(JSONValue& value);
 
-    const JSONValue& m_object;
+    JSONValue& m_object;
     std::string m_error;
 };
 

@@ -14,7 +14,7 @@ namespace quillmate
 namespace
 {
 
-WindowFrame readFrame(const JSONValue& value, LinkFields& outer)
+WindowFrame readFrame(JSONValue& value, LinkFields& outer)
 {
     if (!value.object()) {
         outer.fail("The field \"frame\" must be an object of left, top, width and height.");
@@ -27,7 +27,7 @@ WindowFrame readFrame(const JSONValue& value, LinkFields& outer)
     return frame;
 }
 
-std::optional<MEMessage::Headers> readHeaders(const JSONValue& value, LinkFields& fields)
+std::optional<MEMessage::Headers> readHeaders(JSONValue& value, LinkFields& fields)
 {
     if (value.isNull()) {
         return std::nullopt;
@@ -56,7 +56,7 @@ std::optional<MEMessage::Headers> readHeaders(const JSONValue& value, LinkFields
     return headers;
 }
 
-MEEmailAddress readAddress(const JSONValue& value, LinkFields& outer)
+MEEmailAddress readAddress(JSONValue& value, LinkFields& outer)
 {
     if (!value.object()) {
         outer.fail("The field \"fromAddress\" must be an object.");
@@ -69,7 +69,7 @@ MEEmailAddress readAddress(const JSONValue& value, LinkFields& outer)
 }
 
 /// Null when it is none; what is wrong with it becomes `outer`'s error.
-std::shared_ptr<const MEMessage> readMessage(const JSONValue& value, LinkFields& outer)
+std::shared_ptr<const MEMessage> readMessage(JSONValue& value, LinkFields& outer)
 {
     if (!value.object()) {
         outer.fail("A message must be an object.");
@@ -79,10 +79,10 @@ std::shared_ptr<const MEMessage> readMessage(const JSONValue& value, LinkFields&
     auto message = std::make_shared<MEMessage>();
     message->rawData = fields.bytesOrNull("rawData");
     message->subject = fields.text("subject");
-    if (const auto* address = fields.required("fromAddress")) {
+    if (auto* address = fields.required("fromAddress")) {
         message->fromAddress = readAddress(*address, fields);
     }
-    if (const auto* headers = fields.required("headers")) {
+    if (auto* headers = fields.required("headers")) {
         message->headers = readHeaders(*headers, fields);
     }
     outer.fail(fields.error());
@@ -91,7 +91,7 @@ std::shared_ptr<const MEMessage> readMessage(const JSONValue& value, LinkFields&
 
 std::shared_ptr<const MEMessage> requiredMessage(LinkFields& fields)
 {
-    const JSONValue* message = fields.required("message");
+    JSONValue* message = fields.required("message");
     if (message && !message->object()) {
         fields.fail("The field \"message\" must be a message.");
         return nullptr;
@@ -104,7 +104,7 @@ using Reader = LinkFrame (*)(LinkFields&);
 LinkFrame readDidBegin(LinkFields& fields)
 {
     ComposeSessionDidBegin frame{fields.text("session"), nullptr};
-    if (const auto* message = fields.required("originalMessage"); message && !message->isNull()) {
+    if (auto* message = fields.required("originalMessage"); message && !message->isNull()) {
         frame.originalMessage = readMessage(*message, fields);
     }
     return frame;
@@ -113,7 +113,7 @@ LinkFrame readDidBegin(LinkFields& fields)
 LinkFrame readViewController(LinkFields& fields)
 {
     ViewControllerForSession frame{fields.text("session"), std::nullopt};
-    if (const auto* window = fields.optional("frame")) {
+    if (auto* window = fields.optional("frame")) {
         frame.frame = readFrame(*window, fields);
     }
     return frame;
@@ -122,7 +122,7 @@ LinkFrame readViewController(LinkFields& fields)
 LinkFrame readFrameDidChange(LinkFields& fields)
 {
     ComposeSessionFrameDidChange frame{fields.text("session"), {}};
-    if (const auto* window = fields.required("frame")) {
+    if (auto* window = fields.required("frame")) {
         frame.frame = readFrame(*window, fields);
     }
     return frame;
@@ -208,11 +208,11 @@ Result<LinkRequest, LinkError> readLinkFrame(std::string bytes)
 {
     using Read = Result<LinkRequest, LinkError>;
     replaceLoneSurrogates(bytes);
-    const auto parsed = JSONSerialization::jsonObject(bytes, JSONSerialization::Fragments::Allowed);
+    auto parsed = JSONSerialization::jsonObject(bytes, JSONSerialization::Fragments::Allowed);
     if (!parsed) {
         return Read::failure({"The frame is not valid JSON: " + parsed.error().description, nullptr});
     }
-    const JSONValue& object = parsed.value();
+    JSONValue object = std::move(parsed).value();
     if (!object.object()) {
         return Read::failure({"The frame is not a JSON object.", nullptr});
     }

@@ -5,6 +5,7 @@
 
 #include <QIcon>
 
+#include <malloc.h>
 #include <utility>
 
 namespace quillmate
@@ -22,6 +23,9 @@ Result<std::unique_ptr<DesktopProgram>, std::string> DesktopProgram::open(const 
     if (!DisplayWatch::isDisplayNamed()) {
         return Failure(std::string(texts.noDisplay));
     }
+    // Left to itself, the C library keeps what a long message took for the next one (mallopt(3), M_MMAP_THRESHOLD).
+    constexpr int longestKept = 1024 * 1024;
+    ::mallopt(M_MMAP_THRESHOLD, longestKept);
     ViewEngine::chooseRendering();
     std::unique_ptr<DesktopProgram> program;
     {

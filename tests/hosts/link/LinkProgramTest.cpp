@@ -8,6 +8,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTemporaryFile>
 
 #include <algorithm>
 #include <cstring>
@@ -215,6 +217,45 @@ private Q_SLOTS:
             }
             QCOMPARE(process.run().output(), QByteArray());
         }
+    }
+
+    void theJournalGetsNoText()
+    {
+        QTemporaryFile journal;
+        QVERIFY(journal.open());
+        struct stat status = {};
+        QCOMPARE(::fstat(journal.handle(), &status), 0);
+        LinkProcess process(m_server, "/bin/sh");
+        process.run().start({"-c", "exec env JOURNAL_STREAM=\"$2\" \"$0\" 2>\"$1\"", QUILLMATE_EXTENSION_PROGRAM,
+                             journal.fileName(), QStringLiteral("%1:%2").arg(status.st_dev).arg(status.st_ino)});
+        process.send(begin("s1", message("Subject: Plans\n\nHello", "<m1>")));
+        QVERIFY(process.settled());
+        QCOMPARE(process.run().endInput(), 0);
+        const QByteArray lines = journal.readAll();
+        QVERIFY2(lines.startsWith("Date header not found\n") && !lines.contains("Hello"), lines);
+    }
+
+    void theMemoryOfLongMessagesGoesBack()
+    {
+#ifdef QUILLMATE_SANITIZED
+        QSKIP("The sanitizers have an allocator of their own.");
+#endif
+        LinkProcess process(m_server);
+        process.run().start();
+        const auto reply = [&process](const QByteArray& body) {
+            process.send(begin("s", message("Subject: x\n\n" + body, "<m>")));
+            process.send(moved("viewControllerForSession", "s"));
+            process.send(about("composeSessionDidEnd", "s"));
+            return process.settled();
+        };
+        QVERIFY(reply("x") && reply("x"));
+        const qint64 before = process.run().memory();
+        for (int count = 0; count < 3; ++count) {
+            QVERIFY(reply(QByteArray(26'000'000, 'x')));
+        }
+        QVERIFY(reply("x")); // The shared record keeps the message that began last.
+        QVERIFY2(process.run().memory() - before < 10 * 1024, QByteArray::number(process.run().memory() - before));
+        QCOMPARE(process.run().endInput(), 0);
     }
 
     void nobodyTakesTheDiagnostics()
