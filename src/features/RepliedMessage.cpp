@@ -1,5 +1,6 @@
 #include "features/RepliedMessage.h"
 
+#include "platform/foundation/schedule/WorkQueue.h"
 #include "platform/foundation/settings/UserDefaults.h"
 #include "state/SettingsKeys.h"
 
@@ -7,6 +8,13 @@
 
 namespace quillmate
 {
+namespace
+{
+
+// Storing more than this takes longer than a blink.
+constexpr std::size_t longContent = 1UL * 1024 * 1024;
+
+} // namespace
 
 std::optional<std::string> RepliedMessage::fallbackContent() const
 {
@@ -16,6 +24,24 @@ std::optional<std::string> RepliedMessage::fallbackContent() const
 void RepliedMessage::storeFallbackContent(const SharedText& text, const SignInPeriod& period) const
 {
     setString(SettingsKeys::fallbackContent(messageId()), text.copy(), period);
+}
+
+void RepliedMessage::keepOwnContent(const std::shared_ptr<const RepliedMessage>& message, const SignInPeriod& period)
+{
+    UserDefaults& defaults = UserDefaults::standard(); // Made before the queue that uses it, and so gone after it.
+    const auto keep = [&defaults, message, period] {
+        const std::string key = SettingsKeys::fallbackContent(message->messageId());
+        const bool isKept = message->m_hasKeysAlone ? defaults.size(key) > 0 : message->own(key).has_value();
+        if (!isKept) {
+            message->storeFallbackContent(*message->content(), period);
+        }
+    };
+    if (message->content()->size() <= longContent) {
+        keep();
+        return;
+    }
+    static WorkQueue queue;
+    queue.async(keep);
 }
 
 std::optional<SettingsValue> RepliedMessage::own(const std::string& key) const

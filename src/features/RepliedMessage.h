@@ -42,6 +42,8 @@ public:
     /// What is kept of the text: what the person pasted, else what was sent last.
     [[nodiscard]] std::optional<std::string> fallbackContent() const;
     void storeFallbackContent(const SharedText& text, const SignInPeriod& period) const;
+    /// Keeps the message's own text unless something is kept; a long one a little later, by another thread.
+    static void keepOwnContent(const std::shared_ptr<const RepliedMessage>& message, const SignInPeriod& period);
 
     // As the settings store's, for keys of this message. Nothing is written once the period of the panel is over.
     [[nodiscard]] std::optional<std::string> string(const std::string& key) const;

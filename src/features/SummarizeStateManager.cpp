@@ -121,9 +121,7 @@ void SummarizeStateManager::summarize()
     }
     setFailed(false);
     // What the person has pasted for it is theirs, and stays.
-    if (m_message->fallbackContent().value_or("").empty()) {
-        m_message->storeFallbackContent(*m_message->content(), m_period);
-    }
+    RepliedMessage::keepOwnContent(m_message, m_period);
     requestSummary(*m_message->content(), [weak = weak_from_this()](std::optional<SummarizedResponse> record) {
         DispatchQueue::main().async([weak, record = std::move(record)] {
             if (const auto manager = weak.lock()) {

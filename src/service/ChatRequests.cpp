@@ -103,11 +103,13 @@ Reading<std::string> readChatAnswer(const ServiceReply& reply)
 void HandleApiRequests::sendChatStart(const URL& url, const std::string& accessToken, const ChatStartBody& body,
                                       ChatStartCompletion completion)
 {
-    print("Start chat url:", url.absoluteString());
-    printPrivate("Start chat access_token:", accessToken);
-    auto request = buildRequest(url, accessToken, body);
-    printPrivate("Start chat body:", describe(request, body.members()));
-    send(std::move(request), readChatStart, std::move(completion));
+    URLSession::shared().perform([url, accessToken, body, completion = std::move(completion)] {
+        print("Start chat url:", url.absoluteString());
+        printPrivate("Start chat access_token:", accessToken);
+        auto request = buildRequest(url, accessToken, body);
+        printPrivate("Start chat body:", describe(request, body.members()));
+        send(std::move(request), readChatStart, completion);
+    });
 }
 
 void HandleApiRequests::sendChatMessage(const URL& url, const std::string& accessToken, const ChatBody& body,

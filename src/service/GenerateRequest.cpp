@@ -33,19 +33,20 @@ void HandleApiRequests::sendGenerateRequest(const URL& url, const std::string& a
                                             const GenerateResponseBody& body, const std::string& messageId,
                                             GenerateCompletion completion)
 {
-    auto request = buildRequest(url, accessToken, body);
-    if (!request) {
-        completion(std::nullopt, request.error());
-        return;
-    }
-    sendRequest(std::move(request).value(), readGenerated,
-                [messageId, completion = std::move(completion)](const auto& generated) {
-                    if (generated) {
-                        completion(GeneratedResponse{messageId, generated.value()}, std::nullopt);
-                    } else {
-                        completion(std::nullopt, generated.error().text);
-                    }
-                });
+    URLSession::shared().perform([url, accessToken, body, messageId, completion = std::move(completion)] {
+        auto request = buildRequest(url, accessToken, body);
+        if (!request) {
+            completion(std::nullopt, request.error());
+            return;
+        }
+        sendRequest(std::move(request).value(), readGenerated, [messageId, completion](const auto& generated) {
+            if (generated) {
+                completion(GeneratedResponse{messageId, generated.value()}, std::nullopt);
+            } else {
+                completion(std::nullopt, generated.error().text);
+            }
+        });
+    });
 }
 
 } // namespace quillmate

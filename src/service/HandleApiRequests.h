@@ -55,17 +55,17 @@ public:
                                      const std::string& messageId, SummaryCompletion completion);
 
     /// Asks for a reply, once. The completion runs exactly once, with either a record or a text that says what went
-    /// wrong: on the network's thread, or before the call returns when the body cannot be encoded.
+    /// wrong, on the network's thread.
     static void sendGenerateRequest(const URL& url, const std::string& accessToken, const GenerateResponseBody& body,
                                     const std::string& messageId, GenerateCompletion completion);
 
-    /// Sends a reply as training data, once. One of the two functions runs once, on the network's thread or before the
-    /// call returns: the completion when the service took it, else `failed`, after a line that says what went wrong.
+    /// Sends a reply as training data, once. One of the two functions runs once, on the network's thread: the
+    /// completion when the service took it, else `failed`, after a line that says what went wrong.
     static void sendTrainingData(const URL& url, const std::string& accessToken, const TrainingDataBody& body,
                                  TrainingCompletion completion, Failed failed);
 
-    // The chat's two requests, sent once. The completion runs at most once: on the network's thread, or before the call
-    // returns when the body cannot be encoded; never for a success that comes without a body.
+    // The chat's two requests, sent once. The completion runs at most once, on the network's thread, or for a message
+    // that cannot be encoded before the call returns; never for a success that comes without a body.
 
     /// Opens a conversation about a message.
     static void sendChatStart(const URL& url, const std::string& accessToken, const ChatStartBody& body,

@@ -46,6 +46,12 @@ public:
             m_shared->completion(std::nullopt);
             return;
         }
+        URLSession::shared().perform([self = *this] { self.buildAndSend(); });
+    }
+
+private:
+    void buildAndSend() const
+    {
         auto request = buildRequest(m_shared->url, m_shared->accessToken, m_shared->body);
         if (!request) {
             print(request.error());
@@ -56,7 +62,6 @@ public:
                     [self = *this](const auto& summary) { self.receive(summary); });
     }
 
-private:
     void receive(const Result<std::string, ReplyFailure>& summary) const
     {
         if (summary) {

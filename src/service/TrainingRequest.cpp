@@ -34,21 +34,23 @@ Reading<std::string> readTraining(const ServiceReply& reply)
 void HandleApiRequests::sendTrainingData(const URL& url, const std::string& accessToken, const TrainingDataBody& body,
                                          TrainingCompletion completion, Failed failed)
 {
-    auto request = buildRequest(url, accessToken, body);
-    printPrivate("TRAINIG DATA BODY", describe(request, body.members()));
-    if (!request) {
-        print(request.error());
-        failed();
-        return;
-    }
-    sendRequest(std::move(request).value(), readTraining,
-                [completion = std::move(completion), failed = std::move(failed)](const auto& success) {
-                    if (success) {
-                        completion(success.value());
-                    } else {
-                        failed();
-                    }
-                });
+    URLSession::shared().perform(
+        [url, accessToken, body, completion = std::move(completion), failed = std::move(failed)] {
+            auto request = buildRequest(url, accessToken, body);
+            printPrivate("TRAINIG DATA BODY", describe(request, body.members()));
+            if (!request) {
+                print(request.error());
+                failed();
+                return;
+            }
+            sendRequest(std::move(request).value(), readTraining, [completion, failed](const auto& success) {
+                if (success) {
+                    completion(success.value());
+                } else {
+                    failed();
+                }
+            });
+        });
 }
 
 } // namespace quillmate

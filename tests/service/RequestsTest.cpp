@@ -172,7 +172,7 @@ void RequestsTest::summary_data()
         "m1: Short.");
     row("500 for good", content, {{500}}, fourTimes("Server error: 500"), "none");
     row("no text", content, {{200, "{}"}, good}, "Response from server: {}|The 'response' key ", "none");
-    row("cannot be encoded", "caf\xe9", {good}, fourTimes("Failed to encode JSON: "), "none(main)");
+    row("cannot be encoded", "caf\xe9", {good}, fourTimes("Failed to encode JSON: "), "none");
     row("without the user's details", content, {}, "Email or name not found in response", "none");
 }
 

@@ -24,6 +24,11 @@ std::shared_ptr<URLSessionDataTask> URLSession::dataTask(URLRequest request, Dat
     return std::make_shared<URLSessionDataTask>(std::move(request), std::move(completion));
 }
 
+void URLSession::perform(std::function<void()> work)
+{
+    URLSessionThread::shared().perform(std::move(work));
+}
+
 void URLSessionDataTask::resume()
 {
     if (!std::exchange(m_resumed, true)) {

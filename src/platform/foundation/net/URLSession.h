@@ -4,6 +4,7 @@
 #include "platform/foundation/net/NetworkLimits.h"
 #include "platform/foundation/net/URLRequest.h"
 
+#include <functional>
 #include <memory>
 
 namespace quillmate
@@ -46,6 +47,9 @@ public:
 
     /// Any thread.
     [[nodiscard]] std::shared_ptr<URLSessionDataTask> dataTask(URLRequest request, DataTaskCompletion completion);
+    /// Runs the work on the session's thread, as a completion; what a long body costs to prepare belongs there. Any
+    /// thread.
+    void perform(std::function<void()> work);
 
 private:
     URLSession() = default;

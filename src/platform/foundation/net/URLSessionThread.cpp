@@ -59,7 +59,7 @@ URLSessionThread::~URLSessionThread()
     // What the thread wrote last is handed over here, and not by the end of the thread, which Qt waits for in a way of
     // its own.
     std::binary_semaphore ended(0);
-    add([this, &ended] {
+    perform([this, &ended] {
         m_managers.reset();
         m_thread->quit();
         ended.release();
@@ -70,7 +70,7 @@ URLSessionThread::~URLSessionThread()
     const std::lock_guard lock(m_mutex);
 }
 
-void URLSessionThread::add(Work work)
+void URLSessionThread::perform(Work work)
 {
     {
         const std::lock_guard lock(m_mutex);
@@ -101,14 +101,14 @@ URLManagers& URLSessionThread::managers()
 
 void URLSessionThread::send(URLRequest request, DataTaskCompletion completion)
 {
-    add([this, request = std::move(request), completion = std::move(completion)]() mutable {
+    perform([this, request = std::move(request), completion = std::move(completion)]() mutable {
         URLExchange::begin(managers(), std::move(request), std::move(completion));
     });
 }
 
 void URLSessionThread::clearCache()
 {
-    add([this] { managers().keptReplies().clear(); });
+    perform([this] { managers().keptReplies().clear(); });
 }
 
 } // namespace quillmate

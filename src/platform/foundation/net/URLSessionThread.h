@@ -35,12 +35,11 @@ public:
     /// Any thread. Work runs in the order of the calls; what is still waiting when the thread ends is dropped.
     void send(URLRequest request, DataTaskCompletion completion);
     void clearCache();
+    using Work = std::function<void()>;
+    void perform(Work work);
 
 private:
-    using Work = std::function<void()>;
-
     URLSessionThread(NetworkEnvironment environment, NetworkLimits limits);
-    void add(Work work);
     void runWaiting();
     URLManagers& managers();
 
