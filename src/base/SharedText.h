@@ -38,6 +38,9 @@ public:
     [[nodiscard]] bool empty() const { return m_view.empty(); }
     [[nodiscard]] std::size_t size() const { return m_view.size(); }
 
+    /// Whether both look at the same bytes, which is more than that they are equal.
+    [[nodiscard]] bool isOneWith(const SharedText& other) const { return m_view.data() == other.m_view.data(); }
+
     friend bool operator==(const SharedText& one, const SharedText& other) { return one.m_view == other.m_view; }
 
 private:

@@ -4,6 +4,8 @@
 #include "extension/RepliedMessageExtraction.h"
 #include "features/RepliedMessage.h"
 
+#include <utility>
+
 namespace quillmate
 {
 
@@ -15,7 +17,15 @@ void ComposeSessionHandler::mailComposeSessionDidBegin(const MEComposeSession& s
 
 void ComposeSessionHandler::mailComposeSessionDidEnd(const MEComposeSession& session)
 {
-    m_messages.with([&](auto& messages) { messages.erase(session.sessionID()); });
+    const auto ended = m_messages.with([&](auto& messages) { return messages.extract(session.sessionID()); });
+    if (ended.empty() || !ended.mapped()->content()) {
+        return;
+    }
+    ReplyEmailManager::shared().update([&ended](ReplyEmail& shared) {
+        if (shared.content && shared.content->isOneWith(*ended.mapped()->content())) {
+            shared.content.reset();
+        }
+    });
 }
 
 std::shared_ptr<MEExtensionViewController>

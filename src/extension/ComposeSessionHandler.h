@@ -17,7 +17,8 @@ class ComposeSessionHandler final : public MEComposeSessionHandler
 {
 public:
     void mailComposeSessionDidBegin(const MEComposeSession& session) override;
-    /// Forgets the session's message; the shared record stays as it is until the next session begins.
+    /// Forgets the session's message. The shared record stays as it is until the next session begins, but for the text,
+    /// which nobody reads there any more and which may be long.
     void mailComposeSessionDidEnd(const MEComposeSession& session) override;
     std::shared_ptr<MEExtensionViewController> viewControllerForSession(const MEComposeSession& session) override;
 

@@ -253,8 +253,7 @@ private Q_SLOTS:
         for (int count = 0; count < 3; ++count) {
             QVERIFY(reply(QByteArray(26'000'000, 'x')));
         }
-        QVERIFY(reply("x")); // The shared record keeps the message that began last.
-        QVERIFY2(process.run().memory() - before < 10 * 1024, QByteArray::number(process.run().memory() - before));
+        QTRY_VERIFY2(process.run().memory() - before < 10 * 1024, QByteArray::number(process.run().memory() - before));
         QCOMPARE(process.run().endInput(), 0);
     }
 
