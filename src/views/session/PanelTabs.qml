@@ -77,7 +77,7 @@ ColumnLayout {
                 readonly property real minimumHeight: Math.max(200, reply.minimumHeight + 2 * Theme.smallPadding)
 
                 objectName: "quickResponse"
-                enabled: StackLayout.isCurrentItem // An item that is out of sight would keep the keyboard.
+                enabled: bar.currentIndex === 0 // An item that is out of sight would keep the keyboard.
 
                 ReplySection {
                     id: reply
@@ -94,7 +94,7 @@ ColumnLayout {
                 readonly property real minimumHeight: prompt.implicitHeight + 2 * Theme.smallPadding + 10 + chat.minimumHeight
 
                 objectName: "customInteractiveResponse"
-                enabled: StackLayout.isCurrentItem
+                enabled: bar.currentIndex === 1
 
                 Text {
                     id: prompt

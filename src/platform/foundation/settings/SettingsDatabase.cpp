@@ -19,11 +19,12 @@ enum class StoredKind { Text = 0, Boolean = 1, Data = 2 };
 
 // Keys and values are blobs, so that every byte of them counts and none ends them early. The checkpoints belong to a
 // thread of their own. A page that is written twice in one step goes to the log once, when the step ends.
-constexpr auto setUp = "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL; PRAGMA wal_autocheckpoint=0;"
-                       "PRAGMA cache_spill=OFF;"
-                       "CREATE TABLE IF NOT EXISTS settings("
-                       "key BLOB PRIMARY KEY NOT NULL, kind INTEGER NOT NULL, value BLOB NOT NULL);"
-                       "CREATE TABLE IF NOT EXISTS emptied(id INTEGER PRIMARY KEY CHECK(id = 0), times INTEGER NOT NULL)";
+constexpr auto setUp =
+    "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL; PRAGMA wal_autocheckpoint=0;"
+    "PRAGMA cache_spill=OFF;"
+    "CREATE TABLE IF NOT EXISTS settings("
+    "key BLOB PRIMARY KEY NOT NULL, kind INTEGER NOT NULL, value BLOB NOT NULL);"
+    "CREATE TABLE IF NOT EXISTS emptied(id INTEGER PRIMARY KEY CHECK(id = 0), times INTEGER NOT NULL)";
 // Another process holds the file for the microseconds of one write; past this it is stuck.
 constexpr int busyMilliseconds = 2000;
 
