@@ -10,14 +10,16 @@ namespace quillmate
 namespace
 {
 
-/// The six bits that each character stands for (RFC 4648, table 1); -1 for any other.
-constexpr std::array<signed char, 256> makeSixBits()
+constexpr unsigned char noDigit = 64;
+
+/// The six bits that each character stands for (RFC 4648, table 1); `noDigit` for any other.
+constexpr std::array<unsigned char, 256> makeSixBits()
 {
-    std::array<signed char, 256> sixBits{};
-    sixBits.fill(-1);
+    std::array<unsigned char, 256> sixBits{};
+    sixBits.fill(noDigit);
     constexpr std::string_view alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     for (std::size_t i = 0; i < alphabet.size(); ++i) {
-        sixBits[static_cast<unsigned char>(alphabet[i])] = static_cast<signed char>(i);
+        sixBits[static_cast<unsigned char>(alphabet[i])] = static_cast<unsigned char>(i);
     }
     return sixBits;
 }
@@ -37,11 +39,11 @@ bool decodeBase64(std::string& text)
     unsigned count = 0;
     std::size_t written = 0; // Always behind what is read.
     for (std::size_t i = 0; i < size; ++i) {
-        const int value = sixBits[static_cast<unsigned char>(text[i])];
-        if (value < 0) {
+        const unsigned value = sixBits[static_cast<unsigned char>(text[i])];
+        if (value == noDigit) {
             return false;
         }
-        bits = bits << 6U | static_cast<unsigned>(value);
+        bits = bits << 6U | value;
         count += 6;
         if (count >= 8) {
             count -= 8;

@@ -153,7 +153,7 @@ std::int64_t ServiceStore::now() const
 Result<SignIn, StoreFailure> ServiceStore::signIn(const std::string& email, const std::string& name,
                                                   const std::string& formerBrowser)
 {
-    const SignIn made{randomSecret(), randomSecret()};
+    SignIn made{randomSecret(), randomSecret()};
     return alone([&] {
         Transaction transaction(m_database);
         SqliteStatement user(m_database, "INSERT INTO users (email, name, created) VALUES (?, ?, ?) "
