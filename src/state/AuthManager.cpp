@@ -38,9 +38,14 @@ std::int64_t AuthManager::logouts()
 
 void AuthManager::loggedOutElsewhere(std::int64_t logouts)
 {
-    if (logouts > m_ownLogout) {
+    if (logouts <= m_lastLogout) {
+        return;
+    }
+    m_lastLogout = logouts;
+    URLCache::shared().removeAllCachedResponses();
+    // Where nobody is signed in nothing ends: least of all the sign-in that has just begun, and found it out.
+    if (accessToken.get()) {
         giveUpToken();
-        URLCache::shared().removeAllCachedResponses();
         NotificationCenter::defaultCenter().post(userDidLogout);
     }
 }
@@ -65,8 +70,8 @@ void clearSettingsStore()
 {
     UserDefaults::standard().removeAll();
     AuthManager& manager = AuthManager::shared();
-    manager.m_ownLogout = UserDefaults::standard().timesEmptied();
-    manager.m_logoutsSeen = manager.m_ownLogout;
+    manager.m_lastLogout = UserDefaults::standard().timesEmptied();
+    manager.m_logoutsSeen = manager.m_lastLogout;
     print("UserDefaults cleared");
 }
 

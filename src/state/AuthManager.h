@@ -31,7 +31,7 @@ public:
     /// How often somebody has logged out, in this process or another one with the same settings. Another's log-out that
     /// is found out so ends the sign-in here.
     [[nodiscard]] std::int64_t logouts();
-    /// How often a user's time has ended: by `logout`, by another environment, by the service's refusal.
+    /// How often a user's time has ended: by a log-out, by another environment, by the service's refusal.
     [[nodiscard]] unsigned tokensGivenUp() const { return m_tokensGivenUp; }
 
 private:
@@ -42,7 +42,7 @@ private:
     friend void clearSettingsStore();
 
     std::atomic<std::int64_t> m_logoutsSeen = -1; // None looked for yet.
-    std::int64_t m_ownLogout = -1;                // The last by this process. Main thread.
+    std::int64_t m_lastLogout = -1;               // The last that has ended the sign-in here. Main thread.
     std::atomic<unsigned> m_tokensGivenUp = 0;
 };
 

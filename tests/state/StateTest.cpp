@@ -1,6 +1,7 @@
 #include "base/ApplicationFolders.h"
 #include "platform/foundation/NotificationCenter.h"
 #include "platform/foundation/net/URLSession.h"
+#include "platform/foundation/schedule/MainSchedule.h"
 #include "platform/foundation/settings/UserDefaults.h"
 #include "state/APIManager.h"
 #include "state/AppVersion.h"
@@ -196,8 +197,16 @@ void StateTest::logoutInAnotherProcess()
     UserDefaults other(applicationDataFolder() / "settings.db"); // As another process has it.
     other.removeAll();
     QVERIFY(period.isOver() && period.isTokenGone());
-    QTRY_COMPARE(witness.seen(), QStringList{"UserDidLogout: no token, 0 stored, endpoint none"});
+    const QStringList once{"UserDidLogout: no token, 0 stored, endpoint none"};
+    QTRY_COMPARE(witness.seen(), once);
     QVERIFY(!SignInPeriod().isOver());
+    // A sign-in that finds out about the next one began after it.
+    other.removeAll();
+    const SignInPeriod signIn;
+    QVERIFY(period.isOver());
+    MainSchedule::shared().drain();
+    QVERIFY(!signIn.isTokenGone());
+    QCOMPARE(witness.seen(), once);
 }
 
 void StateTest::logoutEmptiesTheCache()
