@@ -113,7 +113,9 @@ void ComposeSessionViewController::receivePoll(const std::weak_ptr<ComposeSessio
     // On the main thread, where nobody logs out or chooses another environment between the look and the step.
     DispatchQueue::main().async([weak, signIn, token = *session.value().accessToken] {
         const auto controller = weak.lock();
-        if (signIn.period.isTokenGone() || (controller && controller->hasEnded(signIn))) {
+        const bool hasEnded = controller ? controller->hasEnded(signIn)
+                                         : signIn.period.isTokenGone() || AuthManager::shared().accessToken.get();
+        if (hasEnded) {
             return;
         }
         AuthManager::shared().accessToken.set(token);

@@ -25,6 +25,7 @@ private Q_SLOTS:
     void comesToNothing_data();
     void comesToNothing();
     void closedPanelStopsPolling();
+    void closedPanelTakesNobodysPlace();
     void pressedAgain();
     void endsEarly_data();
     void endsEarly();
@@ -188,6 +189,27 @@ void SignInTest::closedPanelStopsPolling()
     QVERIFY(!isPollWaiting());
     ManualTime::advance(3600.0);
     QCOMPARE(m_fixture.server().requests().size(), std::size_t(3)); // the session, and two polls
+}
+
+void SignInTest::closedPanelTakesNobodysPlace()
+{
+    const ManualTime time;
+    m_fixture.server().reply(create, session);
+    m_fixture.server().reply(poll, waiting);
+    m_fixture.server().reply(poll, granted);
+    login();
+    QTRY_VERIFY(isPollWaiting());
+    m_fixture.close();
+    AuthManager& manager = AuthManager::shared();
+    {
+        const auto held = m_fixture.server().hold();
+        ManualTime::advance(2.0);
+        manager.accessToken.set("another panel's");
+    }
+    QTRY_VERIFY(m_fixture.log().lines().contains(QStringLiteral("Access token received: the token")));
+    QCoreApplication::processEvents();
+    MainSchedule::shared().drain();
+    QCOMPARE(manager.accessToken.get(), std::optional<std::string>("another panel's"));
 }
 
 void SignInTest::pressedAgain()
