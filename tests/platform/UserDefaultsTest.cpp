@@ -120,6 +120,25 @@ private Q_SLOTS:
         QCOMPARE(other.timesEmptied(), defaults.timesEmptied());
     }
 
+    void logIsCutBackAfterAReader()
+    {
+        UserDefaults defaults(file());
+        defaults.setString("k", "a secret");
+        {
+            const auto reader = openSqlite(file().string(), SQLITE_OPEN_READWRITE, 0);
+            runSql(reader, "BEGIN; SELECT * FROM settings");
+            defaults.removeAll();
+            QVERIFY(QFile(QString::fromStdString(file().string() + "-wal")).size() > 0);
+        }
+        defaults.setString("new", "n"); // What is written meanwhile changes nothing of it.
+        const auto holdsSecret = [this](const char* suffix) {
+            QFile bytes(QString::fromStdString(file().string() + suffix));
+            return bytes.open(QIODevice::ReadOnly) && bytes.readAll().contains("a secret");
+        };
+        QTRY_VERIFY(!holdsSecret("-wal") && !holdsSecret(""));
+        QCOMPARE(defaults.string("new"), OptionalText("n"));
+    }
+
     void filesAreThePrivateKind()
     {
         ::umask(0); // By the store's own doing, not by the caller's mask.

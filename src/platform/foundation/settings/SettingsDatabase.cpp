@@ -282,12 +282,21 @@ Result<void, SettingsError> SettingsDatabase::empty(std::int64_t times)
         transaction.commit();
     });
     if (done) {
-        // The pages that held the values, then the log that still does. Whoever reads just now keeps them a while: the
-        // next checkpoint overwrites them.
-        std::ignore = attempt([&] { runSql(m_connection, "VACUUM; PRAGMA wal_checkpoint(TRUNCATE)"); });
+        std::ignore = attempt([&] { runSql(m_connection, "VACUUM"); }); // The pages that held the values.
     }
     sqlite3_busy_timeout(m_connection.get(), busyMilliseconds);
     return done;
+}
+
+bool SettingsDatabase::cutLog()
+{
+    sqlite3_busy_timeout(m_connection.get(), 0);
+    const auto cut = attempt([&] {
+        SqliteStatement statement(m_connection, "PRAGMA wal_checkpoint(TRUNCATE)");
+        return statement.step() && statement.numberAt(0) == 0; // The first column: whether somebody was in the way.
+    });
+    sqlite3_busy_timeout(m_connection.get(), busyMilliseconds);
+    return cut && cut.value();
 }
 
 Result<void, SettingsError> SettingsDatabase::check()

@@ -70,9 +70,12 @@ public:
     Result<std::int64_t, SettingsError> timesEmptied();
     /// The same number for a database that takes the place of another.
     Result<void, SettingsError> setTimesEmptied(std::int64_t times);
-    /// Removes every key and counts it, at least up to `times`, all or nothing, and leaves nothing of the values in the
-    /// files. Waits for no other process.
+    /// Removes every key and counts it, at least up to `times`, all or nothing. The values are still in the log. Waits
+    /// for no other process.
     Result<void, SettingsError> empty(std::int64_t times);
+    /// Brings the log to the file and cuts it back to nothing. False while somebody else reads or writes; does not
+    /// wait.
+    [[nodiscard]] bool cutLog();
     /// Looks at every page.
     Result<void, SettingsError> check();
 

@@ -70,7 +70,7 @@ UserDefaults::UserDefaults(std::filesystem::path file)
           m_file, [this](const std::string& text) { reportOnce(text); },
           [this] {
               const std::lock_guard lock(m_mutex);
-              return finishEmptying();
+              return finishEmptying() && cutLog();
           })
 {
 }
@@ -256,7 +256,7 @@ void UserDefaults::removeAll()
     m_unstored.clear();
     ++m_timesEmptied;
     m_isEmptying = true;
-    if (!finishEmptying()) {
+    if (!finishEmptying() || !cutLog()) {
         m_checkpointer.keepTrying();
     }
 }
@@ -271,6 +271,7 @@ bool UserDefaults::finishEmptying()
         return false;
     }
     m_isEmptying = false;
+    m_isLogToCut = true;
     if (const auto times = m_database->timesEmptied()) {
         m_timesEmptied = times.value(); // Higher when another process has done the same meanwhile.
     }
@@ -284,6 +285,17 @@ bool UserDefaults::finishEmptying()
     storeOutstanding(); // What was written since.
     m_checkpointer.written();
     return true;
+}
+
+bool UserDefaults::cutLog()
+{
+    if (m_isLogToCut) {
+        withDatabase([this](SettingsDatabase& database) -> Result<void, SettingsError> {
+            m_isLogToCut = !database.cutLog();
+            return {};
+        });
+    }
+    return !m_isLogToCut;
 }
 
 void UserDefaults::noteTimesEmptied(std::int64_t times)

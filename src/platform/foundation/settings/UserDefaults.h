@@ -50,7 +50,8 @@ public:
     /// between.
     void update(const std::string& key, const SettingsChange& change, During during = {});
     /// Removes every key, for this process at once, in the file in one step, which is tried again until it has happened
-    /// when another process or a full disk is in the way. Files that were moved aside as damaged go as well.
+    /// when another process or a full disk is in the way. Files that were moved aside as damaged go as well, and the
+    /// log as soon as nobody reads it.
     void removeAll();
     /// How often the settings have been emptied, by any process. Never falls.
     [[nodiscard]] std::int64_t timesEmptied();
@@ -75,6 +76,8 @@ private:
     void store(const std::string& key, std::optional<SettingsValue> value, During during = {});
     /// What `removeAll` has yet to do. True when nothing is left.
     bool finishEmptying();
+    /// The same for the log of what it has removed.
+    bool cutLog();
     /// Takes note of what the file says of it; what this process could not store before is gone as well.
     void noteTimesEmptied(std::int64_t times);
     /// Runs the operation on the database, once more on a fresh one after damage. False when it did not work.
@@ -92,6 +95,7 @@ private:
     std::map<std::string, std::optional<SettingsValue>> m_unstored;
     std::int64_t m_timesEmptied = 0;
     bool m_isEmptying = false; // Nothing that the file holds counts any more.
+    bool m_isLogToCut = false;
     std::mutex m_reportMutex;
     bool m_reported = false;
     SettingsCheckpointer m_checkpointer;
