@@ -104,8 +104,10 @@ void SummarizeStateManager::requestSummary(SharedText content, HandleApiRequests
     const std::string sentId = m_message->messageId().value_or("");
     HandleApiRequests::sendSummarizeRequest(
         *url, *accessToken, std::move(content), sentId,
-        [sentId, completion = std::move(completion)](std::optional<SummarizedResponse> record) {
-            recordResponse(sentId, record);
+        [sentId, period = m_period, completion = std::move(completion)](std::optional<SummarizedResponse> record) {
+            if (!period.isTokenGone()) {
+                recordResponse(sentId, record);
+            }
             completion(std::move(record));
         });
 }

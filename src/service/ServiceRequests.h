@@ -17,6 +17,8 @@ namespace quillmate
 struct UserDetails {
     std::string email;
     std::string name;
+    /// The service has said all the same that the token is none of its own.
+    bool isRefused = false;
     bool operator==(const UserDetails&) const = default;
 };
 [[nodiscard]] BuiltRequest buildUserDetailsRequest(const std::string& url, std::string_view accessToken);

@@ -36,9 +36,14 @@ BuiltRequest buildUserDetailsRequest(const std::string& url, std::string_view ac
 Reading<UserDetails> readUserDetails(const ServiceReply& reply)
 {
     auto reading = readReply<UserDetails>(reply, userDetailsTable, detailsIn);
-    if (!reading.result && reply.response) {
-        ReplyFailure failure = reading.result.error();
-        failure.statusCode = reply.response->statusCode;
+    const int status = reply.response ? reply.response->statusCode : 0;
+    if (reading.result) {
+        UserDetails details = std::move(reading.result).value();
+        details.isRefused = status == unauthorized;
+        reading.result = std::move(details);
+    } else {
+        ReplyFailure failure = std::move(reading.result).error();
+        failure.statusCode = status;
         reading.result = Failure(std::move(failure));
     }
     return reading;
@@ -55,28 +60,29 @@ void HandleApiRequests::fetchUserDetails(const std::string& url, const std::stri
     }
     print("URL:", url);
     printPrivate("ACCESS TOKEN:", accessToken);
-    sendRequest(std::move(request).value(), readUserDetails,
-                [accessToken, period = SignInPeriod(), completion = std::move(completion),
-                 failed = std::move(failed)](auto details) {
-                    if (!details) {
-                        if (details.error().statusCode == unauthorized) {
-                            DispatchQueue::main().async(
-                                [accessToken] { AuthManager::shared().endSignIn(accessToken); });
-                        }
-                        failed();
-                        return;
-                    }
-                    DispatchQueue::main().async([details = std::move(details).value(), period, completion, failed] {
-                        if (period.isTokenGone()) {
-                            failed();
-                            return;
-                        }
-                        UserDetailsManager& manager = UserDetailsManager::shared();
-                        manager.setEmail(details.email);
-                        manager.name.set(details.name);
-                        completion(manager);
-                    });
-                });
+    sendRequest(
+        std::move(request).value(), readUserDetails,
+        [accessToken, period = SignInPeriod(), completion = std::move(completion),
+         failed = std::move(failed)](auto details) {
+            const bool isRefused = details ? details.value().isRefused : details.error().statusCode == unauthorized;
+            if (!details || (isRefused && AuthManager::shared().accessToken.get() == accessToken)) {
+                if (isRefused) {
+                    DispatchQueue::main().async([accessToken] { AuthManager::shared().endSignIn(accessToken); });
+                }
+                failed();
+                return;
+            }
+            DispatchQueue::main().async([details = std::move(details).value(), period, completion, failed] {
+                if (period.isTokenGone()) {
+                    failed();
+                    return;
+                }
+                UserDetailsManager& manager = UserDetailsManager::shared();
+                manager.setEmail(details.email);
+                manager.name.set(details.name);
+                completion(manager);
+            });
+        });
 }
 
 } // namespace quillmate

@@ -6,6 +6,7 @@
 #include "platform/foundation/settings/UserDefaults.h"
 #include "platform/foundation/text/print.h"
 #include "state/Notifications.h"
+#include "state/SummarizeManager.h"
 #include "state/UserDetailsManager.h"
 
 namespace quillmate
@@ -64,6 +65,7 @@ void AuthManager::giveUpToken()
     accessToken.set(std::nullopt);
     UserDetailsManager::shared().setEmail("");
     UserDetailsManager::shared().name.set(std::nullopt);
+    SummarizeManager::shared().responses.set({});
 }
 
 void clearSettingsStore()

@@ -70,8 +70,8 @@ void ReplySectionState::copyClicked()
 {
     copyToClipboard(m_manager->generateResponse().value_or(""));
     setShowTooltip(true);
-    DispatchQueue::main().asyncAfter(tooltipSeconds, [self = QPointer<ReplySectionState>(this)] {
-        if (self) {
+    DispatchQueue::main().asyncAfter(tooltipSeconds, [self = QPointer<ReplySectionState>(this), copy = ++m_copies] {
+        if (self && self->m_copies == copy) {
             self->setShowTooltip(false);
         }
     });

@@ -62,6 +62,7 @@ private:
     ShownText m_toast;
     bool m_showTooltip = false;
     unsigned m_toasts = 0; // Announced so far.
+    unsigned m_copies = 0; // Made so far.
 };
 
 } // namespace quillmate

@@ -8,7 +8,8 @@ Item {
 
     required property SessionTabsViewState viewState
 
-    readonly property Item keyboardHome: panel.keyboardHome
+    // The first of its controls while the notice lies over them.
+    readonly property Item keyboardHome: updateAnnounced ? null : panel.keyboardHome
     readonly property bool updateAnnounced: viewState.incommingUpdatesAvailable
 
     implicitWidth: Theme.panelMinimumWidth

@@ -266,19 +266,14 @@ Result<std::int64_t, SettingsError> SettingsDatabase::timesEmptied()
     return attempt([&] { return timesEmptiedIn(m_connection); });
 }
 
-Result<void, SettingsError> SettingsDatabase::setTimesEmptied(std::int64_t times)
-{
-    return attempt([&] { putTimesEmptied(m_connection, times); });
-}
-
-Result<void, SettingsError> SettingsDatabase::empty(std::int64_t times)
+Result<void, SettingsError> SettingsDatabase::empty()
 {
     sqlite3_busy_timeout(m_connection.get(), 0);
     auto done = attempt([&] {
         WriteTransaction transaction(m_connection);
         const std::int64_t before = timesEmptiedIn(m_connection);
         SqliteStatement(m_connection, "DELETE FROM settings").step();
-        putTimesEmptied(m_connection, std::max(before + 1, times));
+        putTimesEmptied(m_connection, before + 1);
         transaction.commit();
     });
     if (done) {

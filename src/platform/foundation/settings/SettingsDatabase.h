@@ -68,11 +68,9 @@ public:
     Result<void, SettingsError> remove(const std::string& key);
     /// How often the database has been emptied, by any process.
     Result<std::int64_t, SettingsError> timesEmptied();
-    /// The same number for a database that takes the place of another.
-    Result<void, SettingsError> setTimesEmptied(std::int64_t times);
-    /// Removes every key and counts it, at least up to `times`, all or nothing. The values are still in the log. Waits
+    /// Removes every key and counts it, all or nothing. The values are still in the log. Waits
     /// for no other process.
-    Result<void, SettingsError> empty(std::int64_t times);
+    Result<void, SettingsError> empty();
     /// Brings the log to the file and cuts it back to nothing. False while somebody else reads or writes; does not
     /// wait.
     [[nodiscard]] bool cutLog();

@@ -101,14 +101,7 @@ bool UserDefaults::openDatabase()
         return false;
     }
     m_database = std::move(opened).value();
-    if (m_isEmptying) {
-        return true; // What it holds is no matter.
-    }
-    if (const auto times = m_database->timesEmptied(); times && times.value() >= m_timesEmptied) {
-        noteTimesEmptied(times.value());
-    } else {
-        std::ignore = m_database->setTimesEmptied(m_timesEmptied); // It stands in a damaged one's place.
-    }
+    noteTimesEmptied();
     return true;
 }
 
@@ -208,8 +201,11 @@ void UserDefaults::written()
 void UserDefaults::store(const std::string& key, std::optional<SettingsValue> value, During during)
 {
     const std::lock_guard lock(m_mutex);
+    if (during && *during != m_timesEmptied) {
+        return;
+    }
     if (!write([&](SettingsDatabase& database) {
-            return value ? database.write(key, *value, during) : database.remove(key);
+            return value ? database.write(key, *value, inFile(during)) : database.remove(key);
         })) {
         if (during && *during != m_timesEmptied) {
             return;
@@ -224,10 +220,13 @@ void UserDefaults::store(const std::string& key, std::optional<SettingsValue> va
 void UserDefaults::update(const std::string& key, const SettingsChange& change, During during)
 {
     const std::lock_guard lock(m_mutex);
+    if (during && *during != m_timesEmptied) {
+        return;
+    }
     if (const auto unstored = m_unstored.find(key); unstored != m_unstored.end() && unstored->second) {
         change(bytesOf(*unstored->second)); // What this process alone knows of; the answer comes with the next one.
     }
-    if (write([&](SettingsDatabase& database) { return database.update(key, change, during); })) {
+    if (write([&](SettingsDatabase& database) { return database.update(key, change, inFile(during)); })) {
         m_unstored.erase(key);
         written();
         return;
@@ -266,22 +265,15 @@ bool UserDefaults::finishEmptying()
     if (!m_isEmptying) {
         return true;
     }
-    if (!withDatabase([this](SettingsDatabase& database) { return database.empty(m_timesEmptied); })) {
+    if (!withDatabase([this](SettingsDatabase& database) { return database.empty(); })) {
         m_database.reset(); // A fresh one may have more rights, or find more room.
         return false;
     }
     m_isEmptying = false;
     m_isLogToCut = true;
-    if (const auto times = m_database->timesEmptied()) {
-        m_timesEmptied = times.value(); // Higher when another process has done the same meanwhile.
-    }
-    std::error_code error; // A file that stays is no worse than before, and the next time tries again.
-    const std::string damaged = m_file.filename().string() + damagedSuffix;
-    for (const auto& entry : std::filesystem::directory_iterator(m_file.parent_path(), error)) {
-        if (entry.path().filename().string().starts_with(damaged)) {
-            std::filesystem::remove(entry.path(), error);
-        }
-    }
+    m_timesAtFirst.reset(); // What others have emptied before is this emptying as well.
+    noteTimesEmptied();
+    removeDamaged();
     storeOutstanding(); // What was written since.
     m_checkpointer.written();
     return true;
@@ -298,34 +290,51 @@ bool UserDefaults::cutLog()
     return !m_isLogToCut;
 }
 
-void UserDefaults::noteTimesEmptied(std::int64_t times)
+void UserDefaults::removeDamaged() const
 {
-    if (std::exchange(m_timesEmptied, times) < times && !m_isEmptying) {
+    std::error_code error; // A file that stays is no worse than before, and the next time tries again.
+    const std::string damaged = m_file.filename().string() + damagedSuffix;
+    std::filesystem::directory_iterator entry(m_file.parent_path(), error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+        if (entry->path().filename().string().starts_with(damaged)) {
+            std::error_code stays;
+            std::filesystem::remove(entry->path(), stays);
+        }
+    }
+}
+
+void UserDefaults::noteTimesEmptied()
+{
+    const auto times = m_database->timesEmptied();
+    if (m_isEmptying || !times) {
+        return; // What the file says is no matter, or unknown.
+    }
+    if (!m_timesAtFirst || times.value() < *m_timesAtFirst + m_timesEmptied) {
+        m_timesAtFirst = times.value() - m_timesEmptied;
+    } else if (times.value() > *m_timesAtFirst + m_timesEmptied) {
+        m_timesEmptied = times.value() - *m_timesAtFirst;
         m_unstored.clear();
     }
+}
+
+UserDefaults::During UserDefaults::inFile(During during) const
+{
+    return during && m_timesAtFirst ? During(*during + *m_timesAtFirst) : std::nullopt;
 }
 
 std::int64_t UserDefaults::timesEmptied()
 {
     const std::lock_guard lock(m_mutex);
-    if (!m_isEmptying) {
-        withDatabase([this](SettingsDatabase& database) -> Result<void, SettingsError> {
-            auto times = database.timesEmptied();
-            if (!times) {
-                return Failure(times.error());
-            }
-            noteTimesEmptied(std::max(m_timesEmptied, times.value()));
-            return {};
-        });
-    }
+    withDatabase([this](SettingsDatabase&) -> Result<void, SettingsError> {
+        noteTimesEmptied();
+        return {};
+    });
     return m_timesEmptied;
 }
 
 void UserDefaults::storeOutstanding()
 {
-    if (const auto times = m_database->timesEmptied()) {
-        noteTimesEmptied(std::max(m_timesEmptied, times.value()));
-    }
+    noteTimesEmptied();
     while (!m_unstored.empty() && m_database) {
         const auto& [key, value] = *m_unstored.begin();
         if (!(value ? m_database->write(key, *value) : m_database->remove(key))) {

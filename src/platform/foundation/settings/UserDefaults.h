@@ -53,7 +53,7 @@ public:
     /// when another process or a full disk is in the way. Files that were moved aside as damaged go as well, and the
     /// log as soon as nobody reads it.
     void removeAll();
-    /// How often the settings have been emptied, by any process. Never falls.
+    /// How often the settings have been emptied, by any process, since this one first saw them. Never falls.
     [[nodiscard]] std::int64_t timesEmptied();
     /// How many bytes the key holds, which are not read for it.
     [[nodiscard]] std::size_t size(const std::string& key);
@@ -79,10 +79,13 @@ private:
     /// The same for the log of what it has removed.
     bool cutLog();
     /// Takes note of what the file says of it; what this process could not store before is gone as well.
-    void noteTimesEmptied(std::int64_t times);
+    void noteTimesEmptied();
+    /// The file's count for one of this process's.
+    [[nodiscard]] During inFile(During during) const;
     /// Runs the operation on the database, once more on a fresh one after damage. False when it did not work.
     bool withDatabase(const std::function<Result<void, SettingsError>(SettingsDatabase&)>& operation);
     bool openDatabase();
+    void removeDamaged() const;
     void replaceDamaged(const std::string& reason);
     /// Tries again what could not be stored before.
     void storeOutstanding();
@@ -94,6 +97,8 @@ private:
     /// What could not be stored: the value, or its absence after a removal.
     std::map<std::string, std::optional<SettingsValue>> m_unstored;
     std::int64_t m_timesEmptied = 0;
+    /// What the file counted when that was 0. A file in the place of a damaged one counts anew.
+    std::optional<std::int64_t> m_timesAtFirst;
     bool m_isEmptying = false; // Nothing that the file holds counts any more.
     bool m_isLogToCut = false;
     std::mutex m_reportMutex;
