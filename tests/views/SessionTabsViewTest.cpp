@@ -122,6 +122,12 @@ private Q_SLOTS:
         QTRY_COMPARE(m_fixture.log().lines().filter(QStringLiteral("ummar")),
                      (QStringList{"Access token is null in summarize API call", "Failed to summarize."}));
         QVERIFY(m_fixture.item("fallbackInput"));
+        // A summary takes no more room than it needs.
+        const qreal editorHeight = m_fixture.placeOf("summarySection").height();
+        UserDefaults::standard().setString("summarizeResponse m1", "One line.");
+        m_fixture.takeOut();
+        m_fixture.putBack();
+        QTRY_VERIFY(m_fixture.placeOf("summarySection").height() < editorHeight / 2);
     }
 
     void shownAgain()

@@ -10,7 +10,19 @@ Item {
 
     readonly property int shown: viewState.summary
 
-    implicitHeight: Math.max(result.implicitHeight, fallbackEditor.implicitHeight, spinner.implicitHeight)
+    // A Loader does not tell that it asks for no more height once it is empty, so that only the full one is asked.
+    implicitHeight: {
+        switch (shown) {
+        case SessionModalViewState.Result:
+            return result.implicitHeight;
+        case SessionModalViewState.FallbackEditor:
+            return fallbackEditor.implicitHeight;
+        case SessionModalViewState.Spinner:
+            return spinner.implicitHeight;
+        default:
+            return 0;
+        }
+    }
 
     // Components bound to their context would let the linter follow these names, but this Qt's Loader refuses such ones.
     // qmllint disable unqualified
