@@ -12,6 +12,7 @@ PlainButton {
     text: title
     padding: 0
     cornerRadius: height / 2
+    ringDistance: 4 // The ring may have the button's own colour, and is seen by the gap.
 
     background: ContinuousRectangle {
         radius: control.height / 2

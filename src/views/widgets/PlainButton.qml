@@ -7,6 +7,7 @@ T.AbstractButton {
     id: control
 
     property real cornerRadius: 6
+    property int ringDistance: 2
 
     implicitWidth: implicitContentWidth + leftPadding + rightPadding
     implicitHeight: implicitContentHeight + topPadding + bottomPadding
@@ -33,6 +34,7 @@ T.AbstractButton {
 
     FocusRing {
         shown: control.visualFocus
+        distance: control.ringDistance
         radius: control.cornerRadius + distance
     }
 }
