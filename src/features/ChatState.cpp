@@ -75,6 +75,7 @@ std::shared_ptr<ChatState> ChatState::make(std::shared_ptr<const RepliedMessage>
 ChatState::ChatState(std::shared_ptr<const RepliedMessage> message)
     : m_repliedMessage(std::move(message))
     , m_userDefaultsKey(SettingsKeys::chatHistory(m_repliedMessage->messageId()))
+    , m_newMessageText(m_repliedMessage->draft())
 {
 }
 
@@ -82,6 +83,7 @@ void ChatState::setNewMessageText(std::string text)
 {
     if (m_newMessageText != text) {
         m_newMessageText = std::move(text);
+        m_repliedMessage->setDraft(m_newMessageText, m_period);
         Q_EMIT newMessageTextChanged();
     }
 }

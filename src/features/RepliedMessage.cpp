@@ -44,6 +44,19 @@ void RepliedMessage::keepOwnContent(const std::shared_ptr<const RepliedMessage>&
     queue.async(keep);
 }
 
+std::string RepliedMessage::draft() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_draftPeriod.isOver() ? std::string() : m_draft;
+}
+
+void RepliedMessage::setDraft(std::string text, const SignInPeriod& period) const
+{
+    const std::lock_guard lock(m_mutex);
+    m_draft = std::move(text);
+    m_draftPeriod = period;
+}
+
 std::optional<SettingsValue> RepliedMessage::own(const std::string& key) const
 {
     const std::lock_guard lock(m_mutex);

@@ -45,6 +45,10 @@ public:
     /// Keeps the message's own text unless something is kept; a long one a little later, by another thread.
     static void keepOwnContent(const std::shared_ptr<const RepliedMessage>& message, const SignInPeriod& period);
 
+    /// The question that is being typed, up to the next sign-out; it outlives the screen that it is typed in.
+    [[nodiscard]] std::string draft() const;
+    void setDraft(std::string text, const SignInPeriod& period) const;
+
     // As the settings store's, for keys of this message. Nothing is written once the period of the panel is over.
     [[nodiscard]] std::optional<std::string> string(const std::string& key) const;
     [[nodiscard]] bool boolean(const std::string& key) const;
@@ -73,6 +77,8 @@ private:
     mutable std::mutex m_mutex;
     mutable std::map<std::string, SettingsValue> m_own;
     mutable SignInPeriod m_ownPeriod;
+    mutable std::string m_draft;
+    mutable SignInPeriod m_draftPeriod;
 };
 
 } // namespace quillmate

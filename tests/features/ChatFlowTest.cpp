@@ -33,6 +33,7 @@ private Q_SLOTS:
     void endOfTheUserMeanwhile();
     void screenGoneMeanwhile();
     void twoScreensOfOneMessage();
+    void halfTypedQuestion();
     void longConversation();
 
 private:
@@ -278,6 +279,16 @@ void ChatFlowTest::textsThatCannotBeSent()
     QCOMPARE(m_fixture.log().lines().filter("Failed to save messages: ").size(), 2);
     QVERIFY(m_fixture.log().lines().contains("Error from chat message is: invalidData"));
     QVERIFY(storedChat("reply m1").endsWith(QLatin1String(R"(,"text":"one","isSentByCurrentUser":true}])")));
+}
+
+void ChatFlowTest::halfTypedQuestion()
+{
+    const auto message = currentMessage();
+    ChatState::make(message)->setNewMessageText("And wh");
+    AuthManager::shared().endSignIn("token"); // The service has refused it; a new panel comes after the next sign-in.
+    QCOMPARE(ChatState::make(message)->newMessageText(), std::string("And wh"));
+    AuthManager::shared().logout();
+    QCOMPARE(ChatState::make(message)->newMessageText(), std::string());
 }
 
 void ChatFlowTest::unreadableStore()
