@@ -124,4 +124,22 @@ void runSql(const SqliteConnection& connection, const char* sql)
     }
 }
 
+SqliteTransaction::SqliteTransaction(const SqliteConnection& connection)
+    : m_connection(connection)
+{
+    runSql(m_connection, "BEGIN IMMEDIATE");
+}
+
+SqliteTransaction::~SqliteTransaction()
+{
+    if (sqlite3_get_autocommit(m_connection.get()) == 0) { // Some failures have undone it already.
+        sqlite3_exec(m_connection.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+    }
+}
+
+void SqliteTransaction::commit()
+{
+    runSql(m_connection, "COMMIT");
+}
+
 } // namespace quillmate

@@ -91,4 +91,19 @@ private:
 /// Runs statements without results.
 void runSql(const SqliteConnection& connection, const char* sql);
 
+/// Holds the right to write from its beginning; undone unless it is committed. The connection must outlive it.
+class SqliteTransaction
+{
+public:
+    explicit SqliteTransaction(const SqliteConnection& connection);
+    ~SqliteTransaction();
+    SqliteTransaction(const SqliteTransaction&) = delete;
+    SqliteTransaction& operator=(const SqliteTransaction&) = delete;
+
+    void commit();
+
+private:
+    const SqliteConnection& m_connection;
+};
+
 } // namespace quillmate

@@ -140,8 +140,8 @@ bool ComposeSessionViewController::hasEnded(const SignIn& signIn)
 
 void ComposeSessionViewController::schedulePoll(const SignIn& signIn)
 {
-    // The wait keeps the panel: the next poll is always sent, and its reply finds out whether the panel is still
-    // wanted.
+    // The wait keeps the panel: unless the sign-in ends the next poll is sent, and its reply finds out whether the
+    // panel is still wanted.
     DispatchQueue::main().asyncAfter(secondsBetweenPolls, [self = shared_from_this(), signIn] {
         if (!self->hasEnded(signIn)) {
             self->pollForToken(signIn);

@@ -139,10 +139,12 @@ void SummarizeStateManager::receiveAutomatic(const std::optional<SummarizedRespo
     if (record && !m_period.isOver()) {
         setSummarizeResponse(record->response);
         m_message->setBoolean(SettingsKeys::summarizeFlag(m_message->messageId()), true, m_period);
-        if (m_message->messageId()) { // Else the key is that of all messages without an id.
+        if (m_message->messageId()) {
             m_message->setString(m_summarizeResponseKey, record->response, m_period);
-            loadStoredSummary();
+        } else { // The key is that of all messages without an id.
+            m_message->keepOwn(m_summarizeResponseKey, record->response, m_period);
         }
+        loadStoredSummary();
     }
     m_hasFailed = !record && !m_period.isTokenGone();
     setSummarizeLoading(false);

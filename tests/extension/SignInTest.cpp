@@ -41,6 +41,8 @@ private:
         return std::any_of(delays.begin(), delays.end(), [](double delay) { return std::abs(delay - 2.0) < 1e-6; });
     }
     static void advanceToNextPoll();
+    /// A sign-in whose first poll has been answered, by the first of these.
+    void beginPolling(const std::vector<std::string>& replies);
 
     PanelFixture m_fixture;
 };
@@ -70,6 +72,16 @@ void SignInTest::advanceToNextPoll()
 {
     QTRY_VERIFY(isPollWaiting());
     ManualTime::advance(2.0);
+}
+
+void SignInTest::beginPolling(const std::vector<std::string>& replies)
+{
+    m_fixture.server().reply(create, session);
+    for (const std::string& reply : replies) {
+        m_fixture.server().reply(poll, reply);
+    }
+    login();
+    QTRY_VERIFY(isPollWaiting());
 }
 
 void SignInTest::wholeFlow()
@@ -194,11 +206,7 @@ void SignInTest::closedPanelStopsPolling()
 void SignInTest::closedPanelTakesNobodysPlace()
 {
     const ManualTime time;
-    m_fixture.server().reply(create, session);
-    m_fixture.server().reply(poll, waiting);
-    m_fixture.server().reply(poll, granted);
-    login();
-    QTRY_VERIFY(isPollWaiting());
+    beginPolling({waiting, granted});
     m_fixture.close();
     AuthManager& manager = AuthManager::shared();
     {
@@ -251,11 +259,7 @@ void SignInTest::endsEarly()
     QFETCH(const QString, event);
     QFETCH(const bool, showsPanel);
     const ManualTime time;
-    m_fixture.server().reply(create, session);
-    m_fixture.server().reply(poll, waiting);
-    m_fixture.server().reply(poll, granted);
-    login();
-    QTRY_VERIFY(isPollWaiting());
+    beginPolling({waiting, granted});
     if (event == "environment") {
         const auto held = m_fixture.server().hold();
         ManualTime::advance(2.0);

@@ -127,6 +127,8 @@ void SummaryFlowTest::automatic()
         QCOMPARE(manager->isSummarizeLoading(), !content.value_or("").empty());
         QTRY_VERIFY(!manager->isSummarizeLoading());
         QCOMPARE(shown(manager), QString(seen));
+        manager->loadStoredSummary(); // As a panel that is shown again does.
+        QCOMPARE(shown(manager), QString(seen));
         QCOMPARE(asked(), sent);
         QCOMPARE(FeatureFixture::stored(), stored);
         QCOMPARE(m_fixture.log().lines().contains("Access token is null in summarize API call"), !token);

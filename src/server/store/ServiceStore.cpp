@@ -38,34 +38,6 @@ CREATE TABLE browsers (hash BLOB PRIMARY KEY, user INTEGER NOT NULL REFERENCES u
 PRAGMA user_version = 2;
 )sql";
 
-/// Rolls back unless `commit` was called.
-class Transaction
-{
-public:
-    explicit Transaction(const SqliteConnection& database)
-        : m_database(database)
-    {
-        runSql(database, "BEGIN IMMEDIATE");
-    }
-    ~Transaction()
-    {
-        if (!m_done) {
-            sqlite3_exec(m_database.get(), "ROLLBACK", nullptr, nullptr, nullptr);
-        }
-    }
-    Transaction(const Transaction&) = delete;
-    Transaction& operator=(const Transaction&) = delete;
-    void commit()
-    {
-        runSql(m_database, "COMMIT");
-        m_done = true;
-    }
-
-private:
-    const SqliteConnection& m_database;
-    bool m_done = false;
-};
-
 } // namespace
 
 Result<std::unique_ptr<ServiceStore>, StoreFailure> ServiceStore::open(const std::string& folder, Clock clock)
@@ -110,7 +82,7 @@ bool ServiceStore::closeEarly(std::chrono::milliseconds limit)
 void ServiceStore::prepare()
 {
     runSql(m_database, "PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL; PRAGMA foreign_keys = ON");
-    Transaction transaction(m_database);
+    SqliteTransaction transaction(m_database);
     std::int64_t version = 0;
     {
         SqliteStatement statement(m_database, "PRAGMA user_version");
@@ -155,7 +127,7 @@ Result<SignIn, StoreFailure> ServiceStore::signIn(const std::string& email, cons
 {
     SignIn made{randomSecret(), randomSecret()};
     return alone([&] {
-        Transaction transaction(m_database);
+        SqliteTransaction transaction(m_database);
         SqliteStatement user(m_database, "INSERT INTO users (email, name, created) VALUES (?, ?, ?) "
                                          "ON CONFLICT (email) DO UPDATE SET name = excluded.name RETURNING id");
         user.text(email).text(name).number(now()).step();
@@ -242,7 +214,7 @@ Result<void, StoreFailure> ServiceStore::addMessages(const std::string& thread,
                                                      const std::vector<ThreadMessage>& messages)
 {
     return alone([&] {
-        Transaction transaction(m_database);
+        SqliteTransaction transaction(m_database);
         for (const ThreadMessage& message : messages) {
             SqliteStatement(m_database, "INSERT INTO messages (thread, role, text, created) VALUES (?, ?, ?, ?)")
                 .text(thread)

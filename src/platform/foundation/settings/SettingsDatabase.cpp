@@ -99,30 +99,6 @@ void put(SqliteConnection& connection, const std::string& key, StoredKind kind, 
         .step();
 }
 
-/// Holds the right to write from its beginning; undone unless it is committed.
-class WriteTransaction
-{
-public:
-    explicit WriteTransaction(const SqliteConnection& connection)
-        : m_connection(connection)
-    {
-        runSql(m_connection, "BEGIN IMMEDIATE");
-    }
-    ~WriteTransaction()
-    {
-        if (sqlite3_get_autocommit(m_connection.get()) == 0) { // Some failures have undone it already.
-            sqlite3_exec(m_connection.get(), "ROLLBACK", nullptr, nullptr, nullptr);
-        }
-    }
-    WriteTransaction(const WriteTransaction&) = delete;
-    WriteTransaction& operator=(const WriteTransaction&) = delete;
-
-    void commit() { runSql(m_connection, "COMMIT"); }
-
-private:
-    const SqliteConnection& m_connection;
-};
-
 std::int64_t timesEmptiedIn(SqliteConnection& connection)
 {
     SqliteStatement statement(connection, "SELECT times FROM emptied");
@@ -218,7 +194,7 @@ Result<void, SettingsError> SettingsDatabase::write(const std::string& key, cons
 {
     const auto [kind, bytes] = stored(value);
     return attempt([&, kind = kind, bytes = bytes] {
-        WriteTransaction transaction(m_connection);
+        SqliteTransaction transaction(m_connection);
         if (!during || timesEmptiedIn(m_connection) == *during) {
             put(m_connection, key, kind, bytes);
         }
@@ -230,7 +206,7 @@ Result<void, SettingsError> SettingsDatabase::update(const std::string& key, con
                                                      std::optional<std::int64_t> during)
 {
     return attempt([&] {
-        WriteTransaction transaction(m_connection);
+        SqliteTransaction transaction(m_connection);
         if (!during || timesEmptiedIn(m_connection) == *during) {
             SqliteStatement statement(m_connection, "SELECT value FROM settings WHERE key = ?");
             const auto stored = statement.blob(key).step() ? std::optional(statement.bytesAt(0)) : std::nullopt;
@@ -270,7 +246,7 @@ Result<void, SettingsError> SettingsDatabase::empty()
 {
     sqlite3_busy_timeout(m_connection.get(), 0);
     auto done = attempt([&] {
-        WriteTransaction transaction(m_connection);
+        SqliteTransaction transaction(m_connection);
         const std::int64_t before = timesEmptiedIn(m_connection);
         SqliteStatement(m_connection, "DELETE FROM settings").step();
         putTimesEmptied(m_connection, before + 1);
