@@ -124,6 +124,10 @@ void addSummary(std::vector<Shot>& shots)
     };
     add("could not be loaded", none, failed(""), narrow);
     add("could not be loaded, pasted text", none, failed("Dear Maria,\n\nthis is the text of the message."), wide);
+    add("could not be loaded, being sent", none, [failed](Panel& panel) {
+        failed("Dear Maria,\n\nthis is the text of the message.")(panel);
+        panel.summarizeStateManager().setSummarizeLoading(true);
+    });
     add("large text", usualScene(), {}, narrow, 2);
     shots.push_back({"Summary", "no message", [] { return panelIn({}); }, {}, {400, 400}});
 }
