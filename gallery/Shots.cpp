@@ -72,11 +72,13 @@ Scene withConversation(std::vector<std::string> conversation)
     return with([&](Scene& scene) { scene.conversation = std::move(conversation); });
 }
 
-HostedView signIn(bool message, bool menu)
+HostedView signIn(bool message, bool menu,
+                  const std::shared_ptr<LoginProgress>& progress = std::make_shared<LoginProgress>())
 {
     const Scene scene = message ? usualScene() : Scene();
     setUp(scene);
-    auto view = LoginViewState::makeView(*messageOf(scene), [] {});
+    auto view = LoginViewState::makeView(
+        *messageOf(scene), [] {}, progress);
     if (menu) {
         static_cast<LoginViewState*>(view.state.get())->developerMenu()->setShown(true);
     }
@@ -94,6 +96,23 @@ void addSignIn(std::vector<Shot>& shots)
     add("wide", true, false, wide);
     add("large text", false, false, {400, 400}, 2);
     add("developer menu, large text", true, true, narrow, 2);
+    const auto tell = [&](const char* state, const QString& problem, QSize size, double scale = 1) {
+        const auto view = [problem] {
+            const auto progress = std::make_shared<LoginProgress>();
+            progress->ask();
+            if (!problem.isEmpty()) {
+                progress->finish(problem);
+            }
+            return signIn(true, false, progress);
+        };
+        shots.push_back({"Sign-in screen", state, view, {}, size, scale});
+    };
+    const auto problem = QStringLiteral("The service cannot be reached. The assistant service on this machine is not "
+                                        "available: it ended before it was ready. Try it once more; if that does not "
+                                        "help, install Quillmate again. Press \"Login\" to try again.");
+    tell("asking for the page", {}, narrow);
+    tell("service out of reach", problem, narrow);
+    tell("service out of reach, large text", problem, narrow, 2);
     shots.push_back({"Sign-in screen", "keyboard on the button", [] { return signIn(true, false); },
                      [](QQuickItem& root) { focusOn(root, "loginButton"); }, narrow});
 }

@@ -8,6 +8,7 @@
 #include "service/ServiceRequests.h"
 #include "state/APIManager.h"
 #include "state/AuthManager.h"
+#include "views/login/LoginProgress.h"
 
 #include <utility>
 
@@ -20,6 +21,18 @@ constexpr auto sessionPath = "/plugin-auth/session-request/";
 constexpr double secondsBetweenPolls = 2.0;
 // The second press of a double one comes before it; whoever has lost the page presses after it.
 constexpr double secondsBeforeAnotherPage = 3.0;
+
+const QString noPage = QStringLiteral("The service gave no page to sign in on. Press \"Login\" to try again.");
+
+/// What the user is told when a request for a session has brought no page.
+QString problemOf(const Result<SessionResponse, ReplyFailure>& session)
+{
+    if (session || session.error().stage != ReplyStage::Transport || !session.error().error) {
+        return noPage;
+    }
+    return QStringLiteral("The service cannot be reached. %1 Press \"Login\" to try again.")
+        .arg(QString::fromStdString(session.error().error->localizedDescription));
+}
 
 void openLater(const std::string& page)
 {
@@ -46,6 +59,7 @@ void ComposeSessionViewController::login()
     if (std::exchange(m_isOpeningLoginPage, true)) {
         return;
     }
+    m_loginProgress->ask();
     APIManager& manager = APIManager::shared();
     print("CURRENT BASE API URL IN API MANAGER", manager.baseURL());
     print("URL is:", manager.baseURL());
@@ -59,6 +73,7 @@ void ComposeSessionViewController::requestSession(const std::string& url)
     if (!request) {
         print(request.error());
         m_isOpeningLoginPage = false;
+        m_loginProgress->finish(noPage);
         return;
     }
     const auto allowLogin = [weak = weak_from_this()] {
@@ -68,7 +83,14 @@ void ComposeSessionViewController::requestSession(const std::string& url)
     };
     sendRequest(std::move(request).value(), readSession,
                 [weak = weak_from_this(), allowLogin, period = SignInPeriod()](const auto& session) {
-                    if (!session || !session.value().loginURL || period.isTokenGone()) {
+                    const bool hasPage = session && session.value().loginURL;
+                    DispatchQueue::main().async(
+                        [weak, problem = hasPage || period.isTokenGone() ? QString() : problemOf(session)] {
+                            if (const auto controller = weak.lock()) {
+                                controller->m_loginProgress->finish(problem);
+                            }
+                        });
+                    if (!hasPage || period.isTokenGone()) {
                         DispatchQueue::main().async(allowLogin);
                         return;
                     }

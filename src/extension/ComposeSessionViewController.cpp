@@ -32,6 +32,7 @@ ComposeSessionViewController::make(std::shared_ptr<const RepliedMessage> message
 
 ComposeSessionViewController::ComposeSessionViewController(std::shared_ptr<const RepliedMessage> message)
     : m_message(std::move(message))
+    , m_loginProgress(makeMainOwned<LoginProgress>())
 {
 }
 
@@ -88,12 +89,14 @@ void ComposeSessionViewController::buttonClicked()
 
 void ComposeSessionViewController::showLoginView()
 {
-    const auto host =
-        std::make_shared<NSHostingController>(LoginViewState::makeView(*m_message, [weak = weak_from_this()] {
+    const auto host = std::make_shared<NSHostingController>(LoginViewState::makeView(
+        *m_message,
+        [weak = weak_from_this()] {
             if (const auto controller = weak.lock()) {
                 controller->login();
             }
-        }));
+        },
+        m_loginProgress));
     const bool hadKeyboard = view()->hasKeyboard();
     // What lies below stays, but the keyboard and a screen reader have no business there.
     for (const auto& covered : view()->subviews()) {

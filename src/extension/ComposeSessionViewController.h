@@ -12,6 +12,7 @@
 namespace quillmate
 {
 
+class LoginProgress;
 class RepliedMessage;
 class Timer;
 struct ReplyFailure;
@@ -70,6 +71,7 @@ private:
     const std::shared_ptr<const RepliedMessage> m_message;
     std::atomic<bool> m_isLoggedIn = false;
     bool m_isOpeningLoginPage = false;
+    const std::shared_ptr<LoginProgress> m_loginProgress;
     std::shared_ptr<Timer> m_updateTimer;
     std::vector<std::shared_ptr<NSViewController>> m_loginHosts; // Of the sign-in screens that lie over each other.
 };

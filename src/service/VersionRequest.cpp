@@ -64,13 +64,14 @@ void HandleApiRequests::fetchLatestVersion(const std::string& url, const std::st
         return;
     }
     print("Sending request to URL:", request.value().url.absoluteString());
-    sendRequest(std::move(request).value(), readLatestVersion, [](auto latest) {
+    const auto receive = [](Result<LatestVersion, ReplyFailure> latest) {
         if (latest) {
             DispatchQueue::main().async([latest = std::move(latest).value()] { publish(latest); });
         } else if (latest.error().stage == ReplyStage::Object) {
             DispatchQueue::main().async([] { IncommingUpdatesManager::shared().setIncommingUpdatesAvailable(false); });
         }
-    });
+    };
+    sendRequest(std::move(request).value(), readLatestVersion, receive, RequestOrigin::Program);
 }
 
 } // namespace quillmate

@@ -2,8 +2,10 @@
 """What a user does with the panel, from outside, with the keyboard and by a screen reader's presses: quillmate with its
 service; quillmate-extension over its link; quillmate-chat. The first argument is the folder of the programs."""
 
+import base64
 import json
 import os
+import signal
 import struct
 import subprocess
 import sys
@@ -23,6 +25,17 @@ def program(name):
 
 def clipboard():
     return subprocess.run(["xclip", "-o", "-selection", "clipboard"], capture_output=True, timeout=10).stdout.decode()
+
+
+def send(desk, frame):
+    data = json.dumps(frame).encode()
+    desk.process.stdin.write(struct.pack("=I", len(data)) + data)
+    desk.process.stdin.flush()
+
+
+def children(desk):
+    """The processes that it has started."""
+    return [int(word) for word in look("pgrep", "-P", str(desk.process.pid), "quillmate-serv").split()]
 
 
 class Preview(unittest.TestCase):
@@ -78,22 +91,41 @@ class Preview(unittest.TestCase):
 class Link(unittest.TestCase):
     def test_panel_of_a_session(self):
         desk = Desk(program("quillmate-extension"), [], {"QUILLMATE_CONNECT_TO": LIVE_HOST + "=127.0.0.1:1"})
-
-        def send(frame):
-            data = json.dumps(frame).encode()
-            desk.process.stdin.write(struct.pack("=I", len(data)) + data)
-            desk.process.stdin.flush()
-
-        send({"type": "composeSessionDidBegin", "session": "s", "originalMessage": None})
-        send({"type": "viewControllerForSession", "session": "s"})
+        send(desk, {"type": "composeSessionDidBegin", "session": "s", "originalMessage": None})
+        send(desk, {"type": "viewControllerForSession", "session": "s"})
         desk.wait_for("push button", "Login")
         # The user is writing: a window that no user's act brought about leaves the keyboard where it is (EWMH 1.5).
         self.assertIn("= 0\n", look("xprop", "-name", "Quillmate", "_NET_WM_USER_TIME"))
         desk.press("push button", "Login")
         until(lambda: any("Error making GET request" in line for line in desk.lines()), "the request")
-        send({"type": "composeSessionDidEnd", "session": "s"})
+        desk.wait_for("label", "The service cannot be reached. ")
+        until(lambda: any('{"type":"status","serviceReachable":false,"reason":"Could not connect' in line for line in desk.lines()), "the frame")
+        send(desk, {"type": "composeSessionDidEnd", "session": "s"})
         until(lambda: desk.find("push button", "Login") is None, "the panel's end")
         self.assertEqual(desk.end(), 0)
+
+
+    def test_service_of_this_machine(self):
+        desks = [Desk(program("quillmate-extension"), []) for _ in range(2)]
+        for desk in desks:
+            message = {"rawData": base64.b64encode(open(SAMPLE, "rb").read()).decode(), "subject": "x", "headers": None}
+            message["fromAddress"] = {"addressString": None}
+            send(desk, {"type": "composeSessionDidBegin", "session": "s", "originalMessage": message})
+            send(desk, {"type": "viewControllerForSession", "session": "s"})
+        for desk in desks:
+            desk.press("push button", "Login")
+            desk.wait_for("heading", "Summary")
+            desk.wait_for("push button", "Generate response")
+            # The one it has started by itself is gone, and the next wish brings another.
+            [service] = children(desk)
+            os.kill(service, signal.SIGKILL)
+            until(lambda: service not in children(desk), "the service's end")
+            desk.press("push button", "Generate response")
+            desk.wait_for("alert", "Response generated successfully.")
+        services = [service for desk in desks for service in children(desk)]
+        self.assertEqual(len(services), 2)
+        self.assertEqual([desk.end() for desk in desks], [0, 0])
+        self.assertFalse([service for service in services if os.path.exists(f"/proc/{service}")])
 
 
 class Chat(unittest.TestCase):

@@ -191,6 +191,43 @@ private Q_SLOTS:
         QCOMPARE(m_server.requests().size(), std::size_t(21));
     }
 
+    void waitsUntilTheNetworkIsKnown()
+    {
+        m_server.reply("GET /x", TestReply{200, "x"});
+        std::atomic<int> asked = 0;
+        std::atomic<bool> isThere = false;
+        useLimits(m_limits);
+        const NetworkEnvironment known = environmentOfServers();
+        URLSession::configureWhenNeeded([&] {
+            ++asked;
+            if (isThere) {
+                URLSession::configure(known);
+            } else {
+                URLSession::refuse("Nobody is there.");
+            }
+        });
+        const URLRequest request{URL::parseAbsolute(origin + "/x").value()};
+        for (const Exchange& refused : runAll({request, request})) {
+            QCOMPARE(outcome(refused), "CannotConnectToHost");
+            QCOMPARE(refused.error->localizedDescription, std::string("Nobody is there."));
+        }
+        isThere = true;
+        for (const Exchange& answered : runAll({request, request, request})) {
+            QCOMPARE(outcome(answered), "200 x");
+        }
+        QCOMPARE(outcome(get(origin + "/x")), "200 x");
+        QVERIFY(asked >= 2 && asked <= 3);
+
+        // One that has gone for good is asked for no more, and what replaces it is found.
+        NetworkEnvironment gone = known;
+        gone.connectTo[host] = {"127.0.0.1", 1};
+        URLSession::configure(gone);
+        QCOMPARE(outcome(get(origin + "/x")), "CannotConnectToHost");
+        URLSession::configure(known);
+        QCOMPARE(outcome(get(origin + "/x")), "200 x");
+        useLimits(m_limits);
+    }
+
     void speaksNoHttp2()
     {
         m_server.reply("GET /x", "1");
@@ -361,6 +398,11 @@ private:
     void useLimits(NetworkLimits limits)
     {
         URLSessionThread::stop();
+        URLSession::configure(environmentOfServers(), std::move(limits));
+    }
+
+    NetworkEnvironment environmentOfServers() const
+    {
         NetworkEnvironment environment;
         for (const std::string& name : {host, std::string("other.example"), std::string("unnamed.example")}) {
             environment.connectTo[name] = {"127.0.0.1", m_server.port()};
@@ -368,7 +410,7 @@ private:
         environment.connectTo[strangeHost] = {"127.0.0.1", m_stranger.port()};
         environment.connectTo["refused.example"] = {"127.0.0.1", 1};
         environment.rootCertificateFiles = {TestEnvironment::certificateFile(QStringLiteral("ca.pem")).toStdString()};
-        URLSession::configure(std::move(environment), std::move(limits));
+        return environment;
     }
 
     struct Exchange {

@@ -1,9 +1,9 @@
 #include "base/Descriptors.h"
 #include "hosts/startup/CommandLine.h"
 #include "hosts/startup/DesktopProgram.h"
+#include "hosts/startup/ServiceAccess.h"
 #include "platform/appkit/NSHostingController.h"
 #include "platform/appkit/WindowAppearance.h"
-#include "platform/foundation/net/URLSession.h"
 #include "views/chat/ChatViewState.h"
 
 #include <QQuickItem>
@@ -27,7 +27,9 @@ constexpr auto help =
     "  --help     shows this text and ends\n"
     "  --version  shows the version and ends\n"
     "\n"
-    "QUILLMATE_CONNECT_TO=HOST=ADDRESS:PORT[,…] connects to the address in the host's place;\n"
+    "QUILLMATE_SERVICE=local starts an assistant service on this machine when it is first needed, remote\n"
+    "asks the host of the build; without it that of this machine is asked where the build has no host of\n"
+    "its own. QUILLMATE_CONNECT_TO=HOST=ADDRESS:PORT[,…] connects to the address in the host's place;\n"
     "QUILLMATE_CA_FILE=FILE names a PEM file with further roots to trust.\n";
 
 constexpr QSize leastSize(280, 240);
@@ -75,7 +77,7 @@ int main(int argc, char** argv)
     if (!program) {
         return complain(texts.name, program.error());
     }
-    URLSession::configure(program.value()->environment());
+    const ServiceAccess service(program.value()->service(), program.value()->environment());
     ChatWindow window;
     window.show();
     window.requestActivate();

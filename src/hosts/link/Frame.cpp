@@ -82,6 +82,7 @@ bool FrameWriter::write(std::string_view bytes) const
     if (bytes.size() > largestOutgoingFrame) {
         return false;
     }
+    const std::lock_guard lock(m_mutex);
     const auto length = static_cast<std::uint32_t>(bytes.size());
     return writeWhole(m_descriptor, {{reinterpret_cast<const char*>(&length), sizeof length}, bytes});
 }

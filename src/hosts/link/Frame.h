@@ -3,6 +3,7 @@
 #include "base/Result.h"
 
 #include <cstddef>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -44,7 +45,7 @@ private:
     int m_stopDescriptor;
 };
 
-/// Writes frames to a descriptor, each whole. Not for two threads at once.
+/// Writes frames to a descriptor, each whole. Any thread.
 class FrameWriter
 {
 public:
@@ -58,6 +59,7 @@ public:
 
 private:
     int m_descriptor;
+    mutable std::mutex m_mutex;
 };
 
 } // namespace quillmate

@@ -104,6 +104,11 @@ public:
         return answer("decodedMessage", m_request, {{"message", message ? base64(message->data) : JSONValue()}});
     }
 
+    std::string operator()(const ProgramVersion&) const
+    {
+        return answer("programVersion", m_request, {{"version", QUILLMATE_VERSION}});
+    }
+
 private:
     const JSONNumber& m_request;
     MEExtension& m_extension;
@@ -114,6 +119,13 @@ private:
 std::string answerTo(const LinkQuestion& question, MEExtension& extension)
 {
     return std::visit(Asking(question.request, extension), question.asked);
+}
+
+std::string writeStatus(const std::optional<std::string>& problem)
+{
+    const auto encoded = JSONEncoder::encode(JSONValue(JSONObject{
+        {"type", "status"}, {"serviceReachable", !problem.has_value()}, {"reason", problem.value_or(std::string())}}));
+    return encoded ? encoded.value() : R"({"type":"status","serviceReachable":false,"reason":""})";
 }
 
 std::string writeLinkError(const LinkError& error)

@@ -144,6 +144,11 @@ LinkFrame readContentRules(LinkFields& fields)
     return LinkQuestion{fields.number("request"), ContentRulesJSON{}};
 }
 
+LinkFrame readProgramVersion(LinkFields& fields)
+{
+    return LinkQuestion{fields.number("request"), ProgramVersion{}};
+}
+
 LinkFrame readDecodedMessage(LinkFields& fields)
 {
     return LinkQuestion{fields.number("request"), DecodedMessage{fields.bytes("data")}};
@@ -161,6 +166,7 @@ Reader readerFor(const std::string& type)
         {"getEncodingStatus", readQuestionOnMessage<GetEncodingStatus>},
         {"encodeMessage", readQuestionOnMessage<EncodeMessage>},
         {"decodedMessage", readDecodedMessage},
+        {"programVersion", readProgramVersion},
     };
     const auto found = readers.find(type);
     return found == readers.end() ? nullptr : found->second;

@@ -57,10 +57,16 @@ struct DecodedMessage {
     std::string data;
 };
 
+/// Which version this program is; the add-on was perhaps installed with another one.
+struct ProgramVersion {
+};
+
 struct LinkQuestion {
     /// To be echoed in the answer.
     JSONNumber request;
-    std::variant<DecideActionForMessage, ContentRulesJSON, GetEncodingStatus, EncodeMessage, DecodedMessage> asked;
+    std::variant<DecideActionForMessage, ContentRulesJSON, GetEncodingStatus, EncodeMessage, DecodedMessage,
+                 ProgramVersion>
+        asked;
 };
 
 using LinkFrame = std::variant<ComposeSessionDidBegin, ViewControllerForSession, ComposeSessionFrameDidChange,

@@ -39,6 +39,7 @@ void LinkPanels::show(const std::string& session, const MakeController& make, co
     });
     window->show();
     m_windows.emplace(session, std::move(window));
+    Q_EMIT shown();
 }
 
 void LinkPanels::follow(const std::string& session, const WindowFrame& compose)

@@ -35,6 +35,8 @@ public:
     void close(const std::string& session);
 
 Q_SIGNALS:
+    /// A panel has been made and is on the screen.
+    void shown();
     /// The user has closed the last window that was open.
     void lastClosedByUser();
 

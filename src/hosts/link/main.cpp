@@ -1,14 +1,16 @@
 #include "base/Descriptors.h"
 #include "extension/MailExtension.h"
 #include "hosts/link/Frame.h"
+#include "hosts/link/LinkAnswers.h"
 #include "hosts/link/LinkPanels.h"
 #include "hosts/link/LinkThread.h"
 #include "hosts/link/NativeHostManifest.h"
 #include "hosts/startup/CommandLine.h"
 #include "hosts/startup/DesktopProgram.h"
-#include "platform/foundation/net/URLSession.h"
+#include "hosts/startup/ServiceAccess.h"
 #include "platform/foundation/text/PrintQueue.h"
 #include "platform/foundation/text/print.h"
+#include "state/ServiceReachability.h"
 
 #include <array>
 #include <cstdio>
@@ -43,7 +45,9 @@ constexpr auto help =
     "  --help          shows this text and ends\n"
     "  --version       shows the version and ends\n"
     "\n"
-    "QUILLMATE_CONNECT_TO=HOST=ADDRESS:PORT[,…] connects to the address in the host's place;\n"
+    "QUILLMATE_SERVICE=local starts an assistant service on this machine when it is first needed, remote\n"
+    "asks the host of the build; without it that of this machine is asked where the build has no host of\n"
+    "its own. QUILLMATE_CONNECT_TO=HOST=ADDRESS:PORT[,…] connects to the address in the host's place;\n"
     "QUILLMATE_CA_FILE=FILE names a PEM file with further roots to trust.\n";
 
 /// Performs --install-host or --remove-host, which stand alone.
@@ -110,7 +114,7 @@ int main(int argc, char** argv)
     if (!program) {
         return complain(texts.name, program.error());
     }
-    URLSession::configure(program.value()->environment());
+    ServiceAccess service(program.value()->service(), program.value()->environment());
     // A panel also closes with its compose window, and then the link goes on.
     QGuiApplication::setQuitOnLastWindowClosed(false);
 
@@ -118,6 +122,10 @@ int main(int argc, char** argv)
     int status = 0;
     {
         LinkPanels panels;
+        // By the time somebody presses "Login" it is there.
+        QObject::connect(&panels, &LinkPanels::shown, &service, &ServiceAccess::prepare);
+        QObject::connect(&ServiceReachability::shared(), &ServiceReachability::changed, &panels,
+                         [&output] { output.write(writeStatus(ServiceReachability::shared().problem())); });
         // A mail application ends the process itself, and may ask for a closed panel again.
         if (line.words().empty()) {
             QObject::connect(&panels, &LinkPanels::lastClosedByUser, qGuiApp, &QGuiApplication::quit);

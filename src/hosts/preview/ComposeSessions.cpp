@@ -16,34 +16,15 @@ ComposeSessions::~ComposeSessions()
     m_queue.finish();
 }
 
-void ComposeSessions::allow()
-{
-    m_gate = Gate::Open;
-    beginNext();
-}
-
-void ComposeSessions::refuse(const QString& sentence)
-{
-    m_gate = Gate::Refused;
-    m_refusal = sentence;
-    for (const auto& window : std::exchange(m_waiting, {})) {
-        window->showPanelFailure(sentence);
-    }
-}
-
 void ComposeSessions::begin(const std::shared_ptr<ComposeWindowState>& window)
 {
-    if (m_gate == Gate::Refused) {
-        window->showPanelFailure(m_refusal);
-        return;
-    }
     m_waiting.push_back(window);
     beginNext();
 }
 
 void ComposeSessions::beginNext()
 {
-    if (m_gate != Gate::Open || m_beginning || m_waiting.empty()) {
+    if (m_beginning || m_waiting.empty()) {
         return;
     }
     const std::shared_ptr<ComposeWindowState> window = m_waiting.front();

@@ -29,16 +29,11 @@ public:
     /// Waits for what the extension is doing.
     ~ComposeSessions() override;
 
-    /// From here on sessions are begun, those that wait first.
-    void allow();
-    /// No session is begun any more; the windows without a panel show the sentence.
-    void refuse(const QString& sentence);
-
     void begin(const std::shared_ptr<ComposeWindowState>& window);
     /// Drops the window's panel and ends its session, if it was begun.
     void end(const std::shared_ptr<ComposeWindowState>& window);
 
-    /// Whether every open window has its panel or the sentence in its place.
+    /// Whether every open window has its panel.
     [[nodiscard]] bool isSettled() const { return !m_beginning && m_waiting.empty(); }
 
 private:
@@ -55,8 +50,6 @@ private:
     std::deque<std::shared_ptr<ComposeWindowState>> m_waiting;
     std::vector<Session> m_sessions;
     bool m_beginning = false;
-    enum class Gate { Closed, Open, Refused } m_gate = Gate::Closed;
-    QString m_refusal;
     WorkQueue m_queue; // Last: its work uses the members above.
 };
 

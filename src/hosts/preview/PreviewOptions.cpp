@@ -60,7 +60,7 @@ Result<PreviewOptions, std::string> PreviewOptions::from(const CommandLine& line
         if (*service != "local" && *service != "remote") {
             return Failure("--service " + inQuotes(*service) + " is unknown: give local or remote.");
         }
-        options.service = *service == "local" ? Service::Local : Service::Remote;
+        options.service = *service == "local" ? ServiceChoice::Local : ServiceChoice::Remote;
     }
     if (const auto reply = line.value(replyOption)) {
         options.reply = positiveNumber(*reply);

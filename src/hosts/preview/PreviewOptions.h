@@ -2,6 +2,7 @@
 
 #include "base/Result.h"
 #include "hosts/startup/CommandLine.h"
+#include "hosts/startup/ServiceChoice.h"
 
 #include <cstddef>
 #include <optional>
@@ -14,10 +15,8 @@ namespace quillmate
 
 /// What the command line asks of the preview Mail host.
 struct PreviewOptions {
-    enum class Service { Local, Remote };
-
     /// Unset when the command line leaves it to the surroundings.
-    std::optional<Service> service = std::nullopt;
+    std::optional<ServiceChoice> service = std::nullopt;
     std::optional<int> reply = std::nullopt; ///< number of the message to reply to at once, from 1
     bool newMessage = false;
     std::optional<std::string> screenshotFile = std::nullopt;

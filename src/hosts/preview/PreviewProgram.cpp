@@ -1,10 +1,8 @@
 #include "hosts/preview/PreviewProgram.h"
 
-#include "base/ApplicationFolders.h"
 #include "hosts/preview/ComposeWindowState.h"
 #include "hosts/preview/WindowPicture.h"
 #include "platform/appkit/ViewEngine.h"
-#include "platform/foundation/net/URLSession.h"
 #include "views/ViewsModule.h"
 
 #include <QGuiApplication>
@@ -43,9 +41,9 @@ std::unique_ptr<QQuickWindow> makeWindow(const QString& name, const QVariantMap&
 
 } // namespace
 
-PreviewProgram::PreviewProgram(PreviewOptions options, NetworkEnvironment environment, MEExtension& extension)
+PreviewProgram::PreviewProgram(PreviewOptions options, ServiceAccess& service, MEExtension& extension)
     : m_options(std::move(options))
-    , m_environment(std::move(environment))
+    , m_service(service)
     , m_reader(extension, [](const std::string& problem) { complain(programName, problem); })
     , m_sessions(extension)
     , m_mail(m_reader)
@@ -55,6 +53,8 @@ PreviewProgram::PreviewProgram(PreviewOptions options, NetworkEnvironment enviro
     QGuiApplication::setQuitOnLastWindowClosed(false);
     qGuiApp->installEventFilter(this);
     connect(qGuiApp, &QGuiApplication::lastWindowClosed, this, [this] { end(0); });
+    connect(&m_service, &ServiceAccess::failed, this,
+            [](const QString& sentence) { complain(programName, sentence.toStdString()); });
     connect(&m_mail, &MailWindowState::composeRequested, this, &PreviewProgram::openCompose);
 }
 
@@ -62,7 +62,7 @@ PreviewProgram::~PreviewProgram() = default;
 
 bool PreviewProgram::eventFilter(QObject* receiver, QEvent* event)
 {
-    // A termination signal or the end of the desktop session: the local service has to end first.
+    // A termination signal or the end of the desktop session: sessions have to end first.
     if (event->type() == QEvent::Quit) {
         end(0);
         return true;
@@ -75,7 +75,9 @@ void PreviewProgram::start()
     QMetaObject::invokeMethod(
         this,
         [this] {
-            startService();
+            if (!m_options.screenshotFile) {
+                m_service.prepare(); // By the time somebody presses "Login" it is there.
+            }
             QTimer::singleShot(readingNotice, this, [this] {
                 if (m_mail.isListing() && !m_ending && !m_options.screenshotFile) {
                     showMailWindow();
@@ -84,30 +86,6 @@ void PreviewProgram::start()
             m_reader.list(m_options.messages, [this](const auto& listing) { takeMessages(listing); });
         },
         Qt::QueuedConnection);
-}
-
-void PreviewProgram::startService()
-{
-    if (m_options.service == PreviewOptions::Service::Local) {
-        m_environment = withoutServiceRoutes(std::move(m_environment)); // The command line stands above it.
-    }
-    if (m_options.service == PreviewOptions::Service::Remote || routesAllServiceHosts(m_environment)) {
-        URLSession::configure(m_environment);
-        m_sessions.allow();
-        return;
-    }
-    const QString folder = QString::fromStdString((applicationDataFolder() / "service").string());
-    m_service = std::make_unique<LocalService>(
-        QCoreApplication::applicationDirPath() + QStringLiteral("/quillmate-service"), folder);
-    connect(m_service.get(), &LocalService::ready, this, [this] {
-        URLSession::configure(withServiceAt(m_environment, m_service->endpoint(), m_service->rootCertificateFile()));
-        m_sessions.allow();
-    });
-    connect(m_service.get(), &LocalService::failed, this, [this](const QString& sentence) {
-        complain(programName, sentence.toStdString());
-        m_sessions.refuse(sentence);
-    });
-    m_service->start();
 }
 
 void PreviewProgram::takeMessages(const MessageReader::Listing& listing)
@@ -230,12 +208,7 @@ void PreviewProgram::end(int status, const QString& failure)
     if (m_mailWindow) {
         m_mailWindow->hide();
     }
-    if (!m_service) {
-        QCoreApplication::exit(status);
-        return;
-    }
-    connect(m_service.get(), &LocalService::stopped, this, [status] { QCoreApplication::exit(status); });
-    m_service->stop();
+    QCoreApplication::exit(status);
 }
 
 } // namespace quillmate

@@ -1,10 +1,9 @@
 #pragma once
 
 #include "hosts/preview/ComposeSessions.h"
-#include "hosts/preview/LocalService.h"
 #include "hosts/preview/MailWindowState.h"
 #include "hosts/preview/PreviewOptions.h"
-#include "platform/foundation/net/NetworkEnvironment.h"
+#include "hosts/startup/ServiceAccess.h"
 #include "platform/mailkit/MEExtension.h"
 
 #include <QObject>
@@ -17,15 +16,15 @@ namespace quillmate
 
 class WindowPicture;
 
-/// The preview Mail host from its start to its end: reads the messages, opens the windows, keeps the local service.
+/// The preview Mail host from its start to its end: reads the messages, opens the windows.
 /// Lives within the application object; main thread only.
 class PreviewProgram : public QObject
 {
     Q_OBJECT
 
 public:
-    /// `extension` outlives this object.
-    PreviewProgram(PreviewOptions options, NetworkEnvironment environment, MEExtension& extension);
+    /// `service` and `extension` outlive this object.
+    PreviewProgram(PreviewOptions options, ServiceAccess& service, MEExtension& extension);
     ~PreviewProgram() override;
 
     /// Begins once the main loop runs. The program ends the loop with its exit status.
@@ -40,7 +39,6 @@ private:
         std::unique_ptr<QQuickWindow> window;
     };
 
-    void startService();
     void takeMessages(const MessageReader::Listing& listing);
     /// Opens the reply to that message once it has been read.
     void replyTo(int index);
@@ -52,11 +50,10 @@ private:
     void end(int status, const QString& failure = {});
 
     PreviewOptions m_options;
-    NetworkEnvironment m_environment;
+    ServiceAccess& m_service;
     MessageReader m_reader;
     ComposeSessions m_sessions;
     MailWindowState m_mail;
-    std::unique_ptr<LocalService> m_service;
     std::unique_ptr<QQuickWindow> m_mailWindow;
     std::vector<ComposeWindow> m_composeWindows;
     std::unique_ptr<WindowPicture> m_picture;

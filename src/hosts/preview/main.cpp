@@ -37,7 +37,9 @@ int main(int argc, char** argv)
     }
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Quillmate"));
     MailExtension extension;
-    PreviewProgram program(options.value(), desktop.value()->environment(), extension);
+    const ServiceChoice choice = options.value().service.value_or(desktop.value()->service());
+    ServiceAccess service(choice, desktop.value()->environment());
+    PreviewProgram program(options.value(), service, extension);
     program.start();
     return QGuiApplication::exec();
 }

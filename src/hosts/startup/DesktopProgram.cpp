@@ -5,6 +5,7 @@
 
 #include <QIcon>
 
+#include <cstdlib>
 #include <malloc.h>
 #include <utility>
 
@@ -37,6 +38,11 @@ Result<std::unique_ptr<DesktopProgram>, std::string> DesktopProgram::open(const 
     if (!environment) {
         return Failure(environment.error());
     }
+    const auto service = serviceChoice(std::getenv("QUILLMATE_SERVICE"), environment.value());
+    if (!service) {
+        return Failure(service.error());
+    }
+    program->m_service = service.value();
     program->m_environment = std::move(environment).value();
     QGuiApplication::setApplicationName(QString::fromLatin1(texts.name));
     QGuiApplication::setApplicationVersion(QStringLiteral(QUILLMATE_VERSION));

@@ -2,6 +2,7 @@
 
 #include "base/Result.h"
 #include "base/TerminationSignals.h"
+#include "hosts/startup/ServiceChoice.h"
 #include "platform/foundation/net/NetworkEnvironment.h"
 
 #include <QGuiApplication>
@@ -30,6 +31,8 @@ public:
     static void drawToMemory();
 
     [[nodiscard]] const NetworkEnvironment& environment() const { return m_environment; }
+    /// Whose service the environment says to ask.
+    [[nodiscard]] ServiceChoice service() const { return m_service; }
 
 private:
     explicit DesktopProgram(char** argv)
@@ -40,6 +43,7 @@ private:
     int m_noArguments = 1; // Ours are read already; Qt's own are given in its environment variables.
     QGuiApplication m_application;
     NetworkEnvironment m_environment;
+    ServiceChoice m_service = ServiceChoice::Remote;
     TerminationSignals m_signals;
 };
 

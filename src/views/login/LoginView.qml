@@ -95,6 +95,38 @@ Item {
                     backgroundColor: Theme.accent
                     onClicked: screen.viewState.loginButtonTapped()
                 }
+                // Its room is kept, so that the button stands still.
+                Item {
+                    Layout.fillWidth: true
+                    Layout.leftMargin: 20
+                    Layout.rightMargin: 20
+                    implicitHeight: Math.max(32, problem.implicitHeight)
+
+                    ActivityIndicator {
+                        anchors.centerIn: parent
+                        width: 24
+                        height: 24
+                        running: screen.viewState.progress.asking
+                    }
+                    Text {
+                        id: problem
+
+                        objectName: "problem"
+                        width: parent.width
+                        visible: text !== ""
+                        text: screen.viewState.progress.problem
+                        onTextChanged: if (text !== "")
+                            Announcer.alert(problem)
+                        textFormat: Text.PlainText
+                        Accessible.role: Accessible.StaticText
+                        Accessible.name: text
+                        color: Theme.primary
+                        font.pixelSize: Math.round(13 * Theme.textScale)
+                        lineHeight: 1.2
+                        wrapMode: Text.Wrap
+                        horizontalAlignment: Text.AlignHCenter
+                    }
+                }
             }
             Item {
                 Layout.fillHeight: true

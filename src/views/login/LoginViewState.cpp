@@ -10,16 +10,19 @@
 namespace quillmate
 {
 
-LoginViewState::LoginViewState(const RepliedMessage& message, std::function<void()> onLoginButtonTap)
+LoginViewState::LoginViewState(const RepliedMessage& message, std::function<void()> onLoginButtonTap,
+                               std::shared_ptr<LoginProgress> progress)
     : m_onLoginButtonTap(std::move(onLoginButtonTap))
+    , m_progress(std::move(progress))
     , m_customHeight(panelHeight(message))
 {
 }
 
-HostedView LoginViewState::makeView(const RepliedMessage& message, std::function<void()> onLoginButtonTap)
+HostedView LoginViewState::makeView(const RepliedMessage& message, std::function<void()> onLoginButtonTap,
+                                    std::shared_ptr<LoginProgress> progress)
 {
     return hostedViewOf(QStringLiteral("LoginView"),
-                        makeMainOwned<LoginViewState>(message, std::move(onLoginButtonTap)));
+                        makeMainOwned<LoginViewState>(message, std::move(onLoginButtonTap), std::move(progress)));
 }
 
 void LoginViewState::appeared()

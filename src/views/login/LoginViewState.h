@@ -1,5 +1,6 @@
 #pragma once
 
+#include "views/login/LoginProgress.h"
 #include "views/session/DeveloperMenuState.h"
 
 #include <functional>
@@ -21,16 +22,21 @@ class LoginViewState : public QObject
     QML_ELEMENT
     QML_UNCREATABLE("Made with its screen")
     Q_PROPERTY(quillmate::DeveloperMenuState* developerMenu READ developerMenu CONSTANT)
+    Q_PROPERTY(quillmate::LoginProgress* progress READ progress CONSTANT)
     /// The least height of the screen, in points.
     Q_PROPERTY(int customHeight READ customHeight CONSTANT)
 
 public:
-    LoginViewState(const RepliedMessage& message, std::function<void()> onLoginButtonTap);
+    LoginViewState(const RepliedMessage& message, std::function<void()> onLoginButtonTap,
+                   std::shared_ptr<LoginProgress> progress = std::make_shared<LoginProgress>());
 
-    /// The screen of a message's panel with a new state; pressing its button runs `onLoginButtonTap`.
-    static HostedView makeView(const RepliedMessage& message, std::function<void()> onLoginButtonTap);
+    /// The screen of a message's panel with a new state; pressing its button runs `onLoginButtonTap`, and `progress`
+    /// tells what comes of it.
+    static HostedView makeView(const RepliedMessage& message, std::function<void()> onLoginButtonTap,
+                               std::shared_ptr<LoginProgress> progress = std::make_shared<LoginProgress>());
 
     [[nodiscard]] DeveloperMenuState* developerMenu() { return &m_developerMenu; }
+    [[nodiscard]] LoginProgress* progress() { return m_progress.get(); }
     [[nodiscard]] int customHeight() const { return m_customHeight; }
 
     Q_INVOKABLE void loginButtonTapped() const { m_onLoginButtonTap(); }
@@ -40,6 +46,7 @@ public:
 
 private:
     const std::function<void()> m_onLoginButtonTap;
+    const std::shared_ptr<LoginProgress> m_progress;
     const int m_customHeight;
     bool m_hasAddedEventMonitor = false;
     DeveloperMenuState m_developerMenu;

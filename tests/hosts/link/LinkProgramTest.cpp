@@ -193,6 +193,9 @@ private Q_SLOTS:
                               {"request", 1},
                               {"decision", QJsonObject{{"action", "setBackgroundColor"}, {"color", 4}}}}));
         QVERIFY(process.nextFrame()["data"].toString().size() > 1000); // The program carries its rules.
+        process.send({{"type", "programVersion"}, {"request", 4}});
+        QCOMPARE(process.nextFrame(),
+                 (QJsonObject{{"type", "programVersion"}, {"request", 4}, {"version", builtVersion()}}));
         QCOMPARE(process.run().endInput(), 0);
         QCOMPARE(process.begunAndShown(), QStringList{noSubject});
         QVERIFY(!process.run().errors().contains("SESSSION FROM CONTENT EMAIL")); // A question says nothing.

@@ -82,9 +82,6 @@ private Q_SLOTS:
         }
         m_sessions->end(closedWhileWaiting);
         QVERIFY(!m_sessions->isSettled());
-        QCOMPARE(lines(), QStringList());
-
-        m_sessions->allow();
         QTRY_VERIFY(m_sessions->isSettled());
         QCOMPARE(lines(), QStringList({"begin first other", "panel first main", "begin new other", "panel new main"}));
         QCOMPARE(m_ids.size(), 2);
@@ -93,7 +90,6 @@ private Q_SLOTS:
 
     void closingLetsGoOfThePanel()
     {
-        m_sessions->allow();
         const auto window = replyTo("x");
         m_sessions->begin(window);
         QTRY_VERIFY(window->panel());
@@ -107,7 +103,6 @@ private Q_SLOTS:
 
     void closedWhileBeginning()
     {
-        m_sessions->allow();
         const auto window = replyTo("x");
         m_sessions->begin(window);
         m_sessions->end(window); // Its panel would be asked for in a later turn of the loop.
@@ -116,23 +111,9 @@ private Q_SLOTS:
         QVERIFY(!window->panel());
     }
 
-    void refusedShowsWhy()
-    {
-        const Window windows[] = {replyTo("x"), replyTo("y")};
-        m_sessions->begin(windows[0]);
-        m_sessions->refuse(u"No service."_qs);
-        m_sessions->begin(windows[1]);
-        QVERIFY(m_sessions->isSettled());
-        for (const Window& window : windows) {
-            QCOMPARE(window->panelFailure(), "No service.");
-        }
-        QCOMPARE(lines(), QStringList());
-    }
-
     void extensionWithoutPanel()
     {
         m_extension.hasPanel = false;
-        m_sessions->allow();
         const auto window = replyTo("x");
         m_sessions->begin(window);
         QTRY_VERIFY(m_sessions->isSettled());

@@ -60,6 +60,7 @@ class PreviewWindowsTest : public QObject
 
 private:
     MadeUpExtension m_extension;
+    ServiceAccess m_service{ServiceChoice::Remote, {}};
     std::unique_ptr<PreviewProgram> m_program;
     QQuickWindow* m_list = nullptr;
 
@@ -111,11 +112,11 @@ private Q_SLOTS:
             return color;
         };
         PreviewOptions options;
-        options.service = PreviewOptions::Service::Remote;
+        options.service = ServiceChoice::Remote;
         options.messages = {QUILLMATE_SAMPLES "/plain.eml", QUILLMATE_SAMPLES "/html-with-plain.eml",
                             QUILLMATE_SAMPLES "/newsletter.eml", QUILLMATE_SAMPLES "/arabic.eml",
                             QUILLMATE_SAMPLES "/long-thread.eml"};
-        m_program = std::make_unique<PreviewProgram>(options, NetworkEnvironment{}, m_extension);
+        m_program = std::make_unique<PreviewProgram>(options, m_service, m_extension);
         m_program->start();
         QTRY_VERIFY(m_list = visibleWindow(QStringLiteral("Preview Mail")));
         m_list->requestActivate();

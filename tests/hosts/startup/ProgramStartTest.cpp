@@ -29,6 +29,7 @@ private Q_SLOTS:
             {chat, {}, "QT_QPA_PLATFORM=bogus", 2, "QT_QPA_PLATFORM=\"bogus\""},
             {chat, {}, "QT_QPA_PLATFORM= DISPLAY=:987", 2, "check DISPLAY"},
             {chat, {}, "QUILLMATE_CONNECT_TO=nonsense", 2, "QUILLMATE_CONNECT_TO"},
+            {chat, {}, "QUILLMATE_SERVICE=lokal", 2, "QUILLMATE_SERVICE is \"lokal\""},
             {chat, {}, "QUILLMATE_CA_FILE=/nowhere.pem", 2, "QUILLMATE_CA_FILE"},
             // What mail applications and browsers add by themselves.
             {extension, {"/path/manifest.json", "quillmate@example"}, {}, 0, {}},

@@ -68,18 +68,23 @@ void removeHeader(URLRequest& request, std::string_view lowerCaseName)
 }
 
 URLManagers::URLManagers(NetworkEnvironment environment, NetworkLimits limits)
-    : m_environment(std::move(environment))
-    , m_limits(std::move(limits))
-    , m_security(QSslConfiguration::defaultConfiguration())
+    : m_limits(std::move(limits))
     , m_keptReplies(m_limits)
 {
+    setEnvironment(std::move(environment));
+    // Earlier versions kept replies there, some with a token.
+    QDir(QString::fromStdString(applicationCacheFolder().string())).removeRecursively();
+}
+
+void URLManagers::setEnvironment(NetworkEnvironment environment)
+{
+    m_environment = std::move(environment);
+    m_security = QSslConfiguration::defaultConfiguration();
     for (const std::string& file : m_environment.rootCertificateFiles) {
         if (!m_security.addCaCertificates(QString::fromLocal8Bit(file.c_str()), QSsl::Pem)) {
             print("No root certificate could be read from " + file + ".");
         }
     }
-    // Earlier versions kept replies there, some with a token.
-    QDir(QString::fromStdString(applicationCacheFolder().string())).removeRecursively();
 }
 
 URLManagers::~URLManagers()

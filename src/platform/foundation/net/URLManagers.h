@@ -24,6 +24,8 @@ public:
     /// What is under way ends without a completion.
     ~URLManagers() override;
 
+    /// Connections from now on are made as this says.
+    void setEnvironment(NetworkEnvironment environment);
     /// A manager for one exchange, and so a connection for it alone. What Qt 6.4 shares between exchanges it cannot be
     /// trusted with: it sends into connections whose TLS the server has ended and waits there, fails what waits for a
     /// connection when another one breaks, and hands the rest of one reply to the next request.
@@ -36,7 +38,7 @@ public:
     [[nodiscard]] KeptReplies& keptReplies() { return m_keptReplies; }
 
 private:
-    const NetworkEnvironment m_environment;
+    NetworkEnvironment m_environment;
     const NetworkLimits m_limits;
     QSslConfiguration m_security;
     KeptReplies m_keptReplies;

@@ -19,6 +19,16 @@ void URLSession::configure(NetworkEnvironment environment, NetworkLimits limits)
     URLSessionThread::configure(std::move(environment), std::move(limits));
 }
 
+void URLSession::configureWhenNeeded(std::function<void()> needed)
+{
+    URLSessionThread::configureWhenNeeded(std::move(needed));
+}
+
+void URLSession::refuse(const std::string& sentence)
+{
+    URLSessionThread::refuse(sentence);
+}
+
 std::shared_ptr<URLSessionDataTask> URLSession::dataTask(URLRequest request, DataTaskCompletion completion)
 {
     return std::make_shared<URLSessionDataTask>(std::move(request), std::move(completion));

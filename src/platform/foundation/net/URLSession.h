@@ -42,8 +42,14 @@ class URLSession
 public:
     static URLSession& shared();
 
-    /// To be called before the first transfer; without a call the network is the system's alone.
+    /// How connections are made from here on; without a call the network is the system's alone. Transfers that wait
+    /// for it begin. The limits are those of the first call before the first transfer.
     static void configure(NetworkEnvironment environment, NetworkLimits limits = {});
+    /// How connections are made is not known yet, or no longer: transfers wait until `configure` or `refuse`. `needed`
+    /// runs on the main thread when the first of them does.
+    static void configureWhenNeeded(std::function<void()> needed);
+    /// The transfers that wait fail, with the sentence; the next one asks `needed` again.
+    static void refuse(const std::string& sentence);
 
     /// Any thread.
     [[nodiscard]] std::shared_ptr<URLSessionDataTask> dataTask(URLRequest request, DataTaskCompletion completion);

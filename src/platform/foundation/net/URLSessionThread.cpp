@@ -3,6 +3,7 @@
 #include "base/CryptographyEnd.h"
 #include "platform/foundation/net/URLExchange.h"
 #include "platform/foundation/net/URLManagers.h"
+#include "platform/foundation/schedule/DispatchQueue.h"
 
 #include <QCoreApplication>
 #include <QThread>
@@ -14,7 +15,7 @@ namespace quillmate
 {
 
 std::mutex URLSessionThread::s_sharedMutex;
-NetworkEnvironment URLSessionThread::s_environment;
+URLSessionThread::Surroundings URLSessionThread::s_surroundings;
 NetworkLimits URLSessionThread::s_limits;
 std::unique_ptr<URLSessionThread> URLSessionThread::s_shared;
 
@@ -22,7 +23,7 @@ URLSessionThread& URLSessionThread::shared()
 {
     const std::lock_guard lock(s_sharedMutex);
     if (!s_shared) {
-        s_shared.reset(new URLSessionThread(s_environment, s_limits));
+        s_shared.reset(new URLSessionThread(s_surroundings, s_limits));
         // Network objects must not outlive the application object.
         qAddPostRoutine([] { URLSessionThread::stop(); });
     }
@@ -31,9 +32,39 @@ URLSessionThread& URLSessionThread::shared()
 
 void URLSessionThread::configure(NetworkEnvironment environment, NetworkLimits limits)
 {
+    {
+        const std::lock_guard lock(s_sharedMutex);
+        s_limits = std::move(limits);
+    }
+    change({std::move(environment)});
+}
+
+void URLSessionThread::configureWhenNeeded(std::function<void()> needed)
+{
+    change({std::nullopt, std::move(needed)});
+}
+
+void URLSessionThread::change(Surroundings surroundings)
+{
     const std::lock_guard lock(s_sharedMutex);
-    s_environment = std::move(environment);
-    s_limits = std::move(limits);
+    s_surroundings = surroundings;
+    if (s_shared) {
+        s_shared->perform([thread = s_shared.get(), surroundings = std::move(surroundings)]() mutable {
+            thread->take(std::move(surroundings));
+        });
+    }
+}
+
+void URLSessionThread::refuse(const std::string& sentence)
+{
+    const std::lock_guard lock(s_sharedMutex);
+    if (s_shared) {
+        s_shared->perform([thread = s_shared.get(), sentence] {
+            for (Transfer& refused : std::exchange(thread->m_transfers, {})) {
+                refused.completion(std::nullopt, std::nullopt, URLError{URLError::Kind::CannotConnectToHost, sentence});
+            }
+        });
+    }
 }
 
 void URLSessionThread::stop()
@@ -43,8 +74,8 @@ void URLSessionThread::stop()
     ended.swap(s_shared);
 }
 
-URLSessionThread::URLSessionThread(NetworkEnvironment environment, NetworkLimits limits)
-    : m_environment(std::move(environment))
+URLSessionThread::URLSessionThread(Surroundings surroundings, NetworkLimits limits)
+    : m_surroundings(std::move(surroundings))
     , m_limits(std::move(limits))
     , m_thread(std::make_unique<QThread>())
 {
@@ -94,16 +125,39 @@ void URLSessionThread::runWaiting()
 URLManagers& URLSessionThread::managers()
 {
     if (!m_managers) {
-        m_managers = std::make_unique<URLManagers>(m_environment, m_limits);
+        m_managers = std::make_unique<URLManagers>(m_surroundings.environment.value_or(NetworkEnvironment()), m_limits);
     }
     return *m_managers;
 }
 
 void URLSessionThread::send(URLRequest request, DataTaskCompletion completion)
 {
-    perform([this, request = std::move(request), completion = std::move(completion)]() mutable {
-        URLExchange::begin(managers(), std::move(request), std::move(completion));
+    perform([this, transfer = Transfer{std::move(request), std::move(completion)}]() mutable {
+        begin(std::move(transfer));
     });
+}
+
+void URLSessionThread::begin(Transfer transfer)
+{
+    if (m_surroundings.environment) {
+        URLExchange::begin(managers(), std::move(transfer.request), std::move(transfer.completion));
+        return;
+    }
+    m_transfers.push_back(std::move(transfer));
+    if (m_transfers.size() == 1) {
+        DispatchQueue::main().async(m_surroundings.needed);
+    }
+}
+
+void URLSessionThread::take(Surroundings surroundings)
+{
+    m_surroundings = std::move(surroundings);
+    if (m_surroundings.environment && m_managers) {
+        m_managers->setEnvironment(*m_surroundings.environment);
+    }
+    for (Transfer& waiting : std::exchange(m_transfers, {})) {
+        begin(std::move(waiting));
+    }
 }
 
 void URLSessionThread::clearCache()

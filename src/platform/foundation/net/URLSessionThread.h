@@ -8,6 +8,8 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
+#include <string>
 
 #include <QObject>
 
@@ -27,7 +29,10 @@ public:
     static URLSessionThread& shared();
     ~URLSessionThread() override;
 
+    // As URLSession's functions of these names.
     static void configure(NetworkEnvironment environment, NetworkLimits limits);
+    static void configureWhenNeeded(std::function<void()> needed);
+    static void refuse(const std::string& sentence);
     /// Main thread: ends the thread with its connections; what is under way ends without a completion. The next
     /// transfer begins anew. Done by itself when the application object goes.
     static void stop();
@@ -39,16 +44,31 @@ public:
     void perform(Work work);
 
 private:
-    URLSessionThread(NetworkEnvironment environment, NetworkLimits limits);
+    /// How connections are made, or who finds it out.
+    struct Surroundings {
+        std::optional<NetworkEnvironment> environment = NetworkEnvironment();
+        std::function<void()> needed = {};
+    };
+    struct Transfer {
+        URLRequest request;
+        DataTaskCompletion completion;
+    };
+
+    URLSessionThread(Surroundings surroundings, NetworkLimits limits);
+    static void change(Surroundings surroundings);
     void runWaiting();
+    // On the thread.
     URLManagers& managers();
+    void take(Surroundings surroundings);
+    void begin(Transfer transfer);
 
     static std::mutex s_sharedMutex;
-    static NetworkEnvironment s_environment;
+    static Surroundings s_surroundings;
     static NetworkLimits s_limits;
     static std::unique_ptr<URLSessionThread> s_shared;
 
-    const NetworkEnvironment m_environment;
+    Surroundings m_surroundings;      // Used on the thread.
+    std::deque<Transfer> m_transfers; // Those that wait for the surroundings; used on the thread.
     const NetworkLimits m_limits;
     std::mutex m_mutex;
     std::deque<Work> m_waiting;

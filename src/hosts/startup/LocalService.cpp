@@ -1,4 +1,4 @@
-#include "hosts/preview/LocalService.h"
+#include "hosts/startup/LocalService.h"
 
 #include "base/AsciiText.h"
 #include "state/APIManager.h"
@@ -20,7 +20,7 @@ using namespace std::chrono_literals;
 
 // The first start makes keys and certificates, which takes seconds on a slow machine.
 constexpr auto startPatience = 30s;
-constexpr auto stopPatience = 3s;
+constexpr int stopPatience = 2000; // Milliseconds; a mail application that ends waits as long for its programs.
 
 const auto listeningPrefix = QByteArrayLiteral("quillmate-service listening on ");
 
@@ -78,8 +78,11 @@ LocalService::~LocalService()
 {
     m_process.disconnect(this);
     if (m_process.state() != QProcess::NotRunning) {
-        m_process.kill(); // Reached only when the program is torn down without stop().
-        m_process.waitForFinished(1000);
+        m_process.terminate();
+        if (!m_process.waitForFinished(stopPatience)) {
+            m_process.kill();
+            m_process.waitForFinished(1000);
+        }
     }
 }
 
@@ -90,21 +93,13 @@ std::string LocalService::rootCertificateFile() const
 
 void LocalService::start()
 {
+    if (m_stage == Stage::Starting || m_stage == Stage::Ready) {
+        return;
+    }
+    m_output.clear();
     m_stage = Stage::Starting;
     m_patience.start(startPatience);
     m_process.start(QIODevice::ReadOnly);
-}
-
-void LocalService::stop()
-{
-    if (m_process.state() == QProcess::NotRunning) {
-        m_stage = Stage::Stopped;
-        QMetaObject::invokeMethod(this, &LocalService::stopped, Qt::QueuedConnection);
-        return;
-    }
-    m_stage = Stage::Stopping;
-    m_process.terminate();
-    m_patience.start(stopPatience);
 }
 
 void LocalService::readOutput()
@@ -132,10 +127,7 @@ void LocalService::readOutput()
 void LocalService::processEnded()
 {
     m_patience.stop();
-    if (m_stage == Stage::Stopping) {
-        m_stage = Stage::Stopped;
-        Q_EMIT stopped();
-    } else if (m_stage == Stage::Starting || m_stage == Stage::Ready) {
+    if (m_stage == Stage::Starting || m_stage == Stage::Ready) {
         fail(m_stage == Stage::Starting ? QStringLiteral("it ended before it was ready")
                                         : QStringLiteral("it ended unexpectedly"));
     }
@@ -146,17 +138,9 @@ void LocalService::fail(const QString& reason)
     m_patience.stop();
     m_stage = Stage::Failed;
     Q_EMIT failed(
-        QStringLiteral("The assistant service on this machine is not available: %1. Close this window and start "
-                       "quillmate again, or use --service remote.")
+        QStringLiteral("The assistant service on this machine is not available: %1. Try it once more; if that does "
+                       "not help, install Quillmate again.")
             .arg(reason));
-}
-
-bool routesAllServiceHosts(const NetworkEnvironment& environment)
-{
-    const auto& services = serviceEnvironments();
-    return std::all_of(services.begin(), services.end(), [&environment](const ServiceEnvironment& service) {
-        return environment.connectTo.contains(hostOf(service));
-    });
 }
 
 NetworkEnvironment withoutServiceRoutes(NetworkEnvironment environment)
