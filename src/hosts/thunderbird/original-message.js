@@ -1,5 +1,7 @@
 // What the process is told of the message that a compose window answers or forwards.
 
+import { readableSource } from "./readable-source.js";
+
 // A frame may have 256 MiB; base64 makes four bytes of three, and the rest of the frame wants some room.
 const largestSource = 180 * 1024 * 1024;
 const carriageReturn = 13;
@@ -46,7 +48,8 @@ async function headersOf(id) {
   }
 }
 
-// The source in base64; null when Thunderbird cannot have it, as for a message on a server that is out of reach.
+// The source in base64; null when Thunderbird cannot have it, as for a message on a server that is out of reach, and when
+// there is nothing in it to read without a key.
 async function source(id) {
   try {
     const file = await browser.messages.getRaw(id, { data_format: "File" });
@@ -54,7 +57,8 @@ async function source(id) {
       console.error(`Quillmate leaves out a message of ${file.size} bytes, which is too large for its program.`);
       return null;
     }
-    return await base64(await withBareLineFeeds(file));
+    const readable = readableSource(withBareLineFeeds(new Uint8Array(await file.arrayBuffer())));
+    return readable && (await base64(new Blob([readable])));
   } catch (error) {
     console.error("Quillmate could not read the message:", error);
     return null;
@@ -62,10 +66,9 @@ async function source(id) {
 }
 
 // Sources come with the line ends of the account they are from; the process wants those of a message store.
-async function withBareLineFeeds(file) {
-  const bytes = new Uint8Array(await file.arrayBuffer());
+function withBareLineFeeds(bytes) {
   if (!bytes.includes(carriageReturn)) {
-    return file;
+    return bytes;
   }
   const kept = new Uint8Array(bytes.length);
   let length = 0;
@@ -74,7 +77,7 @@ async function withBareLineFeeds(file) {
       kept[length++] = bytes[i];
     }
   }
-  return new Blob([kept.subarray(0, length)]);
+  return kept.subarray(0, length);
 }
 
 function base64(blob) {

@@ -125,6 +125,73 @@ test("the message as the process wants it", async (context) => {
   }
 });
 
+test("the source in a form that can be read", async (context) => {
+  const readable = "Content-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: 8bit\n";
+  const encoded = (type, encoding, body) =>
+    (type && `Content-Type: ${type}\n`) + (encoding && `Content-Transfer-Encoding: ${encoding}\n`) + `\n${body}`;
+  const quoted = (body) => encoded("text/plain; charset=utf-8", "quoted-printable", body);
+  const parts = (type, ...bodies) => `Content-Type: ${type}; boundary="b c"\n\n` + bodies.map((body) => `--b c\n${body}\n`).join("") + "--b c--\n";
+  const pgp = "-----BEGIN PGP MESSAGE-----\n\nhQ==\n-----END PGP MESSAGE-----\n";
+  const key = Symbol("needs a key");
+  const same = Symbol("not changed");
+  const rows = [
+    ["quoted-printable", quoted("Gr=C3=BC=c3=9Fe, n=\numbers, b= \t\nreak, a=3Db, snake_case\n"), `${readable}\nGrüße, numbers, break, a=b, snake_case\n`],
+    ["broken quoted-printable", quoted("50 = 5=0X =C3=A4 =\n\n="), `${readable}\n50 = 5=0X ä \n`],
+    ["base64 in lines, with a list's footer", encoded("text/plain; charset=utf-8", "BASE64", "R3LD\nvMOf*\r\nZQ0KeA0K\nZQ==\n____\nfooter"), `${readable}\nGrüße\nx\ne`],
+    ["a byte order mark", quoted("=EF=BB=BFa"), `${readable}\na`],
+    ["ISO-8859-1", encoded("text/plain; charset=ISO-8859-1", "8bit", "Gr\xfc\xdfe"), `${readable}\nGrüße`],
+    ["windows-1250", encoded("text/plain; charset=windows-1250", "quoted-printable", "=80 =F8"), `${readable}\n€ ř`],
+    ["ISO-2022-JP", encoded("text/plain; charset=ISO-2022-JP", "7bit", "\x1b$B8+@Q\x1b(B"), `${readable}\n見積`],
+    ["GB18030", encoded("text/plain; charset=GB18030", "base64", "xOO6ww=="), `${readable}\n你好`],
+    ["Microsoft's name for a charset", encoded("text/plain; charset=cp932", "base64", "jKk="), `${readable}\n見`],
+    ["an unknown charset", encoded("text/plain; charset=x-own", "base64", "w7w="), `${readable}\nü`],
+    ["neither type nor charset", encoded("", "quoted-printable", "=FC"), "Content-Transfer-Encoding: 8bit\nContent-Type: text/plain; charset=utf-8\n\nü"],
+    ["nothing said of bytes", "Subject: a\n\n\xc3\xbc", `Subject: a\n${readable}\nü`],
+    ["a type without charset", encoded("text/html", "base64", "PGI+"), `${readable.replace("plain", "html")}\n<b>`],
+    ["no valid type", encoded("text", "base64", "YQ=="), `${readable}\na`],
+    [
+      "the rest of the header, byte by byte",
+      'X-A: \xfc\n  folded\ncontent-type: text/plain;\n\tCHARSET="iso-8859-1";\n\tformat=flowed; x="a;charset=b"\nX-B:\nContent-Transfer-Encoding:\n quoted-printable\nSubject: a\n\n=FC',
+      Buffer.from("X-A: \xfc\n  folded\ncontent-type: text/plain;\n\tCHARSET=utf-8;\n\tformat=flowed; x=\"a;charset=b\"\nX-B:\nContent-Transfer-Encoding: 8bit\nSubject: a\n\n\xc3\xbc", "latin1"),
+    ],
+    ["line ends of the network", quoted("a=\nb\nc").replaceAll("\n", "\r\n"), `${readable}\nab\nc`],
+    ["readable as it is", encoded("text/plain; charset=utf-8", "8bit", "\xc3\xbc =41"), same],
+    ["ASCII", encoded("text/plain; charset=us-ascii", "7bit", "a"), same],
+    ["an encoding nobody knows", encoded("text/plain; charset=iso-8859-1", "x-uuencode", "a"), same],
+    ["a picture", encoded("image/png", "base64", "YQ=="), same],
+    ["several parts", parts("multipart/mixed", encoded("text/plain", "base64", "YQ==")), same],
+    ["a signed message", parts("multipart/signed", encoded("text/plain", "", "a"), encoded("application/pgp-signature", "", "b")), same],
+    ["a signed text", encoded("text/plain", "", "-----BEGIN PGP SIGNED MESSAGE-----\n"), same],
+    ["a text about encryption", encoded("text/plain", "", `See:\n${pgp}`), same],
+    ["no end of the header", "Content-Type: multipart/encrypted", same],
+    ["PGP/MIME", parts("Multipart/Encrypted; protocol=\"application/pgp-encrypted\"", "a"), key],
+    ["S/MIME", encoded("application/pkcs7-mime; smime-type=enveloped-data; name=smime.p7m", "base64", "YQ=="), key],
+    ["S/MIME of old, signed", encoded("application/x-pkcs7-mime;\n smime-type=signed-data", "base64", "YQ=="), key],
+    ["S/MIME by its name", encoded('application/octet-stream; name="smime.p7m"', "base64", "YQ=="), key],
+    ["PGP in a text", encoded("text/plain", "", `\n \n${pgp}`), key],
+    ["PGP in an encoded text", encoded("text/plain", "base64", Buffer.from(pgp).toString("base64")), key],
+    ["encrypted, from a list", parts("multipart/mixed", "Content-Type: multipart/encrypted; boundary=x\n\n--x--", "\nfooter"), key],
+    ["taken apart by a server", parts("multipart/mixed", encoded("text/plain", "", ""), encoded("application/pgp-encrypted", "", "Version: 1")), key],
+    ["PGP in a text with attachments", parts("multipart/mixed", encoded("text/plain", "", pgp), "\nx"), key],
+  ];
+  for (const [name, source, wanted] of rows) {
+    await context.test(name, async () => {
+      const bytes = Buffer.from(source, "latin1");
+      browser.messagesById.set(7, { author: "Ana <ana@a.example>", subject: "a", headers: {}, source: new Blob([bytes]) });
+      const told = await originalMessage({ type: "reply", relatedMessageId: 7 });
+      if (wanted === key) {
+        assert.equal(told.rawData, null);
+        assert.equal(told.fromAddress.addressString, "ana@a.example");
+        return;
+      }
+      assert.equal(
+        Buffer.from(told.rawData, "base64").toString("latin1"),
+        (wanted === same ? bytes : Buffer.from(wanted)).toString("latin1"),
+      );
+    });
+  }
+});
+
 test("a session is told and shown in one go, and ended", async () => {
   const { sessions } = startedProgram();
   const [port] = browser.ports;
