@@ -3,34 +3,57 @@
 import { ComposeSessions } from "./compose-sessions.js";
 import { Explanation } from "./explanation.js";
 import { colourNewMail } from "./new-mail.js";
+import { panelOpensOnButton } from "./options.js";
 import { Program } from "./program.js";
+import { Status } from "./status.js";
 
 const explanation = new Explanation();
 const program = new Program("quillmate");
 const sessions = new ComposeSessions(program);
+const status = new Status();
 
-program.onStarted = () => sessions.beginAll();
-program.onAlive = () => explanation.forget();
+sessions.beginsByItself = async () => !(await panelOpensOnButton());
+program.onStarted = () => {
+  status.programStarted();
+  sessions.beginAll();
+};
+program.onAlive = () => {
+  status.programAnswered();
+  explanation.forget();
+};
+program.onStatus = (frame) => status.told(frame);
+program.onError = (text) => status.failed(text);
 program.onEnded = (reason, hopeless) => {
+  status.programEnded(reason);
   sessions.programEnded();
   explanation.programEnded(reason, hopeless);
 };
+status.onOutage = () => explanation.serviceUnreachable();
 
-browser.tabs.onCreated.addListener((tab) => {
+browser.tabs.onCreated.addListener(async (tab) => {
   if (tab.type === "messageCompose") {
     program.start();
-    sessions.begin(tab);
+    if (await sessions.beginsByItself()) {
+      sessions.begin(tab);
+    }
   }
 });
 browser.tabs.onRemoved.addListener((tabId) => sessions.end(tabId));
 browser.alarms.onAlarm.addListener((alarm) => program.alarmRang(alarm.name));
 browser.messages.onNewMailReceived.addListener((folder, list) => colourNewMail(program, list));
 browser.composeAction.onClicked.addListener((tab) => {
-  // Where nothing is wrong the panel comes by itself, as soon as the message has been read.
-  if (!sessions.show(tab.id) && !program.alive) {
+  if (status.unreachable) {
+    explanation.serviceUnreachable({ wanted: true });
+  }
+  if (sessions.show(tab.id)) {
+    return;
+  }
+  if (!program.alive) {
     explanation.wanted();
     program.start();
   }
+  // Where it has begun, the panel comes by itself as soon as the message has been read.
+  sessions.begin(tab);
 });
 
 program.startUnlessPausing();

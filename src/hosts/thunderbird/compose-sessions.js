@@ -8,6 +8,9 @@ export class ComposeSessions {
   #sessions = new Map(); // by tab
   #nextNumber = 1;
 
+  // Whether a compose window has its session without being asked.
+  beginsByItself = async () => true;
+
   constructor(program) {
     this.#program = program;
   }
@@ -29,10 +32,13 @@ export class ComposeSessions {
     }
   }
 
-  // Begins the sessions of all compose windows there are: the process knows none yet.
+  // Begins the sessions of all compose windows that have one or need none to be asked for: the process knows none yet.
   async beginAll() {
     for (const [tabId, session] of this.#sessions) {
       this.#hand(tabId, session);
+    }
+    if (!(await this.beginsByItself())) {
+      return;
     }
     for (const tab of await browser.tabs.query({ type: "messageCompose" })) {
       this.begin(tab);

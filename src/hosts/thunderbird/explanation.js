@@ -1,4 +1,5 @@
-// Tells the user when the program is not there: once by itself, and again whenever the button is pressed in vain.
+// Tells the user when the program is not there or its service cannot be reached: once by itself, and again whenever the
+// button is pressed in vain.
 
 const toldKey = "toldThatTheProgramIsMissing";
 
@@ -43,6 +44,17 @@ export class Explanation {
   forget() {
     this.#wanted = false;
     browser.storage.local.remove(toldKey);
+  }
+
+  // Told once per outage, and whenever the user wants to know. By itself the page does not take the keyboard from a window
+  // in which the user may be typing.
+  async serviceUnreachable({ wanted = false } = {}) {
+    try {
+      const tab = await this.#show("unreachable");
+      await browser.windows.update(tab.windowId, wanted ? { focused: true } : { drawAttention: true });
+    } catch (error) {
+      console.error("Quillmate could not show why its service cannot be reached:", error);
+    }
   }
 
   // Opens the page, or brings its tab to the front of its window, and gives the tab.

@@ -22,6 +22,10 @@ export class Program {
   onStarted = () => {};
   // The process has answered: it is there and works.
   onAlive = () => {};
+  // A frame about the program itself and its service.
+  onStatus = () => {};
+  // The process could not do something, and says what.
+  onError = () => {};
   // The process has ended or could not be started. The reason is Thunderbird's own text, empty when there is none;
   // hopeless: it has been tried several times and has not answered once.
   onEnded = (reason, hopeless) => {};
@@ -111,6 +115,9 @@ export class Program {
     }
     if (frame.type === "error") {
       console.error(`quillmate-extension: ${frame.message}`);
+      this.onError(frame.message);
+    } else if (frame.type === "status") {
+      this.onStatus(frame);
     }
   }
 

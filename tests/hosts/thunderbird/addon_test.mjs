@@ -1,7 +1,7 @@
 // The add-on's parts against a made-up Thunderbird. The first argument is the folder of the add-on.
 
 import assert from "node:assert/strict";
-import { cpSync, mkdtempSync, rmSync, writeFileSync } from "node:fs";
+import { cpSync, mkdtempSync, readFileSync, readdirSync, rmSync, writeFileSync } from "node:fs";
 import { tmpdir } from "node:os";
 import { join } from "node:path";
 import { after, beforeEach, test } from "node:test";
@@ -17,6 +17,7 @@ const { Program } = await import(join(folder, "program.js"));
 const { ComposeSessions } = await import(join(folder, "compose-sessions.js"));
 const { originalMessage } = await import(join(folder, "original-message.js"));
 const { colourNewMail } = await import(join(folder, "new-mail.js"));
+const { readStatus } = await import(join(folder, "status.js"));
 
 const realNow = Date.now;
 const realError = console.error;
@@ -38,6 +39,14 @@ function startedProgram() {
   program.onEnded = () => sessions.programEnded();
   program.start();
   return { program, sessions };
+}
+
+// The whole add-on as Thunderbird loads it, with its process.
+let loads = 0;
+async function loadedAddOn() {
+  await import(`${join(folder, "background.js")}?${++loads}`);
+  await settle();
+  return browser.ports.at(-1);
 }
 
 test("pauses grow up to a bound, and start anew after a process that has lived", () => {
@@ -303,4 +312,112 @@ test("questions outlive neither their process nor a pause", async () => {
   assert.equal(browser.ports.length, 1); // It is started for a question.
   browser.ports[0].end();
   assert.equal(await waiting, null);
+});
+
+test("an outage of the service is told once, and at the button", async () => {
+  const port = await loadedAddOn();
+  browser.details.set(1, { type: "new" });
+  browser.tabs.onCreated.fire({ id: 1, windowId: 1, type: "messageCompose" });
+  const status = (frame) => () => port.onMessage.fire({ type: "status", ...frame });
+  const press = () => browser.composeAction.onClicked.fire({ id: 1 });
+  const page = "explanation.html?unreachable";
+  const rows = [
+    ["nothing said of the service", status({ version: "1.2.3" }), "", [], ""],
+    ["reachable from the start", status({ serviceReachable: true }), "", [], ""],
+    ["an outage", status({ serviceReachable: false, reason: "<b>refused</b>" }), "!", [page], "<b>refused</b>"],
+    ["another reason", status({ serviceReachable: false, reason: "timed\nout" }), "!", [], "timed out"],
+    ["nothing new said", status({}), "!", [], "timed out"],
+    ["the button", press, "!", [`!${page}`], "timed out"],
+    ["its end", status({ serviceReachable: true }), "", [], ""],
+    ["the button again", press, "", [], ""],
+    ["the next outage", status({ serviceReachable: false }), "!", [page], ""],
+    ["the program's end", () => port.end("gone"), "", [], ""],
+  ];
+  await settle();
+  for (const [name, happens, badge, pages, reason] of rows) {
+    browser.pagesShown = [];
+    happens();
+    await settle();
+    const { reason: kept } = await readStatus();
+    const title = `the text ${badge ? "titleUnreachable" : "showPanel"}`;
+    assert.deepEqual([browser.badge, browser.title, browser.pagesShown, kept], [badge, title, pages, reason], name);
+  }
+  assert.equal(port.sessions.filter((frame) => frame.startsWith("viewController")).length, 3); // The panel too, each time.
+});
+
+test("the panel waits for the button where the user wants that", async () => {
+  await browser.storage.local.set({ panelOpensOnTheButton: true });
+  browser.details = new Map([[1, { type: "new" }], [2, { type: "new" }]]);
+  const first = await loadedAddOn();
+  const open = (id) => browser.tabs.onCreated.fire({ id, windowId: id, type: "messageCompose" });
+  const begun = (port) => port.sessions.filter((frame) => frame.startsWith("composeSessionDidBegin")).length;
+  open(1);
+  open(2);
+  await settle();
+  assert.deepEqual(first.sessions, []);
+  browser.composeAction.onClicked.fire({ id: 2, windowId: 2 });
+  await settle();
+  assert.equal(begun(first), 1);
+  first.end(); // Its panel comes again with the next process, and no other.
+  browser.alarms.onAlarm.fire({ name: browser.alarm });
+  await settle();
+  assert.equal(begun(browser.ports.at(-1)), 1);
+  await browser.storage.local.set({ panelOpensOnTheButton: false });
+  open(1);
+  await settle();
+  assert.equal(begun(browser.ports.at(-1)), 2);
+});
+
+test("the latest events are kept, short and without what must not be passed on", async () => {
+  const port = await loadedAddOn();
+  port.onMessage.fire({ type: "status", version: "1.2.3" });
+  const token = "0123456789abcdefABCDEF0123456789_-";
+  for (const message of ["first", `refused: Bearer ab.c ${token}`, "word ".repeat(90), null]) {
+    port.onMessage.fire({ type: "error", message });
+  }
+  await settle();
+  await settle();
+  assert.deepEqual([(await readStatus()).version, (await readStatus()).running], ["1.2.3", true]);
+  const texts = (await readStatus()).events.map((event) => event.text);
+  assert.deepEqual([texts[0], texts[2], texts[3]], ["error: null", "error: refused: Bearer … …", "error: first"]);
+  assert.equal(texts[1].length, 200);
+  for (let times = 0; times < 30; ++times) {
+    port.onMessage.fire({ type: "error", message: times });
+    await settle();
+  }
+  port.end();
+  await settle();
+  const { events, version, running } = await readStatus();
+  assert.deepEqual([events.length, events[0].text, version, running], [20, "program ended: no reason given", null, false]);
+});
+
+test("every language has every text, and every text is there", () => {
+  const read = (...path) => readFileSync(join(folder, ...path), "utf8");
+  const texts = (locale) => JSON.parse(read("_locales", locale, "messages.json"));
+  const placeholdersIn = ({ message, placeholders = {} }) => {
+    const used = (message.match(/\$\w+\$/gu) ?? []).map((name) => name.slice(1, -1).toLowerCase());
+    assert.deepEqual(used.sort(), Object.keys(placeholders).sort(), message);
+    return placeholders;
+  };
+  const english = texts("en");
+  assert.deepEqual(readdirSync(join(folder, "_locales")).sort(), ["ar", "de", "en", "es", "fr", "ja"]);
+  for (const locale of readdirSync(join(folder, "_locales"))) {
+    const found = texts(locale);
+    assert.deepEqual(Object.keys(found).sort(), Object.keys(english).sort(), locale);
+    for (const [key, text] of Object.entries(found)) {
+      assert.deepEqual(placeholdersIn(text), placeholdersIn(english[key]), `${locale} ${key}`);
+      assert(text.message.trim(), `${locale} ${key}`);
+    }
+    assert.equal(found.language.message, locale);
+  }
+  const wanted = new Set();
+  for (const file of readdirSync(folder).filter((name) => /\.(?:js|html|json)$/u.test(name))) {
+    for (const [, key] of read(file).matchAll(/(?:__MSG_|data-message=")(\w+?)(?:__|")/gu)) {
+      wanted.add(key);
+    }
+    for (const [, values] of read(file).matchAll(/essage\(([^()]*)\)/gu)) {
+      [...values.matchAll(/"(\w+)"/gu)].forEach(([, key]) => wanted.add(key));
+    }
+  }
+  assert.deepEqual([...wanted].sort(), Object.keys(english).sort());
 });

@@ -65,6 +65,26 @@ export async function letTimePass() {
   await settle();
 }
 
+// One of the areas of the storage, on its way through JSON as in Thunderbird.
+function storageArea() {
+  const kept = {};
+  const onChanged = new Event();
+  return {
+    kept,
+    onChanged,
+    get: async (key) => (key in kept ? { [key]: JSON.parse(kept[key]) } : {}),
+    async set(values) {
+      for (const [key, value] of Object.entries(values)) {
+        kept[key] = JSON.stringify(value);
+        onChanged.fire({ [key]: { newValue: value } });
+      }
+    },
+    async remove(key) {
+      delete kept[key];
+    },
+  };
+}
+
 export function fakeBrowser() {
   return {
     timers: [],
@@ -76,14 +96,27 @@ export function fakeBrowser() {
     pages: [],
     details: new Map(), // by tab; a promise holds the add-on up
     window: {}, // what is different about every window
+    badge: "",
+    title: null,
+    pagesShown: [], // their addresses, a "!" before one whose window was brought to the front
 
+    i18n: { getMessage: (key) => `the text ${key}` },
+    storage: { local: storageArea(), session: storageArea() },
+    composeAction: {
+      onClicked: new Event(),
+      setBadgeText: ({ text }) => (browser.badge = text),
+      setBadgeBackgroundColor() {},
+      setTitle: ({ title }) => (browser.title = title),
+    },
     runtime: {
+      getURL: (path) => path,
       connectNative() {
         browser.ports.push(new Port());
         return browser.ports.at(-1);
       },
     },
     alarms: {
+      onAlarm: new Event(),
       clearAll() {
         browser.alarm = null;
       },
@@ -94,10 +127,32 @@ export function fakeBrowser() {
       },
       getAll: async () => (browser.alarm ? [{ name: browser.alarm }] : []),
     },
-    tabs: { query: async () => [...browser.details.keys()].map((id) => ({ id, windowId: id, type: "messageCompose" })) },
-    windows: { get: async (id) => ({ left: id, top: 2, width: 300, height: 400, state: "normal", focused: false, ...browser.window }) },
+    tabs: {
+      onCreated: new Event(),
+      onRemoved: new Event(),
+      query: async () => [...browser.details.keys()].map((id) => ({ id, windowId: id, type: "messageCompose" })),
+      async create({ url }) {
+        browser.pagesShown.push(url);
+        return { id: 100, windowId: 100 };
+      },
+      async update(id, { url }) {
+        if (id !== 100) {
+          throw new Error("no such tab");
+        }
+        return this.create({ url });
+      },
+    },
+    windows: {
+      get: async (id) => ({ left: id, top: 2, width: 300, height: 400, state: "normal", focused: false, ...browser.window }),
+      async update(id, { focused }) {
+        if (focused) {
+          browser.pagesShown.push(`!${browser.pagesShown.pop()}`);
+        }
+      },
+    },
     compose: { getComposeDetails: async (tabId) => browser.details.get(tabId) },
     messages: {
+      onNewMailReceived: new Event(),
       async get(id) {
         const message = browser.messagesById.get(id);
         if (!message) {
