@@ -421,3 +421,9 @@ test("every language has every text, and every text is there", () => {
   }
   assert.deepEqual([...wanted].sort(), Object.keys(english).sort());
 });
+
+test("the permissions are those of their page", () => {
+  const page = readFileSync(new URL("../../../docs/permissions.md", import.meta.url), "utf8");
+  const { permissions } = JSON.parse(readFileSync(join(folder, "manifest.json"), "utf8"));
+  assert.deepEqual([...page.matchAll(/^\| `(\w+)` \|/gmu)].map(([, name]) => name), permissions);
+});
