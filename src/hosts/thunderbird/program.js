@@ -60,6 +60,8 @@ export class Program {
     }
     // Any question would do: its answer shows that the process is there.
     this.decide("", null);
+    // The add-on and the program may be of different packages after an update.
+    this.post({ type: "programVersion", request: this.#nextRequest++ });
   }
 
   // Starts the process, but not in the middle of a pause: after that the alarm does.
@@ -116,7 +118,7 @@ export class Program {
     if (frame.type === "error") {
       console.error(`quillmate-extension: ${frame.message}`);
       this.onError(frame.message);
-    } else if (frame.type === "status") {
+    } else if (frame.type === "status" || frame.type === "programVersion") {
       this.onStatus(frame);
     }
   }
