@@ -115,7 +115,7 @@ Item {
                         width: parent.width
                         visible: text !== ""
                         text: screen.viewState.progress.problem
-                        onTextChanged: if (text !== "")
+                        onTextChanged: if (problem.text !== "")
                             Announcer.alert(problem)
                         textFormat: Text.PlainText
                         Accessible.role: Accessible.StaticText
