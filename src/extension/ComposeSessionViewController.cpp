@@ -54,6 +54,15 @@ void ComposeSessionViewController::viewDidLoad()
                                           &ComposeSessionViewController::triggerUpdateCheck, true);
 }
 
+void ComposeSessionViewController::changeMessage(std::shared_ptr<const RepliedMessage> message)
+{
+    m_message = std::move(message);
+    const bool showsSession = !children().empty() && m_loginHosts.empty();
+    if (showsSession) { // A sign-in screen says nothing of the message.
+        showSessionView();
+    }
+}
+
 void ComposeSessionViewController::updateView()
 {
     if (const auto accessToken = AuthManager::shared().accessToken.get()) {

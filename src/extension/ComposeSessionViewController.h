@@ -25,13 +25,16 @@ class ComposeSessionViewController final : public MEExtensionViewController,
                                            public std::enable_shared_from_this<ComposeSessionViewController>
 {
 public:
-    /// The panel about a message, for good. Whoever lets go last, the panel ends on the main thread.
+    /// The panel about a message. Whoever lets go last, the panel ends on the main thread.
     static std::shared_ptr<ComposeSessionViewController> make(std::shared_ptr<const RepliedMessage> message);
     explicit ComposeSessionViewController(std::shared_ptr<const RepliedMessage> message);
     ~ComposeSessionViewController() override;
 
     /// Set when a sign-in of this panel brought a token; never unset. Any thread.
     [[nodiscard]] bool isLoggedIn() const { return m_isLoggedIn; }
+
+    /// The panel is about this message from now on, and shows what is known of it.
+    void changeMessage(std::shared_ptr<const RepliedMessage> message);
 
     void viewDidLoad() override;
     /// Asks whether there is a newer version; nothing when the own version is unknown.
@@ -68,7 +71,7 @@ private:
     static void receivePoll(const std::weak_ptr<ComposeSessionViewController>& weak, const SignIn& signIn,
                             const Result<SessionResponse, ReplyFailure>& session);
 
-    const std::shared_ptr<const RepliedMessage> m_message;
+    std::shared_ptr<const RepliedMessage> m_message;
     std::atomic<bool> m_isLoggedIn = false;
     bool m_isOpeningLoginPage = false;
     const std::shared_ptr<LoginProgress> m_loginProgress;

@@ -102,6 +102,14 @@ void ButtonStateManager::generate()
 
 void ButtonStateManager::requestReply()
 {
+    if (m_message->contentFollows()) {
+        m_message->whenContentArrives([weak = weak_from_this()] {
+            if (const auto manager = weak.lock()) {
+                manager->requestReply();
+            }
+        });
+        return;
+    }
     const auto fail = [this](const char* logLine, const char* errorText) {
         print(logLine);
         deliverReplyResult(weak_from_this(), std::nullopt, errorText);

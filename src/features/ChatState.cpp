@@ -231,6 +231,15 @@ void ChatState::sendNext()
 void ChatState::startChat()
 {
     setLoading(true);
+    if (m_repliedMessage->contentFollows()) { // The chat is about it.
+        m_repliedMessage->whenContentArrives([weak = weak_from_this()] {
+            if (const auto alive = weak.lock()) {
+                alive->setLoading(false);
+                alive->sendNext();
+            }
+        });
+        return;
+    }
     const auto url = URL::parseAbsolute(currentApiURL() + "/chat/start");
     if (!url) {
         return;

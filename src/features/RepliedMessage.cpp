@@ -1,5 +1,6 @@
 #include "features/RepliedMessage.h"
 
+#include "platform/foundation/schedule/DispatchQueue.h"
 #include "platform/foundation/schedule/WorkQueue.h"
 #include "platform/foundation/settings/UserDefaults.h"
 #include "state/SettingsKeys.h"
@@ -15,6 +16,55 @@ namespace
 constexpr std::size_t longContent = 1UL * 1024 * 1024;
 
 } // namespace
+
+std::optional<SharedText> RepliedMessage::content() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_content;
+}
+
+bool RepliedMessage::hasContent() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_content && !m_content->empty();
+}
+
+bool RepliedMessage::contentFollows() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_contentFollows;
+}
+
+void RepliedMessage::receiveContent(std::optional<SharedText> content, bool follows) const
+{
+    std::vector<std::function<void()>> waiting;
+    {
+        const std::lock_guard lock(m_mutex);
+        if (content) {
+            m_content = std::move(content);
+        }
+        m_contentFollows = follows;
+        waiting.swap(m_waiting);
+    }
+    for (auto& told : waiting) {
+        DispatchQueue::main().async(std::move(told));
+    }
+}
+
+void RepliedMessage::whenContentArrives(std::function<void()> told) const
+{
+    const std::lock_guard lock(m_mutex);
+    m_waiting.push_back(std::move(told));
+}
+
+bool RepliedMessage::canGiveWayTo(const RepliedMessage& other) const
+{
+    if (m_messageId == other.m_messageId && m_hasSubject == other.m_hasSubject) {
+        return false; // There is no need to.
+    }
+    const std::lock_guard lock(m_mutex);
+    return (m_own.empty() || m_ownPeriod.isOver()) && (m_draft.empty() || m_draftPeriod.isOver());
+}
 
 std::optional<std::string> RepliedMessage::fallbackContent() const
 {

@@ -4,11 +4,13 @@
 #include "state/ReplyEmailManager.h"
 #include "state/SignInPeriod.h"
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace quillmate
 {
@@ -21,23 +23,32 @@ namespace quillmate
 class RepliedMessage
 {
 public:
-    explicit RepliedMessage(ReplyEmail record)
-        : RepliedMessage(std::move(record), false)
+    explicit RepliedMessage(ReplyEmail record, bool contentFollows = false)
+        : RepliedMessage(std::move(record), contentFollows, false)
     {
     }
     /// No message, in a program that has none but this one: it reads what the keys without an id hold.
     static std::shared_ptr<const RepliedMessage> none()
     {
-        return std::shared_ptr<const RepliedMessage>(new RepliedMessage({}, true));
+        return std::shared_ptr<const RepliedMessage>(new RepliedMessage({}, false, true));
     }
 
-    [[nodiscard]] const std::optional<std::string>& messageId() const { return m_record.messageId; }
+    [[nodiscard]] const std::optional<std::string>& messageId() const { return m_messageId; }
     /// The message's own text. Absent when it is not known.
-    [[nodiscard]] const std::optional<SharedText>& content() const { return m_record.content; }
+    [[nodiscard]] std::optional<SharedText> content() const;
     /// An absent text and an empty one give nothing to summarise and nothing to answer.
-    [[nodiscard]] bool hasContent() const { return content() && !content()->empty(); }
+    [[nodiscard]] bool hasContent() const;
+    /// The text is on its way: `whenContentArrives` tells when it is there, or known not to come.
+    [[nodiscard]] bool contentFollows() const;
     /// Whether there is a message at all, as far as the panel's layout goes.
-    [[nodiscard]] bool hasSubject() const { return m_record.subject.has_value(); }
+    [[nodiscard]] bool hasSubject() const { return m_hasSubject; }
+
+    /// What is known of the text by now; an absent one takes nothing away.
+    void receiveContent(std::optional<SharedText> content, bool follows) const;
+    /// Runs `told` once, in a turn of the main thread, when more is known of the text.
+    void whenContentArrives(std::function<void()> told) const;
+    /// Whether it can give its place to `other`, of which more is known, without taking anything from the person.
+    [[nodiscard]] bool canGiveWayTo(const RepliedMessage& other) const;
 
     /// What is kept of the text: what the person pasted, else what was sent last.
     [[nodiscard]] std::optional<std::string> fallbackContent() const;
@@ -62,19 +73,26 @@ public:
     void keepOwn(const std::string& key, SettingsValue value, const SignInPeriod& period) const;
 
 private:
-    RepliedMessage(ReplyEmail record, bool isAlone)
-        : m_record(std::move(record))
-        , m_hasKeysAlone(isAlone || m_record.messageId)
+    RepliedMessage(ReplyEmail record, bool contentFollows, bool isAlone)
+        : m_messageId(std::move(record.messageId))
+        , m_hasSubject(record.subject)
+        , m_hasKeysAlone(isAlone || m_messageId)
+        , m_content(std::move(record.content))
+        , m_contentFollows(contentFollows)
     {
     }
 
     /// What this message has stored under a key that is not its alone.
     [[nodiscard]] std::optional<SettingsValue> own(const std::string& key) const;
 
-    const ReplyEmail m_record;
+    const std::optional<std::string> m_messageId;
+    const bool m_hasSubject;
     const bool m_hasKeysAlone;
-    // What it has stored otherwise, up to the next sign-out.
     mutable std::mutex m_mutex;
+    mutable std::optional<SharedText> m_content;
+    mutable bool m_contentFollows;
+    mutable std::vector<std::function<void()>> m_waiting; // For more to be known of the text.
+    // What it has stored under keys that are not its alone, up to the next sign-out.
     mutable std::map<std::string, SettingsValue> m_own;
     mutable SignInPeriod m_ownPeriod;
     mutable std::string m_draft;

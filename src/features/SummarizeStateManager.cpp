@@ -71,7 +71,7 @@ void SummarizeStateManager::updateSection()
         section = Section::Result;
     } else if (m_hasFailed) {
         section = Section::FallbackEditor;
-    } else if (m_isSummarizeLoading) {
+    } else if (m_isSummarizeLoading || m_awaitsContent) {
         section = Section::Spinner;
     }
     if (std::exchange(m_section, section) != section) {
@@ -117,11 +117,17 @@ void SummarizeStateManager::summarize()
     if (m_summarizeResponse || m_isSummarizeLoading) {
         return;
     }
-    if (!m_message->hasContent()) {
-        setFailed(true);
+    const bool hasContent = m_message->hasContent();
+    m_awaitsContent = !hasContent && m_message->contentFollows();
+    setFailed(!hasContent && !m_awaitsContent);
+    if (!hasContent) {
+        m_message->whenContentArrives([weak = weak_from_this()] {
+            if (const auto manager = weak.lock()) {
+                manager->contentArrived();
+            }
+        });
         return;
     }
-    setFailed(false);
     // What the person has pasted for it is theirs, and stays.
     RepliedMessage::keepOwnContent(m_message, m_period);
     requestSummary(*m_message->content(), [weak = weak_from_this()](std::optional<SummarizedResponse> record) {
@@ -132,6 +138,16 @@ void SummarizeStateManager::summarize()
         });
     });
     setSummarizeLoading(true);
+}
+
+void SummarizeStateManager::contentArrived()
+{
+    Q_EMIT contentChanged();
+    // What the person has pasted meanwhile stays where they are at work on it.
+    const bool hasPasted = m_hasFailed && !m_message->fallbackContent().value_or("").empty();
+    if (!hasPasted && !m_period.isTokenGone()) {
+        summarize();
+    }
 }
 
 void SummarizeStateManager::receiveAutomatic(const std::optional<SummarizedResponse>& record)

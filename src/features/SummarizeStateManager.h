@@ -52,11 +52,14 @@ Q_SIGNALS:
     void isSummarizeLoadingChanged();
     void summarizeResponseChanged();
     void sectionChanged();
+    /// More is known of the message's own text.
+    void contentChanged();
     /// What the person asked for came to nothing, and why.
     void fallbackFailed(const QString& reason);
 
 private:
     void updateSection();
+    void contentArrived();
     /// Sends one summary request. The completion runs exactly once, on any thread. What was received stands in
     /// `SummarizeManager.responses` by then.
     void requestSummary(SharedText content, HandleApiRequests::SummaryCompletion completion) const;
@@ -68,6 +71,7 @@ private:
     const SignInPeriod m_period;
     bool m_isSummarizeLoading = false;
     bool m_hasFailed = false;
+    bool m_awaitsContent = false; // The text of the message is on its way.
     std::optional<std::string> m_summarizeResponse;
     Section m_section = Section::Nothing;
 };

@@ -1,5 +1,6 @@
 #include "extension/ComposeSessionHandler.h"
 #include "extension/PanelFixture.h"
+#include "platform/foundation/schedule/DispatchQueue.h"
 #include "platform/foundation/schedule/MainSchedule.h"
 #include "platform/foundation/settings/UserDefaults.h"
 #include "state/APIManager.h"
@@ -28,6 +29,8 @@ private Q_SLOTS:
     void fallbackEditor();
     void messageTooLongToShow();
     void lookingChangesNothing();
+    void contentComesLater_data();
+    void contentComesLater();
 
 private:
     void showSignedIn();
@@ -294,6 +297,75 @@ void FeaturesPanelTest::lookingChangesNothing()
     m_fixture.show();
     QTRY_VERIFY(text("fallbackInput").startsWith(QStringLiteral("a")));
     QCOMPARE(UserDefaults::standard().string(keptFor("m1")), std::optional(content));
+}
+
+void FeaturesPanelTest::contentComesLater_data()
+{
+    QTest::addColumn<bool>("isKnown");    // what is answered, when the session begins
+    QTest::addColumn<bool>("isExpected"); // its text, then
+    QTest::addColumn<QString>("typed");   // into the editor, before the text is there
+    QTest::newRow("a long message") << true << true << "";
+    QTest::newRow("a server that is away") << true << false << "";
+    QTest::newRow("a server that is away, text pasted") << true << false << "Pasted";
+    QTest::newRow("nothing known") << false << false << "";
+    QTest::newRow("nothing known, text pasted") << false << false << "Pasted";
+}
+
+void FeaturesPanelTest::contentComesLater()
+{
+    QFETCH(const bool, isKnown);
+    QFETCH(const bool, isExpected);
+    QFETCH(const QString, typed);
+    const ManualTime time;
+    const auto message = [](bool known, bool follows) {
+        auto made = std::make_shared<MEMessage>();
+        if (known) {
+            made->subject = "Plans";
+            made->headers = MEMessage::Headers{{"message-id", {"m9"}}};
+        }
+        made->rawDataFollows = follows;
+        return made;
+    };
+    ComposeSessionHandler handler;
+    handler.mailComposeSessionDidBegin({"s", MEComposeContext(message(isKnown, isExpected))});
+    AuthManager::shared().accessToken.set("token");
+    m_fixture.show(std::dynamic_pointer_cast<ComposeSessionViewController>(
+        handler.viewControllerForSession({"s", MEComposeContext(message(isKnown, isExpected))})));
+    if (isExpected) {
+        QVERIFY(m_fixture.item("summarySpinner"));
+        m_fixture.click("generateButton");
+        ask("When?");
+    } else {
+        QVERIFY(m_fixture.item("fallbackInput"));
+        m_fixture.item("fallbackInput")->setProperty("text", typed);
+    }
+    QCOMPARE(countOf(summarize) + countOf(generate) + countOf(chatStart), 0L);
+
+    auto whole = message(true, false);
+    whole->rawData = "A: b\n\nThe late content";
+    handler.mailComposeSessionDidBegin({"s", MEComposeContext(whole)});
+    if (typed.isEmpty()) {
+        QTRY_COMPARE(text("summaryText"), QStringLiteral("Short."));
+    } else {
+        // A turn of the main thread after the one that changes the panel.
+        bool hasTurned = false;
+        DispatchQueue::main().async([&hasTurned] { DispatchQueue::main().async([&hasTurned] { hasTurned = true; }); });
+        QTRY_VERIFY(hasTurned);
+        QCOMPARE(text("fallbackInput"), typed);
+        QCOMPARE(countOf(summarize), 0L);
+    }
+    if (isExpected) { // What was asked for meanwhile is about the whole message.
+        QTRY_COMPARE(m_fixture.item("chatMessages")->property("count").toInt(), 2);
+        QTRY_COMPARE(countOf(generate), 1L);
+        QCOMPARE(countOf(chatStart), 1L);
+    }
+    for (const ReceivedRequest& request : m_fixture.server().requests()) {
+        QVERIFY(request.target.ends_with("/chat/send") || request.body.empty() ||
+                request.body.find("The late content") != std::string::npos);
+    }
+    if (typed.isEmpty()) {
+        QVERIFY(UserDefaults::standard().string("summarizeResponse m9"));
+    }
 }
 
 QUILLMATE_TEST(FeaturesPanelTest, quillmate::ViewTestApplication)

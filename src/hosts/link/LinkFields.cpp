@@ -116,6 +116,16 @@ JSONNumber LinkFields::number(std::string_view key)
     return number ? *number : JSONNumber();
 }
 
+bool LinkFields::flag(std::string_view key)
+{
+    JSONValue* value = optional(key);
+    const bool* flag = value ? std::get_if<bool>(&value->content()) : nullptr;
+    if (value && !flag) {
+        failMember(key, "must be true or false.");
+    }
+    return flag && *flag;
+}
+
 double LinkFields::length(std::string_view key)
 {
     // Far larger than any desktop; what is beyond is a mistake and must not reach the window system.

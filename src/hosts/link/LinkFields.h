@@ -34,6 +34,8 @@ public:
     JSONNumber number(std::string_view key);
     /// A number of points on a desktop.
     double length(std::string_view key);
+    /// False when it is absent.
+    bool flag(std::string_view key);
     /// The bytes of a base64 text (RFC 4648), which is used up: a message of many megabytes is decoded where it stands.
     std::string bytes(std::string_view key);
     std::optional<std::string> bytesOrNull(std::string_view key);

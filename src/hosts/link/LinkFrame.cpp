@@ -78,6 +78,7 @@ std::shared_ptr<const MEMessage> readMessage(JSONValue& value, LinkFields& outer
     LinkFields fields(value);
     auto message = std::make_shared<MEMessage>();
     message->rawData = fields.bytesOrNull("rawData");
+    message->rawDataFollows = fields.flag("rawDataFollows") && !message->rawData;
     message->subject = fields.text("subject");
     if (auto* address = fields.required("fromAddress")) {
         message->fromAddress = readAddress(*address, fields);

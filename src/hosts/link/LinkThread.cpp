@@ -78,10 +78,11 @@ void LinkThread::run()
 
 LinkThread::Performed LinkThread::perform(const ComposeSessionDidBegin& frame)
 {
-    if (m_sessions.contains(frame.session)) {
-        return Failure("The session " + named(frame.session) + " has begun already.");
-    }
     const MEComposeSession session(frame.session, MEComposeContext(frame.originalMessage));
+    if (const auto found = m_sessions.find(frame.session); found != m_sessions.end()) {
+        found->second.handler->mailComposeSessionDidBegin(session);
+        return {};
+    }
     const auto handler = m_extension.handlerForComposeSession(session);
     handler->mailComposeSessionDidBegin(session);
     // The message has done its work; a session may stay open for hours.

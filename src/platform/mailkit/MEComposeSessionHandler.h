@@ -19,8 +19,9 @@ public:
     MEComposeSessionHandler(const MEComposeSessionHandler&) = delete;
     MEComposeSessionHandler& operator=(const MEComposeSessionHandler&) = delete;
 
-    /// The window has opened. Runs to completion on the calling thread; with a message of many megabytes that takes a
-    /// while, so a host calls it away from its main thread.
+    /// The window has opened; or more is known of the message, whose place this one takes. Runs to completion on the
+    /// calling thread; with a message of many megabytes that takes a while, so a host calls it away from its main
+    /// thread.
     virtual void mailComposeSessionDidBegin(const MEComposeSession& session) = 0;
     /// The window has closed.
     virtual void mailComposeSessionDidEnd(const MEComposeSession& session) = 0;

@@ -30,6 +30,8 @@ struct MEMessage {
     MEEmailAddress fromAddress;
     /// Header names in lower case, each with its values in message order.
     std::optional<Headers> headers;
+    /// The host is still reading the source: the session begins again once it has it, or knows that it cannot.
+    bool rawDataFollows = false;
 
     bool operator==(const MEMessage&) const = default;
 };

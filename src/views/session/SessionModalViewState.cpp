@@ -38,6 +38,8 @@ SessionModalViewState::SessionModalViewState(std::shared_ptr<const RepliedMessag
             &SessionModalViewState::summaryChanged);
     connect(m_summarizeStateManager.get(), &SummarizeStateManager::summarizeResponseChanged, this,
             &SessionModalViewState::takeSummary);
+    connect(m_summarizeStateManager.get(), &SummarizeStateManager::contentChanged, this,
+            &SessionModalViewState::textareaInputChanged); // The hint speaks of it.
 }
 
 SessionModalViewState::Summary SessionModalViewState::summary() const

@@ -119,6 +119,10 @@ private Q_SLOTS:
         // Empty is not absent.
         QCOMPARE(*readAs<ComposeSessionDidBegin>(emptyRawData).originalMessage,
                  (MEMessage{"", "", {""}, MEMessage::Headers()}));
+        const auto later = readAs<ComposeSessionDidBegin>(
+            R"({"type":"composeSessionDidBegin","session":"s1","originalMessage":{"rawData":null,)"
+            R"("rawDataFollows":true,"subject":"","fromAddress":{"addressString":null},"headers":null}})");
+        QVERIFY(later.originalMessage->rawDataFollows);
         constexpr auto newMessage = R"({"type":"composeSessionDidBegin","session":"s1","originalMessage":null})";
         QVERIFY(!readAs<ComposeSessionDidBegin>(newMessage).originalMessage);
     }
