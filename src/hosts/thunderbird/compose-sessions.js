@@ -1,12 +1,15 @@
 // A session per compose window: begun with the message it is about, shown, moved along, and ended with the window.
 
-import { WindowWatch, frameOf, frameOnScreen } from "./window-watch.js";
+import { WindowWatch, frameOnScreen } from "./window-watch.js";
 import { originalMessage } from "./original-message.js";
+
+const keptKey = "tabsWithSession";
 
 export class ComposeSessions {
   #program;
   #sessions = new Map(); // by tab
   #nextNumber = 1;
+  #changes = Promise.resolve();
 
   // Whether a compose window has its session without being asked.
   beginsByItself = async () => true;
@@ -23,10 +26,12 @@ export class ComposeSessions {
     const session = {
       name: null,
       windowId: tab.windowId,
+      handing: null, // ends what is under way for it
       watch: null,
       begun: false,
     };
     this.#sessions.set(tab.id, session);
+    this.#keep((tabs) => tabs.add(tab.id));
     if (this.#program.running) {
       await this.#hand(tab.id, session);
     }
@@ -37,11 +42,11 @@ export class ComposeSessions {
     for (const [tabId, session] of this.#sessions) {
       this.#hand(tabId, session);
     }
-    if (!(await this.beginsByItself())) {
-      return;
-    }
+    const [all, kept] = await Promise.all([this.beginsByItself(), this.#keep()]);
     for (const tab of await browser.tabs.query({ type: "messageCompose" })) {
-      this.begin(tab);
+      if (all || kept.has(tab.id)) {
+        this.begin(tab);
+      }
     }
   }
 
@@ -56,11 +61,13 @@ export class ComposeSessions {
   }
 
   end(tabId) {
+    this.#keep((tabs) => tabs.delete(tabId)); // This page may have been put to sleep and have forgotten its session.
     const session = this.#sessions.get(tabId);
     if (!session) {
       return;
     }
     this.#sessions.delete(tabId);
+    session.handing?.abort();
     session.watch?.stop();
     if (session.begun) {
       this.#program.post({ type: "composeSessionDidEnd", session: session.name });
@@ -69,38 +76,62 @@ export class ComposeSessions {
 
   programEnded() {
     for (const session of this.#sessions.values()) {
+      session.handing?.abort();
       session.begun = false;
       session.watch?.stop();
       session.watch = null;
     }
   }
 
+  // The tabs that have a session, kept as long as Thunderbird runs; changes them, one change after the other.
+  #keep(change) {
+    this.#changes = this.#changes.then(async () => {
+      const { [keptKey]: kept } = await browser.storage.session.get(keptKey);
+      const tabs = new Set(kept);
+      if (change) {
+        change(tabs);
+        await browser.storage.session.set({ [keptKey]: [...tabs] });
+      }
+      return tabs;
+    }).catch((error) => {
+      console.error("Quillmate could not keep which windows have a panel:", error);
+      return new Set();
+    });
+    return this.#changes;
+  }
+
   async #hand(tabId, session) {
     const name = `compose ${this.#nextNumber++}`;
     session.name = name;
     // The window may go meanwhile, or the process, and then this session is handed to another one.
-    const isStillWanted = () => this.#sessions.get(tabId) === session && session.name === name && this.#program.running;
-    let frame = null;
-    let message = null;
+    session.handing?.abort();
+    session.handing = new AbortController();
+    const { signal } = session.handing;
+    for await (const message of originalMessage(tabId, signal)) {
+      const frame = session.begun ? null : await this.#frameOf(session.windowId, signal);
+      if (signal.aborted) {
+        return;
+      }
+      this.#program.post({ type: "composeSessionDidBegin", session: name, originalMessage: message });
+      if (session.begun) {
+        continue; // Its panel is about this message now.
+      }
+      // In one go: the panel is about the message that came last.
+      this.#showPanel(session, frame);
+      session.begun = true;
+      session.watch = new WindowWatch(session.windowId, frame, (moved) =>
+        this.#program.post({ type: "composeSessionFrameDidChange", session: name, frame: moved }),
+      );
+    }
+  }
+
+  async #frameOf(windowId, signal) {
     try {
-      // Waits until the window is ready; before that its frame is not right either.
-      const details = await browser.compose.getComposeDetails(tabId);
-      frame = await frameOnScreen(session.windowId, isStillWanted);
-      message = await originalMessage(details);
-      frame = frameOf(await browser.windows.get(session.windowId)) ?? frame; // Reading a long message takes seconds.
+      return await frameOnScreen(windowId, signal);
     } catch (error) {
-      console.error("Quillmate could not read what this window is about:", error);
+      console.error("Quillmate could not find out where this window is:", error);
+      return null;
     }
-    if (!isStillWanted()) {
-      return;
-    }
-    // In one go: the panel is about the message that came last.
-    this.#program.post({ type: "composeSessionDidBegin", session: name, originalMessage: message });
-    this.#showPanel(session, frame);
-    session.begun = true;
-    session.watch = new WindowWatch(session.windowId, frame, (moved) =>
-      this.#program.post({ type: "composeSessionFrameDidChange", session: name, frame: moved }),
-    );
   }
 
   #showPanel(session, frame) {

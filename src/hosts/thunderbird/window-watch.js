@@ -1,7 +1,10 @@
 // Follows where a window is: Thunderbird tells of no move, so it is asked, often while the user may be moving it.
 
+import { pause } from "./waiting.js";
+
 const focusedPause = 100;
 const otherPause = 500;
+const mostLooks = 4;
 
 // The outer frame of a window in CSS pixels, null while it is not on the screen.
 export function frameOf(window) {
@@ -9,14 +12,17 @@ export function frameOf(window) {
   return state === "minimized" || width <= 1 || height <= 1 ? null : { left, top, width, height };
 }
 
-// The window's frame, as soon as it is on the screen; null when it is not wanted any more.
-export async function frameOnScreen(windowId, isStillWanted) {
-  while (isStillWanted()) {
-    const frame = frameOf(await browser.windows.get(windowId));
-    if (frame) {
+// The window's frame, as soon as it is on the screen; null when that is not wanted any more, and for a window that does not
+// get ready: nobody knows where it will be.
+export async function frameOnScreen(windowId, signal) {
+  for (let looks = 1; !signal.aborted; ++looks) {
+    const window = await browser.windows.get(windowId);
+    const minimized = window.state === "minimized";
+    const frame = frameOf(window);
+    if (frame || (!minimized && looks === mostLooks)) {
       return frame;
     }
-    await new Promise((resolve) => setTimeout(resolve, otherPause));
+    await pause(minimized ? otherPause : focusedPause, signal);
   }
   return null;
 }
@@ -43,10 +49,10 @@ export class WindowWatch {
   }
 
   async #look() {
-    let pause = otherPause;
+    let time = otherPause;
     try {
       const window = await browser.windows.get(this.#windowId);
-      pause = window.focused ? focusedPause : otherPause;
+      time = window.focused ? focusedPause : otherPause;
       const frame = frameOf(window);
       if (!this.#stopped && frame && JSON.stringify(frame) !== JSON.stringify(this.frame)) {
         this.frame = frame;
@@ -56,7 +62,7 @@ export class WindowWatch {
       // The window is going: its session ends by itself.
     }
     if (!this.#stopped) {
-      this.#timer = setTimeout(() => this.#look(), pause);
+      this.#timer = setTimeout(() => this.#look(), time);
     }
   }
 }

@@ -19,6 +19,15 @@ const { originalMessage } = await import(join(folder, "original-message.js"));
 const { colourNewMail } = await import(join(folder, "new-mail.js"));
 const { readStatus } = await import(join(folder, "status.js"));
 
+// What is known first.
+async function firstKnown(details) {
+  browser.details.set(1, details);
+  const ending = new AbortController();
+  const { value } = await originalMessage(1, ending.signal).next();
+  ending.abort();
+  return value;
+}
+
 const realNow = Date.now;
 const realError = console.error;
 
@@ -115,7 +124,7 @@ test("the message as the process wants it", async (context) => {
   for (const [name, change, wanted] of rows) {
     await context.test(name, async () => {
       browser.messagesById.set(7, { ...message, ...change });
-      const told = await originalMessage({ type: "reply", relatedMessageId: 7 });
+      const told = await firstKnown({ type: "reply", relatedMessageId: 7 });
       const source = told.rawData === null ? null : Buffer.from(told.rawData, "base64");
       const found = {
         rawData: source?.toString("latin1") ?? null,
@@ -130,7 +139,7 @@ test("the message as the process wants it", async (context) => {
     });
   }
   for (const details of [{ type: "new" }, { type: "draft", relatedMessageId: 7 }, { type: "reply" }]) {
-    assert.equal(await originalMessage(details), null);
+    assert.equal(await firstKnown(details), null);
   }
 });
 
@@ -187,7 +196,7 @@ test("the source in a form that can be read", async (context) => {
     await context.test(name, async () => {
       const bytes = Buffer.from(source, "latin1");
       browser.messagesById.set(7, { author: "Ana <ana@a.example>", subject: "a", headers: {}, source: new Blob([bytes]) });
-      const told = await originalMessage({ type: "reply", relatedMessageId: 7 });
+      const told = await firstKnown({ type: "reply", relatedMessageId: 7 });
       if (wanted === key) {
         assert.equal(told.rawData, null);
         assert.equal(told.fromAddress.addressString, "ana@a.example");
@@ -197,6 +206,99 @@ test("the source in a form that can be read", async (context) => {
         Buffer.from(told.rawData, "base64").toString("latin1"),
         (wanted === same ? bytes : Buffer.from(wanted)).toString("latin1"),
       );
+    });
+  }
+});
+
+// The messages that the process was told of, in short.
+function told(port) {
+  const inShort = (message) => {
+    if (!message) {
+      return "none";
+    }
+    const text = message.rawData && Buffer.from(message.rawData, "base64").toString();
+    return [message.subject || "unknown", text ?? (message.rawDataFollows ? "follows" : "no text")].join(": ");
+  };
+  return port.posted.filter((each) => each.type === "composeSessionDidBegin").map((each) => inShort(each.originalMessage));
+}
+
+test("a message that is not there at once", async (context) => {
+  const message = { id: 7, subject: "Plans", author: "", headers: { subject: ["Re: Plans"] }, headerMessageId: "m@a.example" };
+  const step = (happens) => async () => {
+    happens();
+    // Reading goes through the file's own promises, which need more than a turn.
+    await new Promise((resolve) => setImmediate(resolve));
+    await settle();
+  };
+  const waits = step(letTimePass);
+  const begin = ["Plans: follows"];
+  const whole = "Re: Plans: a";
+  const rows = [
+    ["there soon", {}, ({ source }) => [source], [whole]],
+    ["there late", {}, ({ source }) => [waits, source], [...begin, whole]],
+    ["there very late", {}, ({ source }) => [waits, waits, source], [...begin, "Plans: no text", whole]],
+    ["large", { size: 2e7 }, ({ source }) => [source], [...begin, whole]],
+    ["refused, and there later", {}, ({ refuse, source }) => [refuse, waits, source], ["Plans: no text", whole]],
+    ["refused after a while", {}, ({ refuse }) => [waits, refuse], [...begin, "Plans: no text"]],
+    ["its window is closed", {}, ({ close, source }) => [waits, close, source, waits], begin],
+    ["the window gets ready late", { details: later() }, ({ ready, source }) => [waits, ready, source], ["unknown: no text", whole]],
+    ["and is closed before", { details: later() }, ({ ready, source, close }) => [waits, close, ready, source], ["unknown: no text"]],
+    ["it was for a new message", { details: later() }, ({ renew }) => [waits, renew], ["unknown: no text", "none"]],
+  ];
+  for (const [name, { details, ...change }, steps, wanted] of rows) {
+    await context.test(name, async () => {
+      globalThis.browser = fakeBrowser();
+      const { sessions } = startedProgram();
+      let reading = later();
+      browser.messagesById.set(7, { ...message, ...change });
+      browser.messages.getRaw = () => reading.promise;
+      const reply = { type: "reply", relatedMessageId: 7 };
+      browser.details.set(1, details?.promise ?? reply);
+      const actions = {
+        source: step(() => reading.resolve(new Blob(["a"]))),
+        refuse: step(() => {
+          const refused = reading;
+          reading = later();
+          refused.reject(new Error("offline"));
+        }),
+        ready: step(() => details.resolve(reply)),
+        renew: step(() => details.resolve({ type: "new" })),
+        close: step(() => sessions.end(1)),
+      };
+      await step(() => sessions.begin({ id: 1, windowId: 1 }))();
+      for (const action of steps(actions)) {
+        await action();
+      }
+      assert.deepEqual(told(browser.ports[0]), wanted);
+      assert.equal(browser.ports[0].sessions.filter((frame) => frame.startsWith("viewController")).length, 1);
+      sessions.end(1);
+      await settle();
+      assert.deepEqual(browser.timers, []);
+    });
+  }
+});
+
+test("a draft of a reply is about what it answers", async (context) => {
+  const rows = [
+    ["told of by Thunderbird", { relatedMessageId: 8 }, { "in-reply-to": ["<m@a.example>"] }, 7],
+    ["found by its subject", {}, { "in-reply-to": ["<m@a.example>"] }, 7],
+    ["by its references", {}, { references: ["<x@a.example>\n <m@a.example>"] }, 7],
+    ["what it answers is gone", {}, { "in-reply-to": ["<gone@a.example>"] }, null],
+    ["of a new message", {}, {}, null],
+  ];
+  for (const [name, details, headers, wanted] of rows) {
+    await context.test(name, async () => {
+      const draft = { id: 8, subject: "Plans", date: new Date(2), headers, folder: { id: "drafts" } };
+      const other = { id: 9, subject: "Plans", date: new Date(1), headers: {}, folder: { id: "drafts" } };
+      const copy = { id: 6, subject: "6", source: new Blob([]), headers: {}, headerMessageId: "m@a.example" };
+      browser.messagesById = new Map([
+        [9, other],
+        [8, draft],
+        [6, { ...copy, folder: { specialUse: ["trash"] } }],
+        [7, { ...copy, id: 7, subject: "7", folder: { specialUse: ["inbox"] } }],
+      ]);
+      const message = await firstKnown({ type: "draft", subject: "Re: Plans", ...details });
+      assert.equal(message?.subject ?? null, wanted && String(wanted));
     });
   }
 });
@@ -366,6 +468,22 @@ test("the panel waits for the button where the user wants that", async () => {
   open(1);
   await settle();
   assert.equal(begun(browser.ports.at(-1)), 2);
+});
+
+test("windows keep their panels when the page was put to sleep", async () => {
+  await browser.storage.local.set({ panelOpensOnTheButton: true });
+  browser.details = new Map([1, 2, 3].map((id) => [id, { type: "new" }]));
+  await loadedAddOn();
+  for (const id of [1, 3]) {
+    browser.composeAction.onClicked.fire({ id, windowId: id });
+  }
+  await settle();
+  browser.tabs.onRemoved.fire(3);
+  browser.details.delete(3);
+  await settle();
+  const port = await loadedAddOn();
+  await settle();
+  assert.deepEqual(port.sessions.map((frame) => frame.split(" ")[0]), ["composeSessionDidBegin", "viewControllerForSession"]);
 });
 
 test("the latest events are kept, short and without what must not be passed on", async () => {

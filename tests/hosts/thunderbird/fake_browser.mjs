@@ -40,8 +40,9 @@ export class Port {
 // A promise with its end in hand.
 export function later() {
   let resolve;
-  const promise = new Promise((end) => (resolve = end));
-  return { promise, resolve };
+  let reject;
+  const promise = new Promise((...ends) => ([resolve, reject] = ends));
+  return { promise, resolve, reject };
 }
 
 // Lets everything happen that waits for nothing but its turn.
@@ -158,7 +159,7 @@ export function fakeBrowser() {
         if (!message) {
           throw new Error("gone");
         }
-        return message;
+        return { id, ...message };
       },
       getFull: async (id) => ({ headers: browser.messagesById.get(id).headers }),
       async getRaw(id) {
@@ -169,8 +170,13 @@ export function fakeBrowser() {
         return source;
       },
       update: async (id, change) => browser.updates.push([id, change]),
+      async query({ headerMessageId, folderId }) {
+        const fits = (each) => (folderId ? each.folder?.id === folderId : each.headerMessageId === headerMessageId);
+        return { id: null, messages: [...browser.messagesById.values()].filter(fits) };
+      },
       continueList: async () => browser.pages.shift(),
     },
+    folders: { query: async () => [{ id: "drafts" }] },
     messengerUtilities: {
       parseMailboxString: async (text) => [{ email: text.match(/<(.*)>/u)?.[1] ?? "" }],
     },
