@@ -107,7 +107,8 @@ int main(int argc, char** argv)
     quillmate::MailExtension extension;
     quillmate::FrameWriter output(::open("/dev/null", O_WRONLY | O_CLOEXEC));
     quillmate::LinkPanels panels;
-    const quillmate::LinkThread link(pipe[0], output, extension, panels, [](const std::string&) {});
+    quillmate::LinkAnswers answers(extension, {});
+    const quillmate::LinkThread link(pipe[0], output, answers, extension, panels, [](const std::string&) {});
     FirstFrames frames;
     application.installEventFilter(&frames);
 

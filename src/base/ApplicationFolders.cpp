@@ -33,6 +33,11 @@ std::filesystem::path applicationDataFolder()
     return baseFolder("XDG_DATA_HOME", ".local/share") / "quillmate";
 }
 
+std::filesystem::path applicationConfigurationFolder()
+{
+    return baseFolder("XDG_CONFIG_HOME", ".config") / "quillmate";
+}
+
 std::filesystem::path applicationCacheFolder()
 {
     return baseFolder("XDG_CACHE_HOME", ".cache") / "quillmate";

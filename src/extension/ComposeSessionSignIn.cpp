@@ -8,6 +8,7 @@
 #include "service/ServiceRequests.h"
 #include "state/APIManager.h"
 #include "state/AuthManager.h"
+#include "state/ServicePlace.h"
 #include "views/login/LoginProgress.h"
 
 #include <utility>
@@ -19,6 +20,8 @@ namespace
 
 constexpr auto sessionPath = "/plugin-auth/session-request/";
 constexpr double secondsBetweenPolls = 2.0;
+// Nobody else waits for a service of this machine, and who has signed in there wants to go on.
+constexpr double secondsBetweenPollsHere = 0.4;
 // The second press of a double one comes before it; whoever has lost the page presses after it.
 constexpr double secondsBeforeAnotherPage = 3.0;
 
@@ -140,10 +143,11 @@ void ComposeSessionViewController::receivePoll(const std::weak_ptr<ComposeSessio
         if (hasEnded) {
             return;
         }
-        AuthManager::shared().accessToken.set(token);
+        AuthManager::shared().signIn(token, signIn.period.logouts());
         if (controller) {
             controller->m_isLoggedIn = true;
             controller->enterSession(token);
+            controller->view()->bringWindowForward(); // The browser has the keyboard, and its page nothing more to say.
         }
     });
 }
@@ -164,7 +168,8 @@ void ComposeSessionViewController::schedulePoll(const SignIn& signIn)
 {
     // The wait keeps the panel: unless the sign-in ends the next poll is sent, and its reply finds out whether the
     // panel is still wanted.
-    DispatchQueue::main().asyncAfter(secondsBetweenPolls, [self = shared_from_this(), signIn] {
+    const double pause = isServiceOfThisMachine() ? secondsBetweenPollsHere : secondsBetweenPolls;
+    DispatchQueue::main().asyncAfter(pause, [self = shared_from_this(), signIn] {
         if (!self->hasEnded(signIn)) {
             self->pollForToken(signIn);
         }

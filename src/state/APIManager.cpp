@@ -80,6 +80,7 @@ std::string APIManager::selectedApiEndpoint()
 void APIManager::selectApiEndpoint(const std::string& key)
 {
     UserDefaults::standard().setString(SettingsKeys::selectedApiEndpoint, key);
+    UserDefaults::standard().removeObject(SettingsKeys::hasSignedIn); // Not there.
     NotificationCenter::defaultCenter().post(quillmate::apiEndpointChanged);
     NotificationCenter::defaultCenter().post(userDidLogout);
     AuthManager::shared().giveUpToken();

@@ -6,6 +6,7 @@
 #include "platform/foundation/settings/UserDefaults.h"
 #include "platform/foundation/text/print.h"
 #include "state/Notifications.h"
+#include "state/SettingsKeys.h"
 #include "state/SummarizeManager.h"
 #include "state/UserDetailsManager.h"
 
@@ -16,6 +17,21 @@ AuthManager& AuthManager::shared()
 {
     static AuthManager manager;
     return manager;
+}
+
+void AuthManager::signIn(const std::string& token, std::int64_t logouts)
+{
+    m_wasRefused = false;
+    accessToken.set(token);
+    UserDefaults::standard().setBoolean(SettingsKeys::hasSignedIn, true, logouts);
+}
+
+AuthManager::SignInLoss AuthManager::signInLoss() const
+{
+    if (accessToken.get() || !UserDefaults::standard().boolean(SettingsKeys::hasSignedIn)) {
+        return SignInLoss::None;
+    }
+    return m_wasRefused ? SignInLoss::Refusal : SignInLoss::Restart;
 }
 
 void AuthManager::logout()
@@ -55,6 +71,7 @@ void AuthManager::endSignIn(const std::string& refusedToken)
 {
     if (accessToken.get() == refusedToken) {
         giveUpToken();
+        m_wasRefused = true;
         NotificationCenter::defaultCenter().post(userDidLogout);
     }
 }

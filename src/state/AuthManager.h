@@ -19,6 +19,16 @@ public:
     /// The bearer token of the signed-in user; present means signed in. Never stored.
     Synchronized<std::optional<std::string>> accessToken;
 
+    /// A sign-in that began after that many log-outs has brought the token. Main thread.
+    void signIn(const std::string& token, std::int64_t logouts);
+    /// Why there is no token though somebody has signed in and not logged out since.
+    enum class SignInLoss {
+        None,
+        Restart, ///< the token was another process's
+        Refusal, ///< the service has refused it
+    };
+    [[nodiscard]] SignInLoss signInLoss() const;
+
     /// Signs out: forgets the token and its user, empties the settings store and the URL cache, posts "UserDidLogout".
     /// Main thread.
     void logout();
@@ -44,6 +54,7 @@ private:
     std::atomic<std::int64_t> m_logoutsSeen = -1; // None looked for yet.
     std::int64_t m_lastLogout = -1;               // The last that has ended the sign-in here. Main thread.
     std::atomic<unsigned> m_tokensGivenUp = 0;
+    bool m_wasRefused = false; // The last token. Main thread.
 };
 
 /// Removes every key of the settings store. Main thread.

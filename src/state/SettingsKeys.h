@@ -11,6 +11,8 @@ using MessageId = std::optional<std::string>;
 
 /// Text: the chosen environment.
 constexpr auto selectedApiEndpoint = "selectedApiEndpoint";
+/// Boolean: somebody has signed in and not logged out since; the token itself is never stored.
+constexpr auto hasSignedIn = "hasSignedIn";
 
 /// Text: the last summary shown for the message.
 [[nodiscard]] std::string summarizeResponse(const MessageId& messageId);

@@ -123,6 +123,7 @@ class Home:
             QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1",
             XDG_DATA_HOME=self.path + "/data",
             XDG_CACHE_HOME=self.path + "/cache",
+            XDG_CONFIG_HOME=self.path + "/config",
             PATH=self.path + "/bin:" + os.environ["PATH"],
         )
 
@@ -134,6 +135,11 @@ class Home:
         """What was handed to the browser."""
         path = self.path + "/bin/pages"
         return open(path).read().splitlines() if os.path.exists(path) else []
+
+    def moments(self):
+        """When each sign-in page was there and its form had been taken, in turn, by the system's monotonic clock."""
+        path = self.path + "/bin/moments"
+        return [float(line) for line in open(path)] if os.path.exists(path) else []
 
 
 class Desk(Accessible):

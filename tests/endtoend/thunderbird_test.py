@@ -10,7 +10,6 @@ import unittest
 
 from desk import Atspi, keys, type_text, until
 from large_message import write_large_message
-from local_service import Service
 from thunderbird import COMMON, ROOT, Thunderbird
 from windows import active_window, frame_of, is_on_screen, owner_of, run, window, windows
 
@@ -36,12 +35,8 @@ TAGS = COMMON + 'return [...inbox("server1").messages].map(each => [each.mime2De
 
 
 class Panels(unittest.TestCase):
-    def setUp(self):
-        self.service = Service(PROGRAMS + "/quillmate-service", [])
-        self.addCleanup(lambda: self.assertEqual(self.service.end(), 0))
-
     def start(self, **options):
-        thunderbird = Thunderbird(PROGRAMS, self.service, **options)
+        thunderbird = Thunderbird(PROGRAMS, **options)
         self.addCleanup(thunderbird.destroy)
         thunderbird.connect()
         return thunderbird
@@ -52,6 +47,7 @@ class Panels(unittest.TestCase):
             thunderbird = self.start(mail=[ROOT + "/samples/plain.eml", file.name])
         reply = thunderbird.compose("ReplyToSender", "spring catalogue")
         thunderbird.press("push button", "Login")
+        until(lambda: active_window() == "Quillmate", "the panel before the browser")
         thunderbird.wait_for("heading", "Summary")
         thunderbird.wait_for("label", "18 March")
         lines = thunderbird.diagnostics()
@@ -78,6 +74,7 @@ class Panels(unittest.TestCase):
         self.assertIsNone(thunderbird.find("label", "Hello Helen,"))
 
         self.kill_program(thunderbird)
+        thunderbird.wait_for("label", "Quillmate has been started anew")
         thunderbird.press("push button", "Login")  # The token went with the process.
         thunderbird.close(new)
         until(lambda: not thunderbird.panels(), "the end of the last panel")

@@ -5,9 +5,12 @@
 #include "platform/foundation/settings/UserDefaults.h"
 #include "state/APIManager.h"
 #include "state/AuthManager.h"
+#include "state/ServicePlace.h"
 #include "state/UserDetailsManager.h"
 #include "support/TestProgram.h"
 #include "views/ViewTestApplication.h"
+
+#include <QScopeGuard>
 
 #include <algorithm>
 #include <atomic>
@@ -30,15 +33,17 @@ private Q_SLOTS:
     void endsEarly_data();
     void endsEarly();
     void twoPanels();
+    void serviceOfThisMachine();
     void anotherEnvironment();
 
 private:
     void login();
-    /// The next poll goes out in exactly 2.0 seconds.
-    static bool isPollWaiting()
+    /// The next poll goes out in exactly that many seconds.
+    static bool isPollWaiting(double seconds = 2.0)
     {
         const auto delays = ManualTime::pendingDelays();
-        return std::any_of(delays.begin(), delays.end(), [](double delay) { return std::abs(delay - 2.0) < 1e-6; });
+        return std::any_of(delays.begin(), delays.end(),
+                           [seconds](double delay) { return std::abs(delay - seconds) < 1e-6; });
     }
     static void advanceToNextPoll();
     /// A sign-in whose first poll has been answered, by the first of these.
@@ -303,6 +308,20 @@ void SignInTest::twoPanels()
     QVERIFY(!other->isLoggedIn());
     QCOMPARE(other->children().size(), std::size_t(0)); // still the sign-in screen
     other->view()->item()->setParentItem(nullptr);
+}
+
+void SignInTest::serviceOfThisMachine()
+{
+    const ManualTime time;
+    setServiceOfThisMachine(true);
+    const auto another = qScopeGuard([] { setServiceOfThisMachine(false); });
+    m_fixture.server().reply(create, session);
+    m_fixture.server().reply(poll, waiting);
+    m_fixture.server().reply(poll, granted);
+    login();
+    QTRY_VERIFY(isPollWaiting(0.4));
+    ManualTime::advance(0.4);
+    QTRY_VERIFY(m_fixture.item("sessionModalView"));
 }
 
 void SignInTest::anotherEnvironment()

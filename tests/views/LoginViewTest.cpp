@@ -58,6 +58,30 @@ private Q_SLOTS:
         QCOMPARE(m_taps, 2);
     }
 
+    void saysWhyOneSignsInAgain()
+    {
+        const auto text = [this] {
+            return m_fixture.item("problem") ? m_fixture.item("problem")->property("text").toString() : QString();
+        };
+        AuthManager& manager = AuthManager::shared();
+        show();
+        QCOMPARE(text(), QString());
+        manager.signIn("token", manager.logouts());
+        manager.accessToken.set(std::nullopt); // As another process finds it.
+        show();
+        QVERIFY(text().startsWith("Quillmate has been started anew"));
+        manager.signIn("token", manager.logouts());
+        manager.endSignIn("token");
+        m_fixture.log().take();
+        show();
+        QVERIFY(text().startsWith("The service has ended your sign-in"));
+        manager.signIn("token", manager.logouts());
+        manager.logout();
+        m_fixture.log().take();
+        show();
+        QCOMPARE(text(), QString());
+    }
+
     void keys_data()
     {
         QTest::addColumn<int>("key");

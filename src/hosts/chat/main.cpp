@@ -77,7 +77,7 @@ int main(int argc, char** argv)
     if (!program) {
         return complain(texts.name, program.error());
     }
-    const ServiceAccess service(program.value()->service(), program.value()->environment());
+    const ServiceAccess service(program.value()->service().choice, program.value()->environment());
     ChatWindow window;
     window.show();
     window.requestActivate();

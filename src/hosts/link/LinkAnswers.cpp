@@ -1,6 +1,7 @@
 #include "hosts/link/LinkAnswers.h"
 
 #include "platform/mailkit/MEHandlers.h"
+#include "state/APIManager.h"
 
 #include <QByteArray>
 
@@ -41,14 +42,57 @@ std::string answer(const char* type, const JSONNumber& request, JSONObject membe
     return encoded ? std::move(encoded).value() : writeLinkError({"The answer cannot be written.", request});
 }
 
+/// The host that people mean by the service of their organisation.
+std::string liveHost()
+{
+    constexpr std::string_view scheme = "https://";
+    for (const ServiceEnvironment& service : serviceEnvironments()) {
+        if (service.key == "live") {
+            return std::string(service.baseURL.substr(scheme.size()));
+        }
+    }
+    return {};
+}
+
+std::string answerOn(const ServiceOffer& service, const JSONNumber& request)
+{
+    return answer("service", request,
+                  {{"choice", nameOf(service.choice)},
+                   {"host", liveHost()},
+                   {"fixed", service.isFixed},
+                   {"offered", service.hasRemote}});
+}
+
+/// Stores the choice and takes note of it. The failure is a sentence.
+Result<void, std::string> choose(const std::string& name, ServiceOffer& service)
+{
+    const auto choice = serviceChoiceNamed(name);
+    if (!choice) {
+        return Failure(std::string("The service can be \"local\" or \"remote\"."));
+    }
+    if (service.isFixed) {
+        return Failure(std::string("QUILLMATE_SERVICE or QUILLMATE_CONNECT_TO says which service is asked: unset it to "
+                                   "choose."));
+    }
+    if (*choice == ServiceChoice::Remote && !service.hasRemote) {
+        return Failure(std::string("This build has no service but that of this computer."));
+    }
+    auto stored = storeServiceChoice(*choice);
+    if (stored) {
+        service.choice = *choice;
+    }
+    return stored;
+}
+
 /// Puts one question to the handler it is for, and writes what it says: bytes as base64 (RFC 4648). The handlers call
 /// back before they return.
 class Asking
 {
 public:
-    Asking(const JSONNumber& request, MEExtension& extension)
+    Asking(const JSONNumber& request, MEExtension& extension, ServiceOffer& service)
         : m_request(request)
         , m_extension(extension)
+        , m_service(service)
     {
     }
 
@@ -109,16 +153,25 @@ public:
         return answer("programVersion", m_request, {{"version", QUILLMATE_VERSION}});
     }
 
+    std::string operator()(const Service&) const { return answerOn(m_service, m_request); }
+
+    std::string operator()(const ChooseService& question) const
+    {
+        const auto chosen = choose(question.choice, m_service);
+        return chosen ? answerOn(m_service, m_request) : writeLinkError({chosen.error(), m_request});
+    }
+
 private:
     const JSONNumber& m_request;
     MEExtension& m_extension;
+    ServiceOffer& m_service;
 };
 
 } // namespace
 
-std::string answerTo(const LinkQuestion& question, MEExtension& extension)
+std::string LinkAnswers::answerTo(const LinkQuestion& question)
 {
-    return std::visit(Asking(question.request, extension), question.asked);
+    return std::visit(Asking(question.request, m_extension, m_service), question.asked);
 }
 
 std::string writeStatus(const std::optional<std::string>& problem)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "hosts/link/LinkFrame.h"
+#include "hosts/startup/ServiceChoice.h"
 #include "platform/mailkit/MEExtension.h"
 
 #include <optional>
@@ -11,8 +12,23 @@ namespace quillmate
 
 // The frames that this process sends, each as JSON.
 
-/// Asks the extension's handlers on the calling thread; the answer.
-[[nodiscard]] std::string answerTo(const LinkQuestion& question, MEExtension& extension);
+/// Answers the questions of the link: by the extension's handlers, and by what is known of the program. One thread.
+class LinkAnswers
+{
+public:
+    LinkAnswers(MEExtension& extension, ServiceOffer service)
+        : m_extension(extension)
+        , m_service(service)
+    {
+    }
+
+    /// Asks on the calling thread.
+    [[nodiscard]] std::string answerTo(const LinkQuestion& question);
+
+private:
+    MEExtension& m_extension;
+    ServiceOffer m_service;
+};
 
 /// Whether the service can be reached: it cannot where there is a problem, a sentence for people.
 [[nodiscard]] std::string writeStatus(const std::optional<std::string>& problem);

@@ -140,14 +140,15 @@ LinkFrame readQuestionOnMessage(LinkFields& fields)
     return LinkQuestion{fields.number("request"), Question{requiredMessage(fields)}};
 }
 
-LinkFrame readContentRules(LinkFields& fields)
+template<typename Question>
+LinkFrame readPlainQuestion(LinkFields& fields)
 {
-    return LinkQuestion{fields.number("request"), ContentRulesJSON{}};
+    return LinkQuestion{fields.number("request"), Question{}};
 }
 
-LinkFrame readProgramVersion(LinkFields& fields)
+LinkFrame readChooseService(LinkFields& fields)
 {
-    return LinkQuestion{fields.number("request"), ProgramVersion{}};
+    return LinkQuestion{fields.number("request"), ChooseService{fields.text("choice")}};
 }
 
 LinkFrame readDecodedMessage(LinkFields& fields)
@@ -163,11 +164,13 @@ Reader readerFor(const std::string& type)
         {"composeSessionFrameDidChange", readFrameDidChange},
         {"composeSessionDidEnd", readDidEnd},
         {"decideActionForMessage", readQuestionOnMessage<DecideActionForMessage>},
-        {"contentRulesJSON", readContentRules},
+        {"contentRulesJSON", readPlainQuestion<ContentRulesJSON>},
         {"getEncodingStatus", readQuestionOnMessage<GetEncodingStatus>},
         {"encodeMessage", readQuestionOnMessage<EncodeMessage>},
         {"decodedMessage", readDecodedMessage},
-        {"programVersion", readProgramVersion},
+        {"programVersion", readPlainQuestion<ProgramVersion>},
+        {"service", readPlainQuestion<Service>},
+        {"chooseService", readChooseService},
     };
     const auto found = readers.find(type);
     return found == readers.end() ? nullptr : found->second;

@@ -60,12 +60,19 @@ struct DecodedMessage {
 /// Which version this program is; the add-on was perhaps installed with another one.
 struct ProgramVersion {
 };
+/// Whose service this program asks, and whether that can be chosen.
+struct Service {
+};
+/// The user chooses another service, for the programs that start from now on.
+struct ChooseService {
+    std::string choice;
+};
 
 struct LinkQuestion {
     /// To be echoed in the answer.
     JSONNumber request;
     std::variant<DecideActionForMessage, ContentRulesJSON, GetEncodingStatus, EncodeMessage, DecodedMessage,
-                 ProgramVersion>
+                 ProgramVersion, Service, ChooseService>
         asked;
 };
 

@@ -1,6 +1,5 @@
 #include "hosts/link/LinkThread.h"
 
-#include "hosts/link/LinkAnswers.h"
 #include "platform/appkit/MEExtensionViewController.h"
 #include "platform/foundation/schedule/DispatchQueue.h"
 
@@ -27,10 +26,11 @@ Failure<std::string> unknown(const std::string& session)
 
 } // namespace
 
-LinkThread::LinkThread(int input, FrameWriter& output, MEExtension& extension, LinkPanels& panels,
+LinkThread::LinkThread(int input, FrameWriter& output, LinkAnswers& answers, MEExtension& extension, LinkPanels& panels,
                        std::function<void(std::string)> ended)
     : m_reader(input, -1)
     , m_output(output)
+    , m_answers(answers)
     , m_extension(extension)
     , m_panels(panels)
     , m_ended(std::move(ended))
@@ -127,7 +127,7 @@ LinkThread::Performed LinkThread::perform(const ComposeSessionDidEnd& frame)
 
 LinkThread::Performed LinkThread::perform(const LinkQuestion& frame)
 {
-    const std::string answer = answerTo(frame, m_extension);
+    const std::string answer = m_answers.answerTo(frame);
     if (answer.size() > largestOutgoingFrame) {
         return Failure(std::string("The answer is too long for a frame."));
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "hosts/link/Frame.h"
+#include "hosts/link/LinkAnswers.h"
 #include "hosts/link/LinkFrame.h"
 #include "hosts/link/LinkPanels.h"
 #include "platform/mailkit/MEExtension.h"
@@ -22,7 +23,7 @@ class LinkThread
 {
 public:
     /// `ended` runs once on the main thread: with a sentence when the input was broken, with an empty text at its end.
-    LinkThread(int input, FrameWriter& output, MEExtension& extension, LinkPanels& panels,
+    LinkThread(int input, FrameWriter& output, LinkAnswers& answers, MEExtension& extension, LinkPanels& panels,
                std::function<void(std::string)> ended);
     ~LinkThread();
     LinkThread(const LinkThread&) = delete;
@@ -48,6 +49,7 @@ private:
 
     FrameReader m_reader;
     FrameWriter& m_output;
+    LinkAnswers& m_answers;
     MEExtension& m_extension;
     LinkPanels& m_panels;
     std::function<void(std::string)> m_ended;

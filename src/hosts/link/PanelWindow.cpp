@@ -2,6 +2,7 @@
 
 #include "platform/appkit/ForeignWindow.h"
 #include "platform/appkit/MEExtensionViewController.h"
+#include "platform/appkit/WindowActivation.h"
 #include "platform/appkit/WindowAppearance.h"
 
 #include <QGuiApplication>
@@ -94,11 +95,7 @@ void PanelWindow::placeBeside(const WindowFrame& compose)
 
 void PanelWindow::comeForward()
 {
-    show();
-    if (QGuiApplication::platformName() == QLatin1String("xcb")) {
-        raise(); // Elsewhere there is no such thing.
-    }
-    requestActivate();
+    bringForward(*this);
 }
 
 void PanelWindow::belongTo(const QRectF& compose)

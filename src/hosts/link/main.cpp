@@ -114,7 +114,7 @@ int main(int argc, char** argv)
     if (!program) {
         return complain(texts.name, program.error());
     }
-    ServiceAccess service(program.value()->service(), program.value()->environment());
+    ServiceAccess service(program.value()->service().choice, program.value()->environment());
     // A panel also closes with its compose window, and then the link goes on.
     QGuiApplication::setQuitOnLastWindowClosed(false);
 
@@ -130,7 +130,8 @@ int main(int argc, char** argv)
         if (line.words().empty()) {
             QObject::connect(&panels, &LinkPanels::lastClosedByUser, qGuiApp, &QGuiApplication::quit);
         }
-        const LinkThread link(STDIN_FILENO, output, extension, panels, [&status](const std::string& reason) {
+        LinkAnswers answers(extension, program.value()->service());
+        const LinkThread link(STDIN_FILENO, output, answers, extension, panels, [&status](const std::string& reason) {
             if (!reason.empty()) {
                 print(std::string(texts.name).append(":"), reason);
                 status = 1;

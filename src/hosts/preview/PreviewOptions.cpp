@@ -57,10 +57,10 @@ Result<PreviewOptions, std::string> PreviewOptions::from(const CommandLine& line
 {
     PreviewOptions options;
     if (const auto service = line.value(serviceOption)) {
-        if (*service != "local" && *service != "remote") {
+        options.service = serviceChoiceNamed(*service);
+        if (!options.service) {
             return Failure("--service " + inQuotes(*service) + " is unknown: give local or remote.");
         }
-        options.service = *service == "local" ? ServiceChoice::Local : ServiceChoice::Remote;
     }
     if (const auto reply = line.value(replyOption)) {
         options.reply = positiveNumber(*reply);

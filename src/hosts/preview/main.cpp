@@ -37,7 +37,7 @@ int main(int argc, char** argv)
     }
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Quillmate"));
     MailExtension extension;
-    const ServiceChoice choice = options.value().service.value_or(desktop.value()->service());
+    const ServiceChoice choice = options.value().service.value_or(desktop.value()->service().choice);
     ServiceAccess service(choice, desktop.value()->environment());
     PreviewProgram program(options.value(), service, extension);
     program.start();

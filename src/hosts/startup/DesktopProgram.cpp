@@ -38,7 +38,7 @@ Result<std::unique_ptr<DesktopProgram>, std::string> DesktopProgram::open(const 
     if (!environment) {
         return Failure(environment.error());
     }
-    const auto service = serviceChoice(std::getenv("QUILLMATE_SERVICE"), environment.value());
+    const auto service = serviceOffer(std::getenv("QUILLMATE_SERVICE"), environment.value(), storedServiceChoice());
     if (!service) {
         return Failure(service.error());
     }

@@ -31,8 +31,8 @@ public:
     static void drawToMemory();
 
     [[nodiscard]] const NetworkEnvironment& environment() const { return m_environment; }
-    /// Whose service the environment says to ask.
-    [[nodiscard]] ServiceChoice service() const { return m_service; }
+    /// Whose service to ask, by the environment and the user's choice as they were at the start.
+    [[nodiscard]] const ServiceOffer& service() const { return m_service; }
 
 private:
     explicit DesktopProgram(char** argv)
@@ -43,7 +43,7 @@ private:
     int m_noArguments = 1; // Ours are read already; Qt's own are given in its environment variables.
     QGuiApplication m_application;
     NetworkEnvironment m_environment;
-    ServiceChoice m_service = ServiceChoice::Remote;
+    ServiceOffer m_service;
     TerminationSignals m_signals;
 };
 

@@ -2,6 +2,7 @@
 
 #include "base/ApplicationFolders.h"
 #include "platform/foundation/net/URLSession.h"
+#include "state/ServicePlace.h"
 
 #include <QCoreApplication>
 #include <QPointer>
@@ -14,6 +15,7 @@ namespace quillmate
 ServiceAccess::ServiceAccess(ServiceChoice choice, NetworkEnvironment environment)
     : m_environment(std::move(environment))
 {
+    setServiceOfThisMachine(choice == ServiceChoice::Local);
     if (choice == ServiceChoice::Remote) {
         URLSession::configure(m_environment);
         return;

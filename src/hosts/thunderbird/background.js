@@ -5,6 +5,7 @@ import { Explanation } from "./explanation.js";
 import { colourNewMail } from "./new-mail.js";
 import { panelOpensOnButton } from "./options.js";
 import { Program } from "./program.js";
+import { answerServicePage } from "./service.js";
 import { Status } from "./status.js";
 
 const explanation = new Explanation();
@@ -28,6 +29,7 @@ program.onEnded = (reason, hopeless) => {
   sessions.programEnded();
   explanation.programEnded(reason, hopeless);
 };
+program.onReplaced = () => sessions.programEnded();
 status.onOutage = () => explanation.serviceUnreachable();
 
 browser.tabs.onCreated.addListener(async (tab) => {
@@ -40,6 +42,7 @@ browser.tabs.onCreated.addListener(async (tab) => {
 });
 browser.tabs.onRemoved.addListener((tabId) => sessions.end(tabId));
 browser.alarms.onAlarm.addListener((alarm) => program.alarmRang(alarm.name));
+browser.runtime.onMessage.addListener((message) => answerServicePage(message, program));
 browser.messages.onNewMailReceived.addListener((folder, list) => colourNewMail(program, list));
 browser.composeAction.onClicked.addListener((tab) => {
   if (status.unreachable) {

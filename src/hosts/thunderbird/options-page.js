@@ -2,6 +2,7 @@
 
 import { localize, message } from "./localize.js";
 import { panelOpensOnButton, setPanelOpensOnButton } from "./options.js";
+import { chooseService, readService } from "./service.js";
 import { readStatus, watchStatus } from "./status.js";
 
 const command = "_execute_compose_action";
@@ -14,6 +15,34 @@ async function showPanelChoice() {
     choice.checked = choice.value === chosen;
     choice.addEventListener("change", () => setPanelOpensOnButton(choice.value === "button"));
   }
+}
+
+function hintOn(service) {
+  if (!service) {
+    return message("serviceUnknown");
+  }
+  if (service.problem !== undefined) {
+    return message("serviceRefused", service.problem);
+  }
+  return message(service.fixed ? "serviceFixed" : service.offered ? "serviceHint" : "serviceOnlyLocal");
+}
+
+// Shows what the program says of its service; what cannot be chosen is shown, and why.
+function showService(service) {
+  for (const choice of document.getElementsByName("asks")) {
+    choice.checked = choice.value === service?.choice;
+    choice.disabled = !service || service.fixed || (choice.value === "remote" && !service.offered);
+  }
+  const known = service?.offered || service?.choice === "remote";
+  element("serviceRemote").textContent = known ? message("serviceRemote", service.host) : message("serviceNoRemote");
+  element("serviceHint").textContent = hintOn(service);
+}
+
+async function showServiceChoice() {
+  for (const choice of document.getElementsByName("asks")) {
+    choice.addEventListener("change", async () => showService(await chooseService(choice.value)));
+  }
+  showService(await readService());
 }
 
 async function showShortcut() {
@@ -72,6 +101,7 @@ element("shortcutForm").addEventListener("submit", (event) => {
 element("shortcutReset").addEventListener("click", () => changeShortcut(() => browser.commands.reset(command)));
 element("copy").addEventListener("click", copy);
 watchStatus(showStatus);
+showServiceChoice(); // It waits for the program, which may not be there.
 await Promise.all([showPanelChoice(), showShortcut(), showStatus()]);
 if (location.hash === "#wrong") {
   element("wrong").scrollIntoView(); // The page was empty when its address was followed.

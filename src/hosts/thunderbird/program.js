@@ -29,6 +29,8 @@ export class Program {
   // The process has ended or could not be started. The reason is Thunderbird's own text, empty when there is none;
   // hopeless: it has been tried several times and has not answered once.
   onEnded = (reason, hopeless) => {};
+  // The process is ended so that another takes its place.
+  onReplaced = () => {};
 
   constructor(name) {
     this.#name = name;
@@ -80,8 +82,31 @@ export class Program {
     }
   }
 
+  // Ends the process and starts another, at once: the user has changed what it reads at its start.
+  restart() {
+    const port = this.#port;
+    if (port) {
+      this.#forget();
+      this.onReplaced();
+      port.disconnect(); // Thunderbird does not tell us of an end of our own making.
+    }
+    this.start();
+  }
+
   post(frame) {
     this.#port?.postMessage(frame);
+  }
+
+  // Puts a question to the process: the frame that answers it, which may be an error, or null when the process is not there
+  // or goes meanwhile.
+  ask(question) {
+    return new Promise((resolve) => {
+      if (this.#port) {
+        this.#send({ frame: { ...question, request: this.#nextRequest++ }, resolve });
+      } else {
+        resolve(null);
+      }
+    });
   }
 
   // What to do with a message of that subject and sender: the action, or null. Waits for the process; a pause so long that
@@ -90,7 +115,7 @@ export class Program {
     return new Promise((resolve) => {
       const message = { rawData: null, subject, fromAddress: { addressString: address }, headers: null };
       const frame = { type: "decideActionForMessage", request: this.#nextRequest++, message };
-      const question = { frame, resolve };
+      const question = { frame, resolve: (answer) => resolve(answer?.type === "messageActionDecision" ? answer.decision : null) };
       if (this.#port) {
         this.#send(question);
       } else {
@@ -113,7 +138,7 @@ export class Program {
     const question = this.#questions.get(frame.request);
     if (question) {
       this.#questions.delete(frame.request);
-      question.resolve(frame.type === "messageActionDecision" ? frame.decision : null);
+      question.resolve(frame);
     }
     if (frame.type === "error") {
       console.error(`quillmate-extension: ${frame.message}`);
@@ -129,13 +154,7 @@ export class Program {
     }
     const hopeless = !this.#alive && this.#pause >= hopelessPause;
     const reason = port.error?.message ?? "";
-    this.#port = null;
-    this.#alive = false;
-    // Not asked again: a question may be what ended the process.
-    for (const question of this.#questions.values()) {
-      question.resolve(null);
-    }
-    this.#questions.clear();
+    this.#forget();
     if (Date.now() - this.#startedAt >= settledAfter) {
       this.#pause = 0;
     }
@@ -145,5 +164,15 @@ export class Program {
     browser.alarms.create(alarmPrefix + pause, { when: Date.now() + pause });
     console.error(`Quillmate's program has ended and is started again in ${pause / 1000} s. ${reason}`);
     this.onEnded(reason, hopeless);
+  }
+
+  // The process is no more. Its questions are not asked again: one may be what ended it.
+  #forget() {
+    this.#port = null;
+    this.#alive = false;
+    for (const question of this.#questions.values()) {
+      question.resolve(null);
+    }
+    this.#questions.clear();
   }
 }

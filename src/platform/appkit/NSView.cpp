@@ -1,5 +1,7 @@
 #include "platform/appkit/NSView.h"
 
+#include "platform/appkit/WindowActivation.h"
+
 #include <QQmlProperty>
 #include <QQuickItem>
 #include <QQuickWindow>
@@ -85,6 +87,13 @@ void NSView::takeKeyboard()
     }
     if (home && m_item->isAncestorOf(home)) {
         home->forceActiveFocus(Qt::TabFocusReason);
+    }
+}
+
+void NSView::bringWindowForward()
+{
+    if (QQuickWindow* window = m_item->window(); window && window->isVisible()) {
+        bringForward(*window);
     }
 }
 

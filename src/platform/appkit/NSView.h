@@ -37,6 +37,10 @@ public:
     /// is; without one on the first control within.
     void takeKeyboard();
 
+    /// Brings the window that shows the view before the others, with the keyboard, as far as the desktop lets it;
+    /// nothing while it is closed.
+    void bringWindowForward();
+
     /// Keeps the four edges equal to those of the view it was added to.
     void pinEdgesToSuperview();
 

@@ -114,7 +114,7 @@ Item {
                         objectName: "problem"
                         width: parent.width
                         visible: text !== ""
-                        text: screen.viewState.progress.problem
+                        text: screen.viewState.progress.problem || (screen.viewState.progress.asking ? "" : screen.viewState.explanation)
                         onTextChanged: if (problem.text !== "")
                             Announcer.alert(problem)
                         textFormat: Text.PlainText

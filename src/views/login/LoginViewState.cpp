@@ -2,6 +2,7 @@
 
 #include "platform/foundation/schedule/MainOwned.h"
 #include "platform/foundation/text/print.h"
+#include "state/AuthManager.h"
 #include "views/HostedViewOf.h"
 #include "views/session/PanelHeight.h"
 
@@ -9,11 +10,32 @@
 
 namespace quillmate
 {
+namespace
+{
+
+QString explanationOf(AuthManager::SignInLoss loss)
+{
+    switch (loss) {
+    case AuthManager::SignInLoss::None:
+        break;
+    case AuthManager::SignInLoss::Restart:
+        return QStringLiteral(
+            "Quillmate has been started anew, and a sign-in lasts only as long as it runs. Please log "
+            "in again: everything that was kept is still there.");
+    case AuthManager::SignInLoss::Refusal:
+        return QStringLiteral("The service has ended your sign-in. Please log in again: everything that was kept is "
+                              "still there.");
+    }
+    return {};
+}
+
+} // namespace
 
 LoginViewState::LoginViewState(const RepliedMessage& message, std::function<void()> onLoginButtonTap,
                                std::shared_ptr<LoginProgress> progress)
     : m_onLoginButtonTap(std::move(onLoginButtonTap))
     , m_progress(std::move(progress))
+    , m_explanation(explanationOf(AuthManager::shared().signInLoss()))
     , m_customHeight(panelHeight(message))
 {
 }

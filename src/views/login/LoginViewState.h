@@ -23,6 +23,8 @@ class LoginViewState : public QObject
     QML_UNCREATABLE("Made with its screen")
     Q_PROPERTY(quillmate::DeveloperMenuState* developerMenu READ developerMenu CONSTANT)
     Q_PROPERTY(quillmate::LoginProgress* progress READ progress CONSTANT)
+    /// Why the user, who has signed in before, has to do so again; empty when there is nothing to say.
+    Q_PROPERTY(QString explanation READ explanation CONSTANT)
     /// The least height of the screen, in points.
     Q_PROPERTY(int customHeight READ customHeight CONSTANT)
 
@@ -37,6 +39,7 @@ public:
 
     [[nodiscard]] DeveloperMenuState* developerMenu() { return &m_developerMenu; }
     [[nodiscard]] LoginProgress* progress() { return m_progress.get(); }
+    [[nodiscard]] const QString& explanation() const { return m_explanation; }
     [[nodiscard]] int customHeight() const { return m_customHeight; }
 
     Q_INVOKABLE void loginButtonTapped() const { m_onLoginButtonTap(); }
@@ -47,6 +50,7 @@ public:
 private:
     const std::function<void()> m_onLoginButtonTap;
     const std::shared_ptr<LoginProgress> m_progress;
+    const QString m_explanation;
     const int m_customHeight;
     bool m_hasAddedEventMonitor = false;
     DeveloperMenuState m_developerMenu;

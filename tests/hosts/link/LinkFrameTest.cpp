@@ -64,7 +64,7 @@ std::string question(const std::string& type, const std::string& members)
 /// What the other end gets to read for a frame that is a question.
 std::string answered(const std::string& frame, MEExtension& extension)
 {
-    return answerTo(std::get<LinkQuestion>(readLinkFrame(frame).value().frame), extension);
+    return LinkAnswers(extension, {}).answerTo(std::get<LinkQuestion>(readLinkFrame(frame).value().frame));
 }
 
 /// A security handler of another extension, one that has something to say.

@@ -100,6 +100,8 @@ public:
         return m_run.errorLines().filter(QRegularExpression("^(No subject found|i enter in the login)"));
     }
     ProgramRun& run() { return m_run; }
+    /// To be changed before a start.
+    ProgramSurroundings& surroundings() { return m_surroundings; }
 
 private:
     ProgramSurroundings m_surroundings;
@@ -201,6 +203,57 @@ private Q_SLOTS:
         QCOMPARE(process.begunAndShown(), QStringList{noSubject});
         QVERIFY(!process.run().errors().contains("SESSSION FROM CONTENT EMAIL")); // A question says nothing.
         QCOMPARE(process.run().output(), QByteArray());
+    }
+
+    void serviceIsChosen()
+    {
+        const bool hasRemote = serviceHosts().front() != QLatin1String("quillmate.example");
+        const QString usual = hasRemote ? QStringLiteral("remote") : QStringLiteral("local");
+        const QString refused = QStringLiteral("refused");
+        struct Step {
+            QString choice; // empty: only asked
+            QString found;
+        };
+        const auto play = [&](LinkProcess& process, bool isFixed, const std::vector<Step>& steps) {
+            process.run().start();
+            int request = 0;
+            for (const auto& [choice, found] : steps) {
+                QJsonObject frame{{"type", choice.isEmpty() ? "service" : "chooseService"}, {"request", ++request}};
+                if (!choice.isEmpty()) {
+                    frame["choice"] = choice;
+                }
+                process.send(frame);
+                const QJsonObject answer = process.nextFrame();
+                const QJsonObject wanted{{"type", "service"}, {"request", request},
+                                         {"choice", found},   {"host", serviceHosts().front()},
+                                         {"fixed", isFixed},  {"offered", hasRemote}};
+                if (found == refused) {
+                    QCOMPARE(answer["type"].toString(), QStringLiteral("error"));
+                    QCOMPARE(answer["request"].toInt(), request);
+                    QVERIFY(!answer["message"].toString().isEmpty());
+                } else {
+                    QCOMPARE(answer, wanted);
+                }
+            }
+            QCOMPARE(process.run().endInput(), 0);
+        };
+        LinkProcess fixed(m_server);
+        play(fixed, true, {{"", "remote"}, {"local", refused}, {"", "remote"}});
+
+        LinkProcess chosen(m_server);
+        chosen.surroundings().set("QUILLMATE_CONNECT_TO", {});
+        const QString other = hasRemote ? QStringLiteral("remote") : refused;
+        play(chosen, false,
+             {{"", usual}, {"both", refused}, {"local", "local"}, {"remote", other}, {"local", "local"}});
+        QFile file(chosen.surroundings().file("config/quillmate/service"));
+        QCOMPARE(file.permissions() & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
+        QVERIFY(file.open(QFile::ReadWrite));
+        QCOMPARE(file.readAll(), QByteArray("local\n"));
+        play(chosen, false, {{"", "local"}}); // The next start.
+        file.write("damaged");
+        file.close();
+        play(chosen, false, {{"", usual}});
+        QVERIFY(chosen.run().errors().contains("cannot be read and counts as none"));
     }
 
     void inputEnds()

@@ -18,6 +18,7 @@ const { ComposeSessions } = await import(join(folder, "compose-sessions.js"));
 const { originalMessage } = await import(join(folder, "original-message.js"));
 const { colourNewMail } = await import(join(folder, "new-mail.js"));
 const { readStatus } = await import(join(folder, "status.js"));
+const { chooseService, readService } = await import(join(folder, "service.js"));
 
 // What is known first.
 async function firstKnown(details) {
@@ -445,6 +446,42 @@ test("an outage of the service is told once, and at the button", async () => {
     assert.deepEqual([browser.badge, browser.title, browser.pagesShown, kept], [badge, title, pages, reason], name);
   }
   assert.equal(port.sessions.filter((frame) => frame.startsWith("viewController")).length, 3); // The panel too, each time.
+});
+
+test("the service is chosen, and the program reads the choice", async () => {
+  const first = await loadedAddOn();
+  browser.details.set(1, { type: "new" });
+  browser.tabs.onCreated.fire({ id: 1, windowId: 1, type: "messageCompose" });
+  await settle();
+  const told = { type: "service", host: "mail.corp.example", fixed: false, offered: true };
+  const answer = async (port, frame) => {
+    await settle();
+    const { request, type, choice } = port.posted.at(-1);
+    port.onMessage.fire({ request, ...frame });
+    await settle();
+    return choice ?? type;
+  };
+
+  const read = readService();
+  assert.equal(await answer(first, { ...told, choice: "local" }), "service");
+  assert.equal((await read).choice, "local");
+
+  const refused = chooseService("remote");
+  assert.equal(await answer(first, { type: "error", message: "no room" }), "remote");
+  assert.equal(await answer(first, { ...told, choice: "local" }), "service");
+  const { choice, problem } = await refused;
+  assert.deepEqual([choice, problem, browser.ports.length], ["local", "no room", 1]);
+
+  const chosen = chooseService("remote");
+  assert.equal(await answer(first, { ...told, choice: "remote" }), "remote");
+  assert.equal((await chosen).choice, "remote");
+  assert.deepEqual([first.disconnected, browser.ports.length, browser.alarm], [true, 2, null]);
+  assert(browser.ports[1].sessions.some((frame) => frame.startsWith("viewController"))); // The panel is there again.
+
+  const unanswered = readService();
+  await settle();
+  browser.ports[1].end("gone");
+  assert.equal(await unanswered, null);
 });
 
 test("the panel waits for the button where the user wants that", async () => {

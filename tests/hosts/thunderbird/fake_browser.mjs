@@ -23,6 +23,9 @@ export class Port {
   get sessions() {
     return this.posted.filter((frame) => frame.session).map((frame) => `${frame.type} ${frame.session}`);
   }
+  disconnect() {
+    this.disconnected = true;
+  }
   end(message) {
     this.error = message ? { message } : null;
     this.onDisconnect.fire(this);
@@ -111,6 +114,8 @@ export function fakeBrowser() {
     },
     runtime: {
       getURL: (path) => path,
+      onMessage: new Event(),
+      sendMessage: (message) => browser.runtime.onMessage.listeners.map((listener) => listener(message)).find(Boolean),
       connectNative() {
         browser.ports.push(new Port());
         return browser.ports.at(-1);
