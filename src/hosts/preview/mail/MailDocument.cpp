@@ -1,5 +1,6 @@
 #include "hosts/preview/mail/MailDocument.h"
 
+#include "hosts/preview/mail/ReadableSource.h"
 #include "mail/EncodedWords.h"
 #include "mail/HeaderFields.h"
 #include "mail/MessageDate.h"
@@ -73,7 +74,7 @@ MailDocument readDocument(std::string source, const ContentRules& rules)
     }
     const std::string& address = document.summary.sender.address;
     document.message = std::make_shared<const MEMessage>(MEMessage{
-        .rawData = std::move(source),
+        .rawData = readableSource(std::move(source)),
         .subject = document.summary.subject,
         .fromAddress = {address.empty() ? std::nullopt : std::optional(address)},
         .headers = messageHeadersOf(headers),

@@ -34,7 +34,7 @@ struct MailDocument {
     std::vector<Mailbox> replyTo; ///< whom a reply goes to: Reply-To, else From
 };
 
-/// The most text of one message that is shown and quoted, in bytes; the extension gets the whole source all the same.
+/// The most text of one message that is shown and quoted, in bytes; the extension gets the whole all the same.
 inline constexpr std::size_t displayTextBytes = std::size_t{128} * 1024;
 
 /// `head` is the source's beginning, at least the header block; line ends of either kind.
