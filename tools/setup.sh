@@ -20,7 +20,7 @@ test_packages=(
     xvfb fonts-dejavu-core bc
     at-spi2-core dbus python3 python3-gi gir1.2-atspi-2.0 xclip xdotool
     chromium chromium-driver python3-selenium
-    thunderbird nodejs openbox wmctrl x11-utils procps
+    thunderbird dovecot-imapd nodejs openbox wmctrl x11-utils procps
 )
 # What making the packages takes beside that.
 package_packages=(dpkg-dev fakeroot file gzip binutils)

@@ -1,6 +1,7 @@
 """Thunderbird with the add-on, on a profile and in a home of its own."""
 
 import glob
+import json
 import os
 import re
 import shlex
@@ -27,11 +28,15 @@ const pause = time => new Promise(resolve => Services.tm.mainThread.dispatch(
 COMPOSE = (
     COMMON
     + """
-const [kind, subject] = args;
-const folder = inbox("server1");
+const [kind, subject, account] = args;
+const folder = inbox(account);
 let header = null;
 for (let tries = 0; kind !== "New" && !header && tries < 200; ++tries) {
-  try { header = [...folder.messages].find(each => each.mime2DecodedSubject.includes(subject)); } catch {}
+  try {
+    const all = [...folder.messages];
+    header = all.find(each => [each.mime2DecodedSubject, each.messageId].includes(subject))
+        ?? all.find(each => each.mime2DecodedSubject.includes(subject));
+  } catch {}
   if (!header) { try { folder.updateFolder(null); } catch {} await pause(100); }
 }
 if (kind !== "New" && !header) { throw new Error("There is no message about " + subject); }
@@ -51,13 +56,14 @@ return opened.docShell.outerWindowID;
 class Thunderbird(Accessible):
     """What it shows on the accessibility bus is that of the panels, not its own."""
 
-    def __init__(self, programs, service=None, host_installed=True, mail=SAMPLES):
+    def __init__(self, programs, service=None, host_installed=True, mail=SAMPLES, preferences={}):
         self.home = Home()
         self.programs = programs
         self.profile = self.home.path + "/profile"
         self.shell(shlex.join(["make_profile", self.profile, programs + "/../quillmate.xpi", *mail]))
         with open(self.profile + "/user.js", "a") as user:
-            user.write('user_pref("marionette.port", 0);\n')
+            for name, value in {"marionette.port": 0, **preferences}.items():
+                user.write(f"user_pref({json.dumps(name)}, {json.dumps(value)});\n")
         if host_installed:
             self.install_host()
         environment = self.home.environment() | (service.environment() if service else {})
@@ -104,9 +110,10 @@ class Thunderbird(Accessible):
         ).stdout.split()
         return int(found[0]) if found else None
 
-    def compose(self, kind, subject=""):
-        """Opens a compose window: "ReplyToSender", "ReplyAll", "ForwardInline" or "New"; gives its number."""
-        return self.marionette.run(COMPOSE, kind, subject)
+    def compose(self, kind, subject="", account="server1"):
+        """Opens a compose window: "ReplyToSender", "ReplyAll", "ForwardInline" or "New"; gives its number.
+        The message is known by a part of its subject, or by its identifier."""
+        return self.marionette.run(COMPOSE, kind, subject, account)
 
     def with_window(self, number, script, *arguments):
         """Runs the script about that compose window, which it knows as `composing`."""

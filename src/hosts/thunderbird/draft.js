@@ -2,17 +2,29 @@
 
 import { headersOf } from "./headers.js";
 
+const draftUse = "drafts";
 // Copies there are not what somebody answers.
-const otherUses = new Set(["drafts", "templates", "trash", "junk"]);
+const otherUses = [draftUse, "templates", "trash", "junk"];
 
 // The message that a draft answers, as Thunderbird lists it; null when there is none.
 export async function originalOfDraft(details) {
-  const identifier = answeredIdentifier((await headersOfDraft(details)) ?? {});
+  const related = details.relatedMessageId ? await browser.messages.get(details.relatedMessageId) : null;
+  if (related && !isUsedFor(related, draftUse)) {
+    return related; // Thunderbird still knows it.
+  }
+  // Compose details have no word of the headers.
+  const draft = related ?? (await newestDraft(details.subject ?? ""));
+  const identifier = answeredIdentifier((draft && (await headersOf(draft.id))) ?? {});
   if (!identifier) {
     return null;
   }
   const { messages } = await browser.messages.query({ headerMessageId: identifier });
-  return messages.find(({ folder }) => !folder?.specialUse?.some((use) => otherUses.has(use))) ?? messages[0] ?? null;
+  return messages.find((message) => !isUsedFor(message, ...otherUses)) ?? messages[0] ?? null;
+}
+
+// Whether the message's folder has one of these uses.
+function isUsedFor({ folder }, ...uses) {
+  return uses.some((use) => folder?.specialUse?.includes(use));
 }
 
 // Without the angle brackets.
@@ -21,20 +33,11 @@ function answeredIdentifier(headers) {
   return identifiers("in-reply-to")?.at(0) ?? identifiers("references")?.at(-1) ?? null;
 }
 
-// Compose details have no word of these headers.
-async function headersOfDraft(details) {
-  if (details.relatedMessageId) {
-    return headersOf(details.relatedMessageId);
-  }
-  const draft = await newestDraft(details.subject ?? "");
-  return draft && headersOf(draft.id);
-}
-
 // Thunderbird does not tell which draft it is: the newest with that subject, which is the one just saved or opened.
 async function newestDraft(subject) {
   const bare = (text) => text.replace(/^(?:\s*re\s*:)+\s*/iu, "").trim();
   const found = [];
-  for (const folder of await browser.folders.query({ specialUse: ["drafts"] })) {
+  for (const folder of await browser.folders.query({ specialUse: [draftUse] })) {
     const { messages } = await browser.messages.query({ folderId: folder.id, subject: bare(subject) });
     found.push(...messages.filter((message) => bare(message.subject ?? "") === bare(subject)));
   }

@@ -139,7 +139,7 @@ test("the message as the process wants it", async (context) => {
       }
     });
   }
-  for (const details of [{ type: "new" }, { type: "draft", relatedMessageId: 7 }, { type: "reply" }]) {
+  for (const details of [{ type: "new" }, { type: "reply" }]) {
     assert.equal(await firstKnown(details), null);
   }
 });
@@ -281,6 +281,7 @@ test("a message that is not there at once", async (context) => {
 
 test("a draft of a reply is about what it answers", async (context) => {
   const rows = [
+    ["its original told of by Thunderbird", { relatedMessageId: 7 }, {}, 7],
     ["told of by Thunderbird", { relatedMessageId: 8 }, { "in-reply-to": ["<m@a.example>"] }, 7],
     ["found by its subject", {}, { "in-reply-to": ["<m@a.example>"] }, 7],
     ["by its references", {}, { references: ["<x@a.example>\n <m@a.example>"] }, 7],
@@ -289,7 +290,7 @@ test("a draft of a reply is about what it answers", async (context) => {
   ];
   for (const [name, details, headers, wanted] of rows) {
     await context.test(name, async () => {
-      const draft = { id: 8, subject: "Plans", date: new Date(2), headers, folder: { id: "drafts" } };
+      const draft = { id: 8, subject: "Plans", date: new Date(2), headers, folder: { id: "drafts", specialUse: ["drafts"] } };
       const other = { id: 9, subject: "Plans", date: new Date(1), headers: {}, folder: { id: "drafts" } };
       const copy = { id: 6, subject: "6", source: new Blob([]), headers: {}, headerMessageId: "m@a.example" };
       browser.messagesById = new Map([
