@@ -3,6 +3,8 @@
 #include "MadeUpState.h"
 
 #include "features/RepliedMessage.h"
+#include "platform/foundation/settings/UserDefaults.h"
+#include "state/SettingsKeys.h"
 #include "views/chat/ChatViewState.h"
 #include "views/login/LoginViewState.h"
 #include "views/session/SessionTabsViewState.h"
@@ -113,6 +115,13 @@ void addSignIn(std::vector<Shot>& shots)
     tell("asking for the page", {}, narrow);
     tell("service out of reach", problem, narrow);
     tell("service out of reach, large text", problem, narrow, 2);
+    const auto again = [] {
+        setUp(usualScene());
+        UserDefaults::standard().setBoolean(SettingsKeys::hasSignedIn, true);
+        return LoginViewState::makeView(*messageOf(usualScene()), [] {});
+    };
+    shots.push_back({"Sign-in screen", "signed in before", again, {}, narrow});
+    shots.push_back({"Sign-in screen", "signed in before, large text", again, {}, narrow, 2});
     shots.push_back({"Sign-in screen", "keyboard on the button", [] { return signIn(true, false); },
                      [](QQuickItem& root) { focusOn(root, "loginButton"); }, narrow});
 }

@@ -3,6 +3,7 @@
 import os
 import pwd
 import shutil
+import signal
 import socket
 import subprocess
 import tempfile
@@ -91,7 +92,8 @@ class ImapServer:
         self.start()
 
     def start(self):
-        self.process = subprocess.Popen(["/usr/sbin/dovecot", "-F", "-c", self.folder + "/dovecot.conf"])
+        command = ["/usr/sbin/dovecot", "-F", "-c", self.folder + "/dovecot.conf"]
+        self.process = subprocess.Popen(command, start_new_session=True)
         end = time.monotonic() + PATIENCE
         while True:
             try:
@@ -111,6 +113,10 @@ class ImapServer:
         if self.process:
             self.process.terminate()
             self.process.wait(PATIENCE)
+            try:
+                os.killpg(self.process.pid, signal.SIGKILL)  # Connections that are open go on without it.
+            except ProcessLookupError:
+                pass
             self.process = None
 
     def end(self):

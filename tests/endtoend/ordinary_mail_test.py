@@ -36,6 +36,18 @@ return 0;
 """
 )
 
+# Orders a reply and does not wait for its window, which Thunderbird gets ready once it has the message.
+ORDER_REPLY = (
+    COMMON
+    + """
+const [account, subject] = args;
+const folder = inbox(account);
+const header = [...folder.messages].find(each => each.mime2DecodedSubject === subject);
+MailServices.compose.OpenComposeWindow(null, header, folder.getUriForMsg(header), Ci.nsIMsgCompType.ReplyToSender,
+    Ci.nsIMsgCompFormat.PlainText, MailServices.accounts.allIdentities[0], "", null);
+"""
+)
+
 # Saves what is being written as a draft, closes it, and opens the draft.
 CONTINUE_LATER = """
 composing.GenericSendMessage(Ci.nsIMsgCompDeliverMode.SaveAsDraft);
@@ -128,6 +140,10 @@ class OrdinaryMail(unittest.TestCase):
             until(lambda: len(thunderbird.panels()) == 1, "the draft's panel alone")
             thunderbird.wait_for("label", words)
             self.close(thunderbird, draft)
+
+        self.server.stop()
+        thunderbird.marionette.run(ORDER_REPLY, ACCOUNT, f"About {MAIL[5].name}")
+        thunderbird.wait_for("text", "Email content")
 
     def reply_to_one_of(self, thunderbird, words):
         """Opens the reply to the message about one draft in which these words are."""

@@ -70,7 +70,7 @@ private Q_SLOTS:
 
     void source()
     {
-        const QByteArray binary("From: a@b\n\n\0\xff\xfe", 14);
+        const QByteArray binary("From: a@b\nContent-Type: image/x\n\n\0\xff\xfe", 36);
         const std::pair<QByteArray, QByteArray> rows[] = {
             {"From: a@b\r\nSubject: s\r\n\r\nx\r\n", "From: a@b\nSubject: s\n\nx\n"},
             {"From: a@b\n\nx\ry\r\r\nz\r", "From: a@b\n\nx\ry\r\nz\r"},
