@@ -63,6 +63,13 @@ bool isText(const QByteArray& bytes)
     return !decoder.hasError() || high * 3 < bytes.size();
 }
 
+/// Whether the digits of base64 are but the letters of a word, capital at most at its beginning.
+bool isWord(const QByteArray& digits)
+{
+    return std::all_of(digits.begin() + (digits.isEmpty() ? 0 : 1), digits.end(),
+                       [](char c) { return c >= 'a' && c <= 'z'; });
+}
+
 bool looksLikeBase64(std::string_view body)
 {
     std::string_view rest = body.substr(0, lookedAt);
@@ -76,6 +83,9 @@ bool looksLikeBase64(std::string_view body)
         if (line.empty()) {
             continue;
         }
+        if (joined.endsWith('=')) {
+            break; // What a list puts below is not encoded.
+        }
         if (ended || (lineLength != 0 && line.size() > lineLength)) {
             return false;
         }
@@ -86,12 +96,31 @@ bool looksLikeBase64(std::string_view body)
     if (!whole) {
         joined.truncate(joined.size() / 4 * 4);
     }
+    if (isWord(joined)) {
+        return false;
+    }
     const auto decoded = QByteArray::fromBase64Encoding(joined, QByteArray::AbortOnBase64DecodingErrors);
     return joined.size() >= shortestBase64 && joined.size() % 4 == 0 && decoded && isText(*decoded);
 }
 
+/// Whether the escape at that place of a line is none by chance, as "id=2048" has one: it stands for a letter beyond
+/// ASCII, for the sign "=" itself or for a blank at the line's end, in capital digits (RFC 2045, 6.7), and not in an
+/// address.
+bool isConvincing(std::string_view line, std::size_t index)
+{
+    const std::string_view digits = line.substr(index + 1, 2);
+    const std::size_t wordStart = line.find_last_of(" \t<\"", index) + 1; // 0 for none
+    const bool inAddress = line.substr(wordStart, index - wordStart).find("://") != std::string_view::npos;
+    const bool isCapital = std::none_of(digits.begin(), digits.end(), [](char c) { return c >= 'a' && c <= 'f'; });
+    const bool isBlank = (digits == "20" || digits == "09") && index + 3 >= line.size();
+    return digits == "3D" || (isCapital && digits.front() >= '8' && !inAddress) || (isBlank && !inAddress);
+}
+
 bool looksLikeQuotedPrintable(std::string_view body)
 {
+    // Lines are filled before they are broken; a short one that ends in "=" is somebody's sum.
+    constexpr std::size_t leastFilled = 40;
+    bool isConvinced = false;
     std::size_t softBreaks = 0;
     std::size_t escapes = 0;
     std::size_t others = 0;
@@ -104,14 +133,16 @@ bool looksLikeQuotedPrintable(std::string_view body)
         for (std::size_t index = line.find('='); index != std::string_view::npos; index = line.find('=', index + 1)) {
             if (index + 1 == line.size()) {
                 ++softBreaks;
+                isConvinced = isConvinced || line.size() >= leastFilled;
             } else if (index + 2 < line.size() && isHex(line[index + 1]) && isHex(line[index + 2])) {
                 ++escapes;
+                isConvinced = isConvinced || isConvincing(line, index);
             } else {
                 ++others;
             }
         }
     }
-    return softBreaks + escapes > 0 && others * 10 <= softBreaks + escapes;
+    return isConvinced && others * 10 <= softBreaks + escapes;
 }
 
 /// Whether the multipart's last boundary is there, near its beginning or at its end.

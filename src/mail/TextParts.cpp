@@ -243,6 +243,18 @@ std::vector<TextPart> textPartsOfBody(std::string_view body)
     return PartFinder(body).find(std::move(fields));
 }
 
+namespace
+{
+
+/// Up to the end that base64 names: what lists put below a message is not encoded.
+std::string_view withoutFooter(std::string_view base64)
+{
+    const std::size_t padding = base64.find('=');
+    return padding == std::string_view::npos ? base64 : base64.substr(0, base64.find_first_not_of("= \t\r\n", padding));
+}
+
+} // namespace
+
 DecodedBytes decodedBytes(const TextPart& part, std::size_t limit)
 {
     prepareMimeLibrary();
@@ -254,7 +266,7 @@ DecodedBytes decodedBytes(const TextPart& part, std::size_t limit)
     constexpr std::size_t step = std::size_t{16} * 1024;
     const ObjectPointer<GMimeFilter> decoder(g_mime_filter_basic_new(encoding, FALSE));
     DecodedBytes decoded;
-    std::string_view rest = part.content;
+    std::string_view rest = encoding == GMIME_CONTENT_ENCODING_BASE64 ? withoutFooter(part.content) : part.content;
     while (!rest.empty() && decoded.bytes.size() <= limit) {
         std::string input(rest.substr(0, step)); // The filter's interface takes a writable buffer.
         rest.remove_prefix(input.size());

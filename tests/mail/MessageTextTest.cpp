@@ -154,6 +154,15 @@ private Q_SLOTS:
         row("quoted-printable", "Gr=C3=BC=C3=9Fe aus M=C3=BCnchen, eine lange=\n Zeile mit 2=3D2.",
             "Grüße aus München, eine lange Zeile mit 2=2.");
         row("quoted-printable Latin-1", "caf=E9 =E0 la carte=\n et plus", "café à la carte et plus");
+        row("quoted-printable Windows", "=93Quoted=94 =96 300 =80", "“Quoted” – 300 €");
+        row("soft breaks alone", "A line that is as long as lines of that kind are before they are br=\noken.",
+            "A line that is as long as lines of that kind are before they are broken.");
+        for (const char* left :
+             {"See https://example.org/?id=2048 for more.", "See https://example.org/?q=E9&x=A0 for it.",
+              "x=10; y=20; if (a=ff) b=AF; E=mc2", "Internationalization", "a1B2c3D4e5F6g7H8i9J0"}) {
+            row(left, left, left);
+        }
+        row("a sum", "2 + 2 =\n4", "2 + 2 =\n4");
         row("address with parameters", "See https://example.org/?a=1&b=2 for more.",
             "See https://example.org/?a=1&b=2 for more.");
         row("base64", QByteArray("Ein Text mit Umlauten: äöü und noch viel mehr davon.").toBase64(),
@@ -161,6 +170,14 @@ private Q_SLOTS:
         row("base64 lines",
             "VGhlIGZpcnN0IGxpbmUgb2YgdGhpcyBsZXR0ZXIgZ29lcyBvbiBmb3IgYSBsb25nIHdoaWxlIHVu\ndGlsIGl0IGVuZHMu\n",
             "The first line of this letter goes on for a long while until it ends.");
+        row("base64 Latin-1 with a list's footer",
+            QByteArray("Gr\xfc\xdf"
+                       "e aus M\xfcnchen, wie immer!")
+                    .toBase64() +
+                "\n____\nthe list\n",
+            "Grüße aus München, wie immer!");
+        row("base64 of a page", QByteArray("<p>Der <b>Preis</b></p><p>bleibt für München gleich.</p>").toBase64(),
+            "Der Preis\n\nbleibt für München gleich.");
         row("one long word", "Donaudampfschifffahrt", "Donaudampfschifffahrt");
         row("ISO-2022-JP", "\x1B$B$3$s$K$A$O\x1B(B", "こんにちは");
         row("a whole source", "Received: from x\nSubject: s\n" + multipart("alternative", {html, plain}),

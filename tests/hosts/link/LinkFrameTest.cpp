@@ -145,6 +145,22 @@ private Q_SLOTS:
                  std::string("sünde"));
     }
 
+    void longSources()
+    {
+        const std::string source(2'000'000, 'A'); // 1,500,000 zero bytes
+        const auto quoted = '"' + source + '"';
+        const std::string bytes(1'500'000, '\0');
+        QVERIFY(*readAs<ComposeSessionDidBegin>(withMember("rawData", quoted.c_str())).originalMessage->rawData ==
+                bytes);
+        const std::string other = "\\\"rawData\\\":\\\"" + source;
+        const auto read = readAs<ComposeSessionDidBegin>(withMember("subject", ('"' + other + '"').c_str()));
+        QVERIFY(read.originalMessage->subject == "\"rawData\":\"" + source && !read.originalMessage->rawData);
+        for (const char* wrong : {"*", "\\", "\n", "\xff"}) {
+            const auto refused = readLinkFrame(withMember("rawData", ('"' + source + wrong + '"').c_str()));
+            QVERIFY2(!refused, wrong);
+        }
+    }
+
     void halvesOfSurrogatePairs()
     {
         const std::string texts = R"(\"a\ud83d\" \uDE00b \uD83D\uDE00 \ud83dx\ud83d\ud83d\ude00 \\ud83d \u00e9)";

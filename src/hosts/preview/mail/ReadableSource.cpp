@@ -176,13 +176,6 @@ bool isPlain(char c)
     return static_cast<unsigned char>(c) < 0x80 && c != '\x1B'; // An escape may switch to another alphabet.
 }
 
-/// Up to the end that base64 names: what lists put below a message is not encoded.
-std::string_view withoutFooter(std::string_view base64)
-{
-    const std::size_t padding = base64.find('=');
-    return padding == std::string_view::npos ? base64 : base64.substr(0, base64.find_first_not_of("= \t\r\n", padding));
-}
-
 /// The text of a single part in UTF-8; nothing when it can be read as it is.
 std::optional<std::string> decodedText(std::string_view body, const ContentFields& content)
 {
@@ -197,7 +190,7 @@ std::optional<std::string> decodedText(std::string_view body, const ContentField
         return std::nullopt;
     }
     TextPart part;
-    part.content = encoding == "base64" ? withoutFooter(body) : body;
+    part.content = body;
     part.encoding = isEncoded ? encoding : std::string();
     std::string bytes = decodedBytes(part, body.size()).bytes;
     constexpr std::string_view mark = "\xEF\xBB\xBF";
