@@ -64,7 +64,7 @@ class ImapServer:
         self.folder = tempfile.mkdtemp(prefix="imap")
         self.port = free_port()
         os.chmod(self.folder, 0o755)
-        # Mail is read by nobody special where the server itself runs as root, which it must not be read by.
+        # dovecot refuses to read mail as root: there it does so as the user "nobody".
         root = os.getuid() == 0
         owner = pwd.getpwnam("nobody") if root else pwd.getpwuid(os.getuid())
         me = owner.pw_name

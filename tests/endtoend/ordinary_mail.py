@@ -33,10 +33,10 @@ def message(name, head, body):
     return (fields + head + "\n").encode() + (body if isinstance(body, bytes) else body.encode())
 
 
-def multipart(name, kind, *parts, text=ENGLISH):
+def multipart(name, kind, *parts, text=ENGLISH, more=""):
     """Each part: its header fields and its body."""
     pieces = [f"--=_b\n{head}\n{body}\n" for head, body in parts]
-    head = f'Content-Type: multipart/{kind}; boundary="=_b"\n'
+    head = f'Content-Type: multipart/{kind}; boundary="=_b"\n' + more
     return Mail(name, message(name, head, "".join(pieces) + "--=_b--\n"), text, of_parts=True)
 
 
@@ -91,6 +91,7 @@ MAIL = [
     multipart(
         "a list", "mixed", part("text/plain", GERMAN, "base64"),
         ("Content-Type: text/plain\n", "____\nmembers mailing list\nhttps://lists.example/members\n"), text="Grüße für Köln",
+        more="List-Id: <members.lists.example>\nList-Unsubscribe: <mailto:leave@lists.example>\nPrecedence: list\n",
     ),
     multipart("an invitation", "alternative", part("text/plain", ENGLISH), part("text/calendar", INVITATION, more="; method=REQUEST")),
     multipart(
@@ -109,6 +110,11 @@ MAIL = [
     multipart("forwarded", "mixed", part("text/plain", ENGLISH), ("Content-Type: message/rfc822\n", "From: a@b.example\nSubject: old\n\nAn older text.\n")),
     single("Arabic", ARABIC, "utf-8", "base64", words="14 مارس"),
     single("Hebrew", HEBREW, "iso-8859-8", "quoted-printable", words="14 במרץ"),
+    Mail("no identifier", message("no identifier", "", ENGLISH + "\n").replace(b"Message-ID:", b"X-Was:")),
+    multipart(
+        "newsletter of two", "alternative", part("text/plain", ENGLISH + "\n\nUnsubscribe: https://press.example/leave"),
+        part("text/html", NEWSLETTER, "base64"),
+    ),
     Mail("no charset named", message("no charset named", "", (GERMAN + "\n").encode()), GERMAN),
     single("long lines", ENGLISH + " " + "It is the usual one. " * 60 + "\n", "utf-8", "quoted-printable", words="14 March"),
     opaque("S-MIME opaque", 'Content-Type: application/pkcs7-mime; smime-type=signed-data; name="smime.p7m"\nContent-Transfer-Encoding: base64'),

@@ -56,13 +56,13 @@ return opened.docShell.outerWindowID;
 class Thunderbird(Accessible):
     """What it shows on the accessibility bus is that of the panels, not its own."""
 
-    def __init__(self, programs, service=None, host_installed=True, mail=SAMPLES, preferences={}):
+    def __init__(self, programs, service=None, host_installed=True, mail=SAMPLES, preferences=None):
         self.home = Home()
         self.programs = programs
         self.profile = self.home.path + "/profile"
         self.shell(shlex.join(["make_profile", self.profile, programs + "/../quillmate.xpi", *mail]))
         with open(self.profile + "/user.js", "a") as user:
-            for name, value in {"marionette.port": 0, **preferences}.items():
+            for name, value in {"marionette.port": 0, **(preferences or {})}.items():
                 user.write(f"user_pref({json.dumps(name)}, {json.dumps(value)});\n")
         if host_installed:
             self.install_host()
