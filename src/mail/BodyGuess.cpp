@@ -104,16 +104,19 @@ bool looksLikeBase64(std::string_view body)
 }
 
 /// Whether the escape at that place of a line is none by chance, as "id=2048" has one: it stands for a letter beyond
-/// ASCII, for the sign "=" itself or for a blank at the line's end, in capital digits (RFC 2045, 6.7), and not in an
-/// address.
+/// ASCII, for the sign "=" itself or for a blank at the line's end, in capital digits (RFC 2045, 6.7) or beside another
+/// escape, and not in an address.
 bool isConvincing(std::string_view line, std::size_t index)
 {
     const std::string_view digits = line.substr(index + 1, 2);
     const std::size_t wordStart = line.find_last_of(" \t<\"", index) + 1; // 0 for none
     const bool inAddress = line.substr(wordStart, index - wordStart).find("://") != std::string_view::npos;
     const bool isCapital = std::none_of(digits.begin(), digits.end(), [](char c) { return c >= 'a' && c <= 'f'; });
+    const std::string_view next = line.substr(index + 3, 3);
+    const bool isOneOfSome = next.size() == 3 && next[0] == '=' && isHex(next[1]) && isHex(next[2]);
+    const bool isHigh = isHex(digits.front()) && digits.front() >= '8';
     const bool isBlank = (digits == "20" || digits == "09") && index + 3 >= line.size();
-    return digits == "3D" || (isCapital && digits.front() >= '8' && !inAddress) || (isBlank && !inAddress);
+    return digits == "3D" || (!inAddress && (isBlank || (isHigh && (isCapital || isOneOfSome))));
 }
 
 bool looksLikeQuotedPrintable(std::string_view body)

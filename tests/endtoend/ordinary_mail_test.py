@@ -4,7 +4,6 @@ first argument is the folder of the programs."""
 
 import json
 import os
-import subprocess
 import sys
 import unittest
 
@@ -13,6 +12,7 @@ from imap_server import ImapServer
 from ordinary_mail import MAIL, message
 from recording_service import RecordingService
 from thunderbird import COMMON, Thunderbird
+from windows import start_window_manager
 
 PROGRAMS = os.path.realpath(sys.argv.pop(1))
 ACCOUNT = "server2"
@@ -154,9 +154,8 @@ class OrdinaryMail(unittest.TestCase):
 
 
 def setUpModule():
-    manager = subprocess.Popen(["openbox"])
+    manager = start_window_manager()
     unittest.addModuleCleanup(lambda: (manager.terminate(), manager.wait()))
-    until(lambda: subprocess.run(["wmctrl", "-m"], capture_output=True).returncode == 0, "the window manager")
 
 
 if __name__ == "__main__":

@@ -3,7 +3,6 @@
 
 import os
 import signal
-import subprocess
 import sys
 import tempfile
 import unittest
@@ -11,7 +10,7 @@ import unittest
 from desk import Atspi, keys, type_text, until
 from large_message import write_large_message
 from thunderbird import COMMON, ROOT, Thunderbird
-from windows import active_window, frame_of, is_on_screen, owner_of, run, window, windows
+from windows import active_window, frame_of, is_on_screen, owner_of, run, start_window_manager, window, windows
 
 PROGRAMS = os.path.realpath(sys.argv.pop(1))
 REPLY = "Write: Re: Delivery"  # how the title of a reply to that sample begins
@@ -166,9 +165,8 @@ class Panels(unittest.TestCase):
 
 
 def setUpModule():
-    manager = subprocess.Popen(["openbox"])
+    manager = start_window_manager()
     unittest.addModuleCleanup(lambda: (manager.terminate(), manager.wait()))
-    until(lambda: subprocess.run(["wmctrl", "-m"], capture_output=True).returncode == 0, "the window manager")
 
 
 if __name__ == "__main__":

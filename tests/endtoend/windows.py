@@ -3,6 +3,8 @@
 import re
 import subprocess
 
+from desk import until
+
 
 def run(*command):
     return subprocess.run(command, capture_output=True, text=True, timeout=30, check=True).stdout
@@ -11,6 +13,13 @@ def run(*command):
 def look(*command):
     """What the command tells; nothing when the window that it is about has gone meanwhile."""
     return subprocess.run(command, capture_output=True, text=True, timeout=30).stdout
+
+
+def start_window_manager():
+    """Its process, which manages the windows by now."""
+    manager = subprocess.Popen(["openbox"])
+    until(lambda: subprocess.run(["wmctrl", "-m"], capture_output=True).returncode == 0, "the window manager")
+    return manager
 
 
 def windows(title):

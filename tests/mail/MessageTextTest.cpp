@@ -155,6 +155,7 @@ private Q_SLOTS:
             "Grüße aus München, eine lange Zeile mit 2=2.");
         row("quoted-printable Latin-1", "caf=E9 =E0 la carte=\n et plus", "café à la carte et plus");
         row("quoted-printable Windows", "=93Quoted=94 =96 300 =80", "“Quoted” – 300 €");
+        row("quoted-printable in small letters", "caf=c3=a9", "café");
         row("soft breaks alone", "A line that is as long as lines of that kind are before they are br=\noken.",
             "A line that is as long as lines of that kind are before they are broken.");
         for (const char* left :
